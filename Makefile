@@ -1,0 +1,39 @@
+# make run [JOB=path/to/job.omb]  build and start the program on a job
+# make test                       build and run the whole test suite
+# make test-sanitize              the unit tests again, built with ASan and UBSan
+# make bench                      build and run the benchmarks
+JOB ?= examples/silicon/si.omb
+BUILD ?= build
+JOBS ?= $(shell nproc)
+WERROR ?= $(if $(CI),ON,OFF)
+CMAKE_FLAGS ?=
+
+.PHONY: all deps build run test test-sanitize bench clean
+
+all: build
+
+deps:
+	@tools/install-deps
+
+build: deps
+	@cmake -S . -B $(BUILD) -DZELV_WERROR=$(WERROR) $(CMAKE_FLAGS) >/dev/null
+	@cmake --build $(BUILD) -j $(JOBS)
+
+run: build
+	@tools/run-gombrel $(BUILD) "$(JOB)"
+
+test: build
+	@cd $(BUILD) && ctest --output-on-failure -j $(JOBS) --timeout 600
+
+test-sanitize: deps
+	@cmake -S . -B build-sanitize -DZELV_SANITIZE=ON -DZELV_BENCH=OFF -DZELV_WERROR=$(WERROR) \
+	  -DCMAKE_BUILD_TYPE=Debug $(CMAKE_FLAGS) >/dev/null
+	@cmake --build build-sanitize -j $(JOBS)
+	@cd build-sanitize && ASAN_OPTIONS=detect_leaks=0 UBSAN_OPTIONS=print_stacktrace=1 \
+	  ctest --output-on-failure -j $(JOBS) --timeout 900 -LE nosanitize
+
+bench: build
+	@tools/run-bench $(BUILD)
+
+clean:
+	rm -rf build build-sanitize
