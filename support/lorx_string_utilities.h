@@ -7,6 +7,7 @@
 #pragma once
 
 #include <optional>
+#include <set>
 #include <span>
 #include <string>
 #include <string_view>
@@ -19,6 +20,11 @@ inline bool err_string = false;
 inline std::string err_string_mess;  // text 150
 inline int line_nb = 0;
 
+// Unit numbers handed out by get_logunit and not yet given back.
+inline constexpr int kFirstLogunit = 7;
+inline constexpr int kLogunitLimit = 500;
+inline std::set<int> units_in_use;
+
 void init_err_string();
 void inc_linenum(int increment);
 
@@ -30,8 +36,13 @@ void lcase(std::string& text);
 // Cuts the first blank-separated word off `text` (whose size is its width).
 void cutst(std::string& text, int* rest_length = nullptr, std::string* word = nullptr,
            int* word_length = nullptr);
+// All words of a text; a word in double quotes may hold blanks.
 void getword(std::string_view text, std::span<std::string> words, int& count);
+// All numbers of a text. `count` counts every number read, also those that no
+// longer fit into the arrays, so that a caller can tell a text with too many.
+// Reading stops at the first word that is no number, with err_string set.
 void getnum(std::string_view text, std::span<float> reals, std::span<int> ints, int& count);
+// Numbers with an optional uncertainty in brackets: 1.234(5) is 1.234 and 0.005.
 void getnum_std(std::string_view text, std::span<float> values, std::span<float> sigmas, int& count);
 void setnum_std(float value, float sigma, std::string& text);
 std::string rformat(float value, int width);  // 40 characters, the number in the first `width`
@@ -64,6 +75,10 @@ void read_key_valuestd(std::span<const std::string> lines, int& first, int last,
 
 void number_lines(std::string_view filename, int& count, std::optional<std::string_view> stop = {});
 void reading_lines(std::string_view filename, int count, std::vector<std::string>& lines);
+// There are no numbered file units in C++: get_logunit hands out the lowest
+// unit number from 7 up that is not in use and reserves it for the caller's
+// own file table, -1 when all below 500 are taken. free_logunit gives it back.
 void get_logunit(int& unit);
+void free_logunit(int unit);
 
 }  // namespace lorx_string_utilities
