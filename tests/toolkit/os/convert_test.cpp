@@ -1,0 +1,193 @@
+// Text to number, the word-by-word readers and the C-layer forms.
+#include <string>
+
+#include "tests/toolkit/os/os_test_support.h"
+#include "toolkit/os/fixed_text.h"
+#include "toolkit/os/format.h"
+
+namespace {
+
+using OsConvertTest = OsTest;
+
+struct IntCase {
+  const char* text;
+  int value;
+  int err;
+};
+
+TEST_F(OsConvertTest, IntegerFromText) {
+  const IntCase cases[] = {
+      {"2147483647", 2147483647, 0}, {"2147483648", 0, 4},  {"3000000000", 0, 4}, {"12345678901", 0, 4},
+      {"-12", -12, 0},               {" 7 8", 7, 0},        {"+5", 5, 0},         {"12a", 0, 12},
+      {"1.0", 0, 12},                {"   ", 0, 10},        {"", 0, 10},          {"-2147483647", -2147483647, 0},
+  };
+  for (const auto& c : cases) {
+    int v = 99;
+    IStringToInteger(c.text, v);
+    EXPECT_EQ(v, c.value) << c.text;
+    EXPECT_EQ(error(), c.err) << c.text;
+  }
+}
+
+struct RealCase {
+  const char* text;
+  double value;
+  int err;
+};
+
+TEST_F(OsConvertTest, RealFromText) {
+  const RealCase cases[] = {
+      {"1,5", 1.5, 0},       {"1.2.3", 0, 11},      {"1E39", 0, 4},        {"1E-50", 0, 0},
+      {"1D3", 0, 12},        {"1.5+003", 1500, 0},  {"2.5-002", 0.025, 0}, {"-1.5e2", -150, 0},
+      {" 2.5 7", 2.5, 0},    {"3.5E38", 0, 4},      {"1E2.5", 0, 12},      {"0E99", 0, 0},
+      {"", 0, 10},           {"1x", 0, 12},         {"+.5", 0.5, 0},       {"1E+38", 1e38, 0},
+  };
+  for (const auto& c : cases) {
+    float v = 99;
+    IStringToReal(c.text, v);
+    EXPECT_EQ(v, static_cast<float>(c.value)) << c.text;
+    EXPECT_EQ(error(), c.err) << c.text;
+  }
+}
+
+TEST_F(OsConvertTest, DoubleFromText) {
+  const RealCase cases[] = {
+      {"1D3", 1000, 0},          {"1.5d-1", 0.15, 0},     {"0.1", 0.1, 0},          {"123.456", 123.456, 0},
+      {"1.7E308", 1.7e308, 0},   {"1.8E308", 0, 4},       {"1E309", 0, 4},          {"1E-400", 0, 0},
+      {"-2.5E-300", -2.5e-300, 0}, {"1E39", 1e39, 0},
+  };
+  for (const auto& c : cases) {
+    double v = 99;
+    istringtodouble(c.text, v);
+    EXPECT_EQ(v, c.value) << c.text;  // correctly rounded: exactly the nearest double
+    EXPECT_EQ(error(), c.err) << c.text;
+  }
+  // An integer part longer than the limit, without exponent.
+  double v = 1;
+  istringtodouble(std::string(309, '9'), v);
+  EXPECT_EQ(v, 0);
+  EXPECT_EQ(error(), 4);
+}
+
+TEST_F(OsConvertTest, DecimalCharacterIsAcceptedWhenSet) {
+  float v = 0;
+  IStringToReal("1;25", v);
+  EXPECT_EQ(error(), 12);
+  zelvy_data::idecimal = 1;
+  zelvy_data::cdecimal = ';';
+  IStringToReal("1;25", v);
+  EXPECT_EQ(v, 1.25f);
+  EXPECT_EQ(error(), 0);
+}
+
+TEST_F(OsConvertTest, NextWordReadsAndBlanksOneWordAtATime) {
+  std::string text = "  12 -3  x";
+  int v = 0;
+  INextInteger(text, v);
+  EXPECT_EQ(v, 12);
+  EXPECT_EQ(text, "     -3  x");
+  INextInteger(text, v);
+  EXPECT_EQ(v, -3);
+  INextInteger(text, v);
+  EXPECT_EQ(v, 0);
+  EXPECT_EQ(error(), 12);
+  EXPECT_TRUE(is_blank(text));
+  INextInteger(text, v);
+  EXPECT_EQ(error(), 10);
+
+  std::string reals = "1.5 2,5";
+  float r = 0;
+  INextReal(reals, r);
+  EXPECT_EQ(r, 1.5f);
+  INextReal(reals, r);
+  EXPECT_EQ(r, 2.5f);
+  INextReal(reals, r);
+  EXPECT_EQ(r, 0.0f);
+  EXPECT_EQ(error(), 10);
+}
+
+TEST_F(OsConvertTest, IntegerToCText) {
+  std::string text = padded("", 5);  // room for I4 and the terminator
+  yyint2st(42, text);
+  EXPECT_EQ(trimmed(text), "42");
+  yyint2st(-1234, text);
+  EXPECT_EQ(trimmed(text), "****");
+  EXPECT_EQ(error(), 18);
+  text.clear();  // unbounded: I11
+  yyint2st(-2147483647, text);
+  EXPECT_EQ(text, "-2147483647");
+  EXPECT_EQ(error(), 0);
+  text = padded("", 12);
+  yyint2st(7, text);
+  EXPECT_EQ(text, padded("7", 12));
+}
+
+TEST_F(OsConvertTest, RealToCText) {
+  std::string text;
+  yyrea2st(1.5f, text, "(F8.3)");
+  EXPECT_EQ(text, "1.500");
+  text.clear();
+  yyrea2st(1.5f, text, "");
+  EXPECT_EQ(text, "1.5000");  // the default (G15.5E2), left-adjusted
+  text.clear();
+  yydbl2st(0.1, text, " ");
+  EXPECT_EQ(text, "0.100000000000000");
+  text.clear();
+  zelvy_data::idecimal = 1;
+  zelvy_data::cdecimal = ',';
+  yydbl2st(-2.25, text, "(F6.2)");
+  EXPECT_EQ(text, "-2,25");
+  text = padded("", 4);  // three characters of room
+  yyrea2st(1.5f, text, "(F8.3)");
+  EXPECT_EQ(text, "*** ");
+  EXPECT_EQ(error(), 18);
+}
+
+TEST_F(OsConvertTest, CTextToNumberLeavesTheErrorStateAlone) {
+  zelvy_data::ierr = 77;
+  zelvy_data::idbug = 2;
+  int i = 5;
+  yyst2int(i, "abc");
+  EXPECT_EQ(i, 0);
+  yyst2int(i, "-12.7");
+  EXPECT_EQ(i, -12);
+  yyst2int(i, std::string("42\0 99", 6));
+  EXPECT_EQ(i, 42);
+  yyst2int(i, "1E20");  // no int has this value
+  EXPECT_EQ(i, 0);
+  float r = 0;
+  yyst2rea(r, "2.5  ");
+  EXPECT_EQ(r, 2.5f);
+  double d = 0;
+  int valid = -1;
+  yyst2dblcheck(d, valid, "1D2");
+  EXPECT_EQ(d, 100.0);
+  EXPECT_EQ(valid, 1);
+  yyst2dblcheck(d, valid, "1..2");
+  EXPECT_EQ(valid, 0);
+  EXPECT_EQ(zelvy_data::ierr, 77);
+  EXPECT_EQ(zelvy_data::idbug, 2);
+  zelvy_data::idbug = 0;
+}
+
+TEST_F(OsConvertTest, FormNormalisesTextThroughItsNumber) {
+  zelvy_data::ierr = 3;
+  std::string text = padded(" 1.5", 20);
+  float r = 0;
+  yyformr(r, text, "(F8.3)");
+  EXPECT_EQ(r, 1.5f);
+  EXPECT_EQ(trimmed(text), "1.500");
+  double d = 0;
+  text = padded("2.5E1", 20);
+  yyformd(d, text, "(G12.4)");
+  EXPECT_EQ(d, 25.0);
+  EXPECT_EQ(trimmed(text), "25.00");
+  int i = 0;
+  text = padded("+0012", 12);
+  yyformi(i, text, "");
+  EXPECT_EQ(i, 12);
+  EXPECT_EQ(text, padded("12", 12));
+  EXPECT_EQ(zelvy_data::ierr, 3);
+}
+
+}  // namespace

@@ -1,0 +1,319 @@
+// Files, directories, listings, environment, command line and program exit.
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "tests/toolkit/os/os_test_support.h"
+#include "toolkit/os/files.h"
+#include "toolkit/os/fixed_text.h"
+
+namespace {
+
+class OsFilesTest : public OsTest {
+ protected:
+  void SetUp() override {
+    OsTest::SetUp();
+    char tmpl[] = "/tmp/zelv_files_XXXXXX";
+    ASSERT_NE(mkdtemp(tmpl), nullptr);
+    dir_ = tmpl;
+    char cwd[4096];
+    ASSERT_NE(getcwd(cwd, sizeof cwd), nullptr);
+    cwd_ = cwd;
+  }
+  void TearDown() override {
+    ASSERT_EQ(chdir(cwd_.c_str()), 0);
+    std::string cmd = "rm -rf " + dir_;
+    ASSERT_EQ(std::system(cmd.c_str()), 0);
+    OsTest::TearDown();
+  }
+  // A file of `size` bytes modified at `stamp` (seconds), inside the directory.
+  std::string make(const std::string& name, std::size_t size = 0, long stamp = 1700000000) {
+    const std::string path = dir_ + "/" + name;
+    std::ofstream(path, std::ios::binary) << std::string(size, 'x');
+    const timespec times[2] = {{stamp, 0}, {stamp, 0}};
+    utimensat(AT_FDCWD, path.c_str(), times, 0);
+    return path;
+  }
+  std::string read(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::ostringstream s;
+    s << in.rdbuf();
+    return s.str();
+  }
+  // Names of a listing, trimmed.
+  std::vector<std::string> list(std::string_view pattern, int flags, int room = 50, std::vector<int>* sizes = nullptr) {
+    std::vector<std::string> names(static_cast<std::size_t>(room));
+    std::vector<int> sz(static_cast<std::size_t>(room));
+    int count = room;
+    IOsDirInfo(dir_, pattern, names, count, {}, sz, flags);
+    names.resize(static_cast<std::size_t>(count));
+    if (sizes) *sizes = std::vector<int>(sz.begin(), sz.begin() + count);
+    return names;
+  }
+  std::string dir_, cwd_;
+};
+
+using Names = std::vector<std::string>;
+
+TEST_F(OsFilesTest, ListingFiltersByPatternHiddenAndType) {
+  make("b.omb");
+  make("a.hkl");
+  make("C.OMB");
+  make("my file.txt");
+  make(".hidden.omb");
+  mkdir((dir_ + "/sub").c_str(), 0755);
+  EXPECT_EQ(list("", 8), (Names{"C.OMB", "a.hkl", "b.omb", "my file.txt"}));
+  EXPECT_EQ(list("*.omb *.hkl", 8), (Names{"a.hkl", "b.omb"}));
+  EXPECT_EQ(list("\"my f*\" *.OMB", 8), (Names{"C.OMB", "my file.txt"}));
+  EXPECT_EQ(list("*.omb", 8 | 0x100), (Names{".hidden.omb", "b.omb"}));
+  EXPECT_EQ(list("*.omb", 8 | 0x100 | 0x200), (Names{"b.omb"}));  // a leading dot must be matched
+  int count = 0;
+  IOsDirCount(dir_, "*.omb *.hkl", count);
+  EXPECT_EQ(count, 2);
+
+  zelvy_data::idirinfo = 2;
+  EXPECT_EQ(list("", 8), (Names{"sub"}));
+  EXPECT_EQ(list("", 8 | 0x100), (Names{".", "..", "sub"}));
+  EXPECT_EQ(list("", 8 | 0x100 | 0x80), (Names{"sub"}));
+  iosdirentrytype("fd");
+  EXPECT_EQ(zelvy_data::idirinfo, 3);
+  EXPECT_EQ(list("", 8).size(), 5u);
+  iosdirentrytype("x");  // no letter: unchanged
+  EXPECT_EQ(zelvy_data::idirinfo, 3);
+  iosdirentrytype("F");
+  IOsDirCount(dir_ + "/missing", "", count);
+  EXPECT_EQ(count, 0);
+}
+
+TEST_F(OsFilesTest, ListingSortsByNameDateSizeAndExtension) {
+  make("b.txt", 30, 1700000300);
+  make("A.dat", 10, 1700000100);
+  make("c.DAT", 20, 1700000200);
+  make("a.bin", 40, 1700000000);
+  EXPECT_EQ(list("", 8), (Names{"A.dat", "a.bin", "b.txt", "c.DAT"}));
+  EXPECT_EQ(list("", 8 | 1), (Names{"c.DAT", "b.txt", "a.bin", "A.dat"}));
+  EXPECT_EQ(list("", 8 | 2), (Names{"a.bin", "A.dat", "b.txt", "c.DAT"}));
+  EXPECT_EQ(list("", 0x10), (Names{"a.bin", "A.dat", "c.DAT", "b.txt"}));
+  std::vector<int> sizes;
+  EXPECT_EQ(list("", 0x20 | 1, 50, &sizes), (Names{"a.bin", "b.txt", "c.DAT", "A.dat"}));
+  EXPECT_EQ(sizes, (std::vector<int>{40, 30, 20, 10}));  // moved in step with the names
+  EXPECT_EQ(list("", 0x400 | 2), (Names{"a.bin", "A.dat", "c.DAT", "b.txt"}));
+  EXPECT_EQ(list("", 0x400), (Names{"c.DAT", "a.bin", "A.dat", "b.txt"}));  // "DAT" before "bin"
+  EXPECT_EQ(list("", 0x10 | 0x20 | 8), list("", 8));  // name comes first among sort bits
+
+  std::vector<std::string> names = {padded("", 4)};
+  std::vector<int> dates(1);
+  int count = 1;
+  IOsDirInfo(dir_, "b.*", names, count, dates);
+  EXPECT_EQ(names[0], "b.tx");  // a name text keeps its width
+  EXPECT_EQ(dates[0], 1700000300);
+}
+
+TEST_F(OsFilesTest, ListingStopsWhenTheArrayIsFull) {
+  for (int i = 0; i < 30; ++i) make("f" + std::to_string(100 + i));
+  std::vector<std::string> first;  // directory order
+  DIR* d = opendir(dir_.c_str());
+  while (dirent* e = readdir(d))
+    if (e->d_name[0] != '.' && first.size() < 10) first.push_back(e->d_name);
+  closedir(d);
+  std::sort(first.begin(), first.end());
+  EXPECT_EQ(list("", 8, 10), first);
+}
+
+TEST_F(OsFilesTest, CopyAndDelete) {
+  const std::string src = make("src.omb", 5);
+  IOsCopyFile("  " + src, dir_ + "/dst.omb  ");
+  EXPECT_EQ(read(dir_ + "/dst.omb"), "xxxxx");
+  mkdir((dir_ + "/sub dir").c_str(), 0755);
+  IOsCopyFile(src, dir_ + "/sub dir/");  // into a directory, name with a blank
+  EXPECT_TRUE(iosfileexists(dir_ + "/sub dir/src.omb"));
+  IOsDirChange(dir_ + "/sub dir");
+  IOsCopyFile(src, "");  // into the current directory
+  EXPECT_TRUE(iosfileexists("src.omb"));
+  IOsCopyFile("src.omb", "  ");  // the same name twice
+  EXPECT_EQ(error(), 55);
+  IOsCopyFile("../src.omb", "copy.omb");
+  EXPECT_TRUE(iosfileexists(dir_ + "/sub dir/copy.omb"));
+  IOsCopyFile("   ", "x");
+  EXPECT_EQ(error(), 0);
+
+  make("a.tmp");
+  make("b.tmp");
+  make("with blank.tmp");
+  IOsDeleteFile(dir_ + "/*.tmp");  // a pattern through the shell
+  EXPECT_FALSE(iosfileexists(dir_ + "/a.tmp"));
+  EXPECT_FALSE(iosfileexists(dir_ + "/with blank.tmp"));
+  EXPECT_TRUE(iosfileexists(src));
+  make("star*.x");
+  make("starry.x");
+  IOsDeleteFile(dir_ + "/star*.x", 1);  // exactly that name
+  EXPECT_FALSE(iosfileexists(dir_ + "/star*.x"));
+  EXPECT_TRUE(iosfileexists(dir_ + "/starry.x"));
+  IOsDeleteFile(dir_ + "/gone", 1);
+  EXPECT_EQ(error(), 13);
+  EXPECT_EQ(WInfoError(3), ENOENT);
+  IOsDeleteFile(dir_ + "/gone");  // the shell's complaint is no error
+  EXPECT_EQ(error(), 0);
+}
+
+TEST_F(OsFilesTest, DirectoriesAndPathTypes) {
+  const std::string sub = dir_ + "/new";
+  IOsDirMake(sub + "   ");
+  EXPECT_EQ(error(), 0);
+  EXPECT_TRUE(iosdirexists(sub));
+  EXPECT_EQ(iospathtype(sub), 2);
+  IOsDirMake(sub);
+  EXPECT_EQ(error(), 13);
+  EXPECT_EQ(WInfoError(3), EEXIST);
+  const std::string file = make("plain");
+  EXPECT_EQ(iospathtype(file), 1);
+  EXPECT_FALSE(iosdirexists(file));
+  EXPECT_FALSE(iosfileexists(sub));
+  EXPECT_EQ(iospathtype(dir_ + "/none"), 0);
+  EXPECT_TRUE(iosdirexists("  /  "));
+  EXPECT_FALSE(iosdirexists("   "));
+  symlink(sub.c_str(), (dir_ + "/link").c_str());
+  EXPECT_EQ(iospathtype(dir_ + "/link"), 2);  // a link is what it points to
+
+  IOsDirChange(sub);
+  std::string here;
+  IOsDirName(here);
+  EXPECT_EQ(here, sub);
+  here = padded("", 3);
+  IOsDirName(here);
+  EXPECT_EQ(here, "   ");
+  EXPECT_EQ(error(), 1023);
+  IOsDirChange(dir_ + "/none");
+  EXPECT_EQ(error(), 13);
+  IOsDirChange(dir_);
+  IOsDirDelete(sub);
+  EXPECT_EQ(error(), 0);
+  EXPECT_FALSE(iosdirexists(sub));
+}
+
+TEST_F(OsFilesTest, DeleteTreeRemovesEverythingButFollowsNoLink) {
+  const std::string outside = dir_ + "/outside";
+  mkdir(outside.c_str(), 0755);
+  make("outside/keep");
+  const std::string tree = dir_ + "/tree";
+  mkdir(tree.c_str(), 0755);
+  mkdir((tree + "/a").c_str(), 0755);
+  mkdir((tree + "/a/.b").c_str(), 0755);
+  make("tree/a/.b/deep");
+  make("tree/a/file");
+  make("tree/.hidden");
+  symlink(outside.c_str(), (tree + "/a/link").c_str());
+  zelvy_data::idirinfo = 3;
+  iosdeletetree(tree);
+  EXPECT_EQ(error(), 0);
+  EXPECT_EQ(iospathtype(tree), 0);
+  EXPECT_TRUE(iosfileexists(outside + "/keep"));
+  EXPECT_EQ(zelvy_data::idirinfo, 3);
+  iosdeletetree(outside + "/keep");  // no directory: nothing happens
+  EXPECT_TRUE(iosfileexists(outside + "/keep"));
+}
+
+TEST_F(OsFilesTest, FileInfoAndTimeStamps) {
+  const std::string f = make("info", 1025, 1700000000);
+  std::vector<int> v(10, -7);
+  iosfileinfo(f, v, 10);
+  EXPECT_EQ(v[0], 1025);
+  int y, mo, d, h, mi, s;
+  iosfiledate(1700000000, y, mo, d);
+  iosfiletime(1700000000, h, mi, s);
+  EXPECT_EQ((std::vector<int>{v[1], v[2], v[3], v[4], v[5], v[6]}), (std::vector<int>{y, mo, d, h, mi, s}));
+  EXPECT_TRUE(S_ISREG(v[7]));
+  EXPECT_EQ(v[8], 2);  // kilobytes, rounded up
+  EXPECT_EQ(v[9], 1);
+  std::vector<int> one(10, -7);
+  iosfileinfo(dir_ + "/none", one, 2);
+  EXPECT_EQ(one[0], -1);
+  EXPECT_EQ(one[2], -7);  // only `count` values are written
+  iosfileinfo(dir_, one, 10);
+  EXPECT_EQ(one[9], 2);
+  // 2000-01-01 12:00:00 UTC is that day in any time zone.
+  iosfiledate(946728000, y, mo, d);
+  EXPECT_EQ(y * 10000 + mo * 100 + d, 20000101);
+}
+
+TEST_F(OsFilesTest, FullPathName) {
+  IOsDirChange(dir_);
+  std::string full;
+  iosfullpathname("./x.omb", full);
+  EXPECT_EQ(full, dir_ + "/x.omb");
+  iosfullpathname("/a/./b/././c", full = "");
+  EXPECT_EQ(full, "/a/b/c");
+  iosfullpathname("a/../b", full = "");
+  EXPECT_EQ(full, dir_ + "/a/../b");
+  full = padded("", 5);
+  iosfullpathname("/a/b", full);
+  EXPECT_EQ(full, "/a/b ");
+  iosfullpathname("/abcdef", full);
+  EXPECT_EQ(full, "     ");
+  EXPECT_EQ(error(), 1023);
+}
+
+TEST_F(OsFilesTest, EnvironmentVariables) {
+  unsetenv("ZELV_TEST_UNSET");
+  std::string v = padded("old", 8);
+  IOsVariable("ZELV_TEST_UNSET", v);
+  EXPECT_EQ(v, "        ");
+  EXPECT_EQ(error(), 0);
+  setenv("ZELV_TEST_VAR", "value", 1);
+  IOsVariable("ZELV_TEST_VAR  ", v);
+  EXPECT_EQ(v, "value   ");
+  v = padded("", 4);
+  IOsVariable("ZELV_TEST_VAR", v);
+  EXPECT_EQ(v, "    ");
+  EXPECT_EQ(error(), 1023);
+}
+
+TEST_F(OsFilesTest, CommandLineArguments) {
+  const int n = yyosargcount();
+  std::string arg;
+  iosargument(0, arg);
+  EXPECT_NE(arg.find("toolkit_os_test"), std::string::npos);
+  iosargument(-1, arg = "");
+  EXPECT_EQ(arg, "");
+  iosargument(n, arg = "");
+  EXPECT_FALSE(arg.empty());
+  iosargument(n + 1, arg = padded("x", 3));
+  EXPECT_EQ(arg, "   ");
+}
+
+TEST_F(OsFilesTest, ExitWritesItsLineAndEndsWithTheCode) {
+  const std::string out = dir_ + "/stdout";
+  EXPECT_EXIT(
+      {
+        if (!std::freopen(out.c_str(), "w", stdout)) std::_Exit(99);
+        IOsExitProgram("Cannot open X display.  ", 9);
+      },
+      ::testing::ExitedWithCode(9), "");
+  EXPECT_EQ(read(out), "Abnormal exit (code 9) : Cannot open X display.\n");
+  EXPECT_EXIT(
+      {
+        if (!std::freopen(out.c_str(), "w", stdout)) std::_Exit(99);
+        iosexitprogram("bye", 12);
+      },
+      ::testing::ExitedWithCode(12), "");
+  EXPECT_EQ(read(out), "Abnormal exit (code 12  ) : bye\n");
+  EXPECT_EXIT(
+      {
+        if (!std::freopen(out.c_str(), "w", stdout)) std::_Exit(99);
+        IOsExitProgram("   ", 0);
+      },
+      ::testing::ExitedWithCode(0), "");
+  EXPECT_EQ(read(out), "");
+}
+
+}  // namespace
