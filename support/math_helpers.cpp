@@ -139,7 +139,19 @@ int pgcd(int a, int b) {
 int ppcm(int a, int b) {
   int u = std::max(a, b), v = std::min(a, b);
   if (v < 2) return u;
-  return u / pgcd(u, v) * v;
+  // Factors are looked for only up to the square root of the larger value; what
+  // remains of u and v behind that limit does not enter the result, so this is
+  // the true least common multiple only when no larger prime factor is left.
+  const int limit = static_cast<int>(std::sqrt(static_cast<double>(u))) + 1;
+  long long result = 1;
+  for (int i = 2; i <= limit; ++i) {
+    while (u % i == 0 || v % i == 0) {
+      result *= i;
+      if (u % i == 0) u /= i;
+      if (v % i == 0) v /= i;
+    }
+  }
+  return static_cast<int>(result);
 }
 
 bool co_prime(std::span<const int> v, std::optional<int> largest_prime) {

