@@ -12,3 +12,22 @@ void WInitialise(std::string_view inifile = {}, std::optional<int> flags = {},
 int WInfoSystem(int item);
 // The toolkit's version text.
 void WInfoVersion(std::string& text);
+
+// Internal to the toolkit.
+
+// Puts a keysym database into XKEYSYMDB unless it already names one.
+void yyxkeysymdb();
+// Separator, decimal state and the base directory (cdefdir[1]) from ZELVY / ZELVIDE.
+void yywinitialise();
+// The initialisation file to read: ZELVINIT, ./zelvy.ini, then the base directory's.
+std::string yyinifilename();
+// Reads an initialisation file into the toolkit state; false when it can't be opened.
+bool yyinireadfile(const std::string& path);
+// Applies one line of an initialisation file.
+void yyinireadline(std::string line);
+// The plot and dump file names in /tmp.
+void yytmpprn();
+// Default paper size from the locale variables: 9 for the North American ones, else 5.
+int yydefpapersize();
+// Measurement system: 1 imperial, 2 metric.
+int yymeasurement();

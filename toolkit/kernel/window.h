@@ -11,10 +11,32 @@ void WindowOpen(std::optional<int> flags = {}, std::optional<int> x = {}, std::o
                 std::optional<int> menuid = {}, std::span<const int> toolbarids = {},
                 std::optional<int> dialogid = {}, std::string_view title = {},
                 std::optional<int> colourcount = {}, std::optional<int> colour = {});
+// Opens a child window; its handle (1..50) comes back in `handle`, -1 on failure.
+// With flag 16 (inside the parent) position and size are window units of the parent.
+void WindowOpenChild(int& handle, std::optional<int> flags = {}, std::optional<int> x = {},
+                     std::optional<int> y = {}, std::optional<int> width = {},
+                     std::optional<int> height = {}, std::optional<int> menuid = {},
+                     std::span<const int> toolbarids = {}, std::optional<int> dialogid = {},
+                     std::string_view title = {}, std::optional<int> parent = {},
+                     std::optional<int> colour = {});
 // Closes the root window and everything in it.
 void WindowClose();
+void WindowCloseChild(int handle);
+// Makes a window the selected one; units convert by its size from then on.
+void WindowSelect(int handle);
+// 1, 2 client size; 3 flags; 4 selected handle; 5, 6 position; 9 shown (1) or hidden (3); ...
+int WInfoWindow(int item);
+// Window units run from 0 to 9999 over the selected window's client area.
+void WindowUnitsToPixels(int unitx, int unity, int& pixelx, int& pixely);
+void WindowUnitsFromPixels(int pixelx, int pixely, int& unitx, int& unity);
 // Rebuilds the selected window's status bar with `count` parts.
 void WindowStatusBarParts(int count, std::span<const int> widths, std::span<const int> styles = {},
                           std::optional<int> flags = {});
 // Writes a text into a part (from 1) of a window's status bar.
 void WindowOutStatusBar(int part, std::string_view text, std::optional<int> window = {});
+
+// Internal: one axis of the unit conversion, for a client extent of `size` pixels.
+int yyunitstopixels(int unit, int size);
+int yyunitsfrompixels(int pixel, int size);
+// Keeps a rectangle on the screen.
+void yyWindowPositionOnScreen(int width, int height, int& x, int& y);

@@ -57,6 +57,7 @@ inline bool (*error_box_sink)(std::string_view text) = nullptr;
 namespace zelvy_comdlg {
 inline int icderr = 0;
 inline std::array<int, 3> icdopt{8, 25, 10};
+inline std::array<int, 2> wcomdlgpos{20, 20};  // default position of the common dialogs
 }  // namespace zelvy_comdlg
 
 // Records Code in ierr and, with a debug level above 0, reports it in the form
@@ -82,3 +83,18 @@ void IDebugLevel(int level);
 namespace zelvy_data {
 inline std::string sqlstate, sqlmessage, soundmessage, jpegmessage;
 }
+
+// Window and start-up state that the rest of the toolkit reads.
+namespace zelvy_data {
+constexpr int kMaxWindow = 50;          // child handles run from 1 to 50, 0 is the root window
+constexpr int kMaxDialog = 100;         // dialogs loaded at one time
+inline std::array<int, kMaxWindow + 1> iwflags = [] {
+  std::array<int, kMaxWindow + 1> a{};
+  a.fill(-1);
+  return a;
+}();
+inline int iwinwid = 0, iwinhgt = 0;    // client size of the selected window, for unit conversion
+inline bool bbell = false;
+inline std::array<std::string, 2> ctmpfile{};  // plot and dump file names in /tmp
+inline bool bversionline = false;       // the initialisation file held a version line
+}  // namespace zelvy_data

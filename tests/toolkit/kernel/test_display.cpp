@@ -1,0 +1,651 @@
+// The kernel on a real X server: root and child windows, the status bar, the
+// message queue, timers, the close protocol, compression and colours.
+#include <gtest/gtest.h>  // before the X headers, whose macros it would trip over
+
+#include <X11/Xatom.h>
+#include <X11/Xlib.h>
+
+#include <string>
+
+#include "toolkit/kernel/display.h"
+#include "toolkit/kernel/message.h"
+#include "toolkit/kernel/startup.h"
+#include "toolkit/kernel/statusbar.h"
+#include "toolkit/kernel/widgets.h"
+#include "toolkit/kernel/window.h"
+#include "toolkit/kernel/window_table.h"
+#include "toolkit/kernel/zelvy_data.h"
+
+namespace {
+
+using zelvy_x::ixDisplay;
+
+class DisplayTest : public ::testing::Test {
+ protected:
+  static void SetUpTestSuite() { WInitialise(); }
+  void SetUp() override {
+    ASSERT_NE(ixDisplay, nullptr);
+    zelvy_data::ierr = 0;
+  }
+  void TearDown() override {
+    WindowClose();
+    zelvy_data::idbug = 0;
+  }
+
+  // The next message, with a timer as a guard so that a missing message fails
+  // instead of hanging.
+  static int next_message(MessageRecord& m, int guard_ms = 3000) {
+    WMessageTimer(guard_ms, 999, 0);
+    int type = 0;
+    WMessage(type, m);
+    WMessageTimer(0, 999);
+    if (type == TimerExpired && m.Value1 == 999) return 0;
+    return type;
+  }
+  // Skips the exposures of mapping.
+  static int next_non_expose(MessageRecord& m, int guard_ms = 3000) {
+    int t;
+    while ((t = next_message(m, guard_ms)) == ExposeMessage) {}
+    return t;
+  }
+  static void send_close(int h) {
+    XEvent ev{};
+    ev.xclient.type = ClientMessage;
+    ev.xclient.window = zelvy_win::wShell[h];
+    ev.xclient.message_type = XInternAtom(ixDisplay, "WM_PROTOCOLS", False);
+    ev.xclient.format = 32;
+    ev.xclient.data.l[0] = static_cast<long>(XInternAtom(ixDisplay, "WM_DELETE_WINDOW", False));
+    ev.xclient.data.l[1] = CurrentTime;
+    XSendEvent(ixDisplay, zelvy_win::wShell[h], False, NoEventMask, &ev);
+    XFlush(ixDisplay);
+  }
+  static XWindowAttributes attributes(Window w) {
+    XWindowAttributes at{};
+    XGetWindowAttributes(ixDisplay, w, &at);
+    return at;
+  }
+};
+
+TEST_F(DisplayTest, DefaultRootWindowIsCentredAtEightyPercent) {
+  EXPECT_EQ(WInfoWindow(16), 0);
+  WindowOpen();
+  EXPECT_EQ(WInfoWindow(16), 1);
+  EXPECT_TRUE(zelvy_data::brootopen);
+  const int w = zelvy_data::iscwid * 8 / 10, h = zelvy_data::ischgt * 8 / 10;
+  EXPECT_EQ(WInfoWindow(1), w);
+  EXPECT_EQ(WInfoWindow(2), h);
+  EXPECT_EQ(WInfoWindow(3), 7);
+  EXPECT_EQ(WInfoWindow(4), 0);
+  EXPECT_EQ(WInfoWindow(9), 1);
+  EXPECT_EQ(WInfoWindow(15), 50);
+  XSync(ixDisplay, False);
+  EXPECT_EQ(WInfoWindow(5), (zelvy_data::iscwid - w) / 2);
+  EXPECT_EQ(WInfoWindow(6), (zelvy_data::ischgt - h) / 2);
+  WindowOpen(7, 0, 0, 100, 100);  // a second root window is refused silently
+  EXPECT_EQ(WInfoWindow(1), w);
+  EXPECT_EQ(zelvy_data::ierr, 0);
+  WindowClose();
+  EXPECT_EQ(WInfoWindow(16), 0);
+  EXPECT_EQ(zelvy_data::iwflags[0], -1);
+}
+
+TEST_F(DisplayTest, TitleAndStatusBarGiveTheFrameItsSize) {
+  WindowOpen(7 | 32, 10, 20, 300, 200, std::nullopt, {}, std::nullopt, "Kernel Frame");
+  XSync(ixDisplay, False);
+  const XWindowAttributes shell = attributes(zelvy_win::wShell[0]);
+  EXPECT_EQ(shell.width, 300);
+  EXPECT_EQ(shell.height, 200 + zelvy_sbar::iSBarHeight + 1);
+  EXPECT_GT(zelvy_sbar::iSBarHeight, 12);
+  char* name = nullptr;
+  ASSERT_TRUE(XFetchName(ixDisplay, zelvy_win::wShell[0], &name));
+  EXPECT_STREQ(name, "Kernel Frame");
+  XFree(name);
+  EXPECT_EQ(WInfoWindow(2), 200);
+}
+
+TEST_F(DisplayTest, StatusBarPartsAndTexts) {
+  WindowOpen(7 | 32, 0, 0, 400, 100);
+  const int widths[3] = {2500, -1, 2500};
+  const int styles[3] = {0, 1, 2};
+  WindowStatusBarParts(3, widths, styles);
+  const StatusBarRecord& bar = *zelvy_sbar::psbarInfo[0];
+  ASSERT_EQ(bar.PartCount, 3);
+  EXPECT_EQ(bar.PartWidths[0], 99);  // window units of the 400-pixel client
+  EXPECT_EQ(bar.StretchPart, 1);
+  XSync(ixDisplay, False);
+  EXPECT_EQ(attributes(bar.PartWindows[1]).width, 400 - 99 - 99);
+
+  WindowOutStatusBar(1, "left   ");
+  WindowOutStatusBar(3, "\t\tright");
+  WindowOutStatusBar(4, "dropped");  // beyond the parts
+  EXPECT_EQ(yyWindowStatusBarText(0, 1), "left");
+  EXPECT_EQ(yyWindowStatusBarText(0, 3), "right");
+  EXPECT_EQ(bar.PartAlign[2], 2);
+  WindowOutStatusBar(2, "\t");  // an empty centred text
+  EXPECT_EQ(yyWindowStatusBarText(0, 2), "");
+  EXPECT_EQ(bar.PartAlign[1], 1);
+  WindowOutStatusBar(1, "");
+  EXPECT_EQ(yyWindowStatusBarText(0, 1), "");
+  EXPECT_EQ(zelvy_data::ierr, 0);
+
+  const int two_stretching[2] = {-1, -1};
+  WindowStatusBarParts(2, two_stretching);  // ignored altogether
+  EXPECT_EQ(zelvy_sbar::psbarInfo[0]->PartCount, 3);
+  std::vector<int> many(300, 10);
+  WindowStatusBarParts(300, many, {}, 1);
+  EXPECT_EQ(zelvy_sbar::psbarInfo[0]->PartCount, 255);
+  EXPECT_EQ(zelvy_sbar::psbarInfo[0]->PartWidths[0], 10);  // pixels with flag 1
+
+  WindowOutStatusBar(1, "x", 7);
+  EXPECT_EQ(WInfoError(1), 1003);
+}
+
+TEST_F(DisplayTest, StatusBarTextsArePublishedOnTheShell) {
+  WindowOpen(7 | 32, 0, 0, 300, 100);
+  const int widths[2] = {5000, -1};
+  WindowStatusBarParts(2, widths);
+  WindowOutStatusBar(1, "Code File:");
+  WindowOutStatusBar(2, "si");
+  Atom type;
+  int format;
+  unsigned long n, after;
+  unsigned char* data = nullptr;
+  ASSERT_EQ(XGetWindowProperty(ixDisplay, zelvy_win::wShell[0], XInternAtom(ixDisplay, "_ZELV_STATUSBAR", False),
+                               0, 1024, False, XA_STRING, &type, &format, &n, &after, &data),
+            Success);
+  ASSERT_NE(data, nullptr);
+  EXPECT_EQ(std::string(reinterpret_cast<char*>(data), n), "Code File:\nsi");
+  XFree(data);
+}
+
+TEST_F(DisplayTest, LibraryErrorsAtLevelThreeGoToTheRootStatusBar) {
+  WindowOpen(7 | 32, 0, 0, 600, 100);
+  const int widths[2] = {8000, -1};
+  WindowStatusBarParts(2, widths);
+  int child = -1;
+  WindowOpenChild(child, 7 | 128, 0, 0, 50, 50);
+  ASSERT_EQ(child, 1);
+  IDebugLevel(3);
+  WindowSelect(9);
+  EXPECT_EQ(yyWindowStatusBarText(0, 1), "Internal routine:YYWindowSelect Error=1003:Invalid window handle");
+  EXPECT_EQ(WInfoWindow(4), 1);  // the selection stays where it was
+  EXPECT_EQ(WInfoError(1), 1003);
+}
+
+TEST_F(DisplayTest, ChildWindowsUpToTheLimit) {
+  WindowOpen(7, 0, 0, 200, 200);
+  int h = -1;
+  for (int i = 1; i <= 50; ++i) {
+    WindowOpenChild(h, 7 | 128, 0, 0, 20, 20);
+    ASSERT_EQ(h, i);
+  }
+  EXPECT_EQ(WInfoWindow(15), 0);
+  EXPECT_EQ(WInfoWindow(4), 50);
+  EXPECT_EQ(WInfoWindow(9), 3);  // opened hidden
+  WindowOpenChild(h, 7, 0, 0, 20, 20);
+  EXPECT_EQ(h, -1);
+  EXPECT_EQ(WInfoError(1), 1121);
+
+  WindowCloseChild(50);
+  EXPECT_EQ(WInfoWindow(4), 0);  // the selected window went: back to the root
+  EXPECT_EQ(zelvy_data::iwflags[50], -1);
+  WindowCloseChild(7);
+  EXPECT_EQ(WInfoWindow(15), 2);
+  WindowOpenChild(h, 7 | 128, 0, 0, 20, 20);
+  EXPECT_EQ(h, 7);  // the lowest free handle
+  WindowSelect(50);
+  EXPECT_EQ(WInfoError(1), 1003);
+  EXPECT_EQ(WInfoWindow(4), 7);
+  WindowCloseChild(50);
+  EXPECT_EQ(WInfoError(1), 1003);
+}
+
+TEST_F(DisplayTest, ChildrenInsideTheirParent) {
+  WindowOpen(7, 100, 100, 400, 300);
+  XSync(ixDisplay, False);
+  int h = -1;
+  WindowOpenChild(h, 7 | 16, 2500, 5000, 5000, 5000, std::nullopt, {}, std::nullopt, "inside", 0);
+  ASSERT_EQ(h, 1);
+  EXPECT_EQ(WInfoWindow(1), 199);  // 5000 units of the 400-pixel parent
+  EXPECT_EQ(WInfoWindow(2), 149);
+  XSync(ixDisplay, False);
+  EXPECT_EQ(WInfoWindow(7), 100 + 99);
+  EXPECT_EQ(WInfoWindow(5), yyunitsfrompixels(99, 400));
+
+  int g = -1;
+  WindowOpenChild(g, 7 | 16, 0, 0, 100, 100, std::nullopt, {}, std::nullopt, "", 33);
+  EXPECT_EQ(g, -1);
+  EXPECT_EQ(WInfoError(1), 1003);
+  WindowOpenChild(g, 7 | 128, 0, 0, 20, 20);
+  WindowOpenChild(h, 7 | 16, 0, 0, 100, 100, std::nullopt, {}, std::nullopt, "", g);
+  EXPECT_EQ(h, -1);
+  EXPECT_EQ(WInfoError(1), 1016);  // the parent is hidden
+
+  // Closing a parent closes what lies inside it.
+  WindowCloseChild(1);
+  EXPECT_EQ(WInfoWindow(15), 49);
+}
+
+TEST_F(DisplayTest, PushedMessageComesBackWordForWord) {
+  WindowOpen(7, 0, 0, 100, 100);
+  MessageRecord in;
+  in.Win = 3;
+  in.Value1 = 11;
+  in.X = 12345;
+  in.PixelX = 7;
+  in.GX = 1.5f;
+  WMessagePush(MouseDown, in);
+  MessageRecord out;
+  int type = 0;
+  WMessage(type, out);
+  EXPECT_EQ(type, MouseDown);
+  EXPECT_EQ(out.Win, 3);
+  EXPECT_EQ(out.Value1, 11);
+  EXPECT_EQ(out.X, 12345);  // no unit conversion
+  EXPECT_EQ(out.PixelX, 7);
+  EXPECT_EQ(out.GX, 1.5f);
+}
+
+TEST_F(DisplayTest, FilterTable) {
+  WindowOpen(7, 0, 0, 100, 100);
+  const int expected[18] = {1, 1, 1, 1, 0, 0, 1, 1, 1, 0, 0, 0, 1, 1, 0, 0, 0, 0};
+  for (int t = 1; t <= 18; ++t) EXPECT_EQ(WInfoMessage(t), expected[t - 1]) << t;
+  WMessageEnable(FieldChanged, 1);
+  WMessageEnable(19, 1);
+  EXPECT_EQ(WInfoMessage(FieldChanged), 1);
+  EXPECT_EQ(WInfoMessage(19), 0);
+  WindowClose();
+  WindowOpen(7, 0, 0, 100, 100);
+  EXPECT_EQ(WInfoMessage(FieldChanged), 0);  // each root window starts from the defaults
+}
+
+TEST_F(DisplayTest, TimersOneShotRepeatingAndFiltered) {
+  WindowOpen(7, 0, 0, 100, 100);
+  MessageRecord m;
+  WMessageTimer(20, 5, 1);
+  ASSERT_EQ(next_non_expose(m), TimerExpired);
+  EXPECT_EQ(m.Value1, 5);
+  EXPECT_EQ(m.Win, 0);
+  ASSERT_EQ(next_non_expose(m), TimerExpired);  // it repeats
+  EXPECT_EQ(m.Value1, 5);
+  WMessageTimer(0, 5);
+  WMessageTimer(0, 77);  // unknown: no error
+  EXPECT_EQ(zelvy_data::ierr, 0);
+
+  WMessageEnable(TimerExpired, 0);
+  WMessageTimer(10, 6, 0);
+  int type = -1;
+  for (int i = 0; i < 20; ++i) {
+    usleep(10000);
+    WMessagePeek(type, m);
+    EXPECT_NE(type, TimerExpired);
+  }
+  WMessageEnable(TimerExpired, 1);
+}
+
+TEST_F(DisplayTest, CloseProtocolBecomesCloseRequest) {
+  WindowOpen(7, 0, 0, 100, 100);
+  send_close(0);
+  MessageRecord m;
+  ASSERT_EQ(next_non_expose(m), CloseRequest);
+  EXPECT_EQ(m.Win, 0);
+  EXPECT_EQ(WInfoWindow(16), 1);  // nothing closes by itself
+}
+
+TEST_F(DisplayTest, LockedWindowsIgnoreTheCloseProtocol) {
+  WindowOpen(7, 0, 0, 100, 100);
+  int h = -1;
+  WindowOpenChild(h, 7, 200, 0, 50, 50);
+  yyMsgSemiModelessStack(1, 1, h);  // only the child may take input now
+  send_close(0);
+  MessageRecord m;
+  EXPECT_EQ(next_non_expose(m, 300), 0);
+  send_close(h);
+  ASSERT_EQ(next_non_expose(m), CloseRequest);
+  EXPECT_EQ(m.Win, h);
+  yyMsgSemiModelessStack(-1, 1, h);
+  send_close(0);
+  ASSERT_EQ(next_non_expose(m), CloseRequest);
+  EXPECT_EQ(m.Win, 0);
+}
+
+TEST_F(DisplayTest, ExposeBurstGivesOneBoundingBox) {
+  WindowOpen(7, 0, 0, 400, 300);
+  XSync(ixDisplay, False);
+  MessageRecord m;
+  while (next_message(m, 200) == ExposeMessage) {}
+  const Window client = zelvy_win::wClient[0];
+  XClearArea(ixDisplay, client, 10, 20, 30, 40, True);
+  XClearArea(ixDisplay, client, 100, 50, 10, 10, True);
+  XClearArea(ixDisplay, client, 60, 5, 5, 5, True);
+  XSync(ixDisplay, False);
+  ASSERT_EQ(next_message(m), ExposeMessage);
+  EXPECT_EQ(m.PixelX, 10);
+  EXPECT_EQ(m.PixelY, 5);
+  EXPECT_EQ(m.PixelWidth, 100);
+  EXPECT_EQ(m.PixelHeight, 55);
+  EXPECT_EQ(m.X, yyunitsfrompixels(10, 400));
+  EXPECT_EQ(m.Value1, yyunitsfrompixels(110, 400) - yyunitsfrompixels(10, 400));
+  EXPECT_EQ(next_message(m, 200), 0);  // nothing more from the burst
+}
+
+TEST_F(DisplayTest, ResizeOnlyWhenTheClientSizeChanges) {
+  WindowOpen(7 | 32, 0, 0, 300, 200);
+  const int widths[2] = {3000, -1};
+  WindowStatusBarParts(2, widths);
+  XSync(ixDisplay, False);
+  MessageRecord m;
+  while (next_message(m, 200) == ExposeMessage) {}
+  const int frame_h = 200 + zelvy_sbar::iSBarHeight + 1;
+  XResizeWindow(ixDisplay, zelvy_win::wShell[0], 300, frame_h);  // the same size
+  XFlush(ixDisplay);
+  EXPECT_EQ(next_non_expose(m, 300), 0);
+  XResizeWindow(ixDisplay, zelvy_win::wShell[0], 360, frame_h + 40);
+  XFlush(ixDisplay);
+  ASSERT_EQ(next_non_expose(m), Resize);
+  EXPECT_EQ(m.Value1, 360);
+  EXPECT_EQ(m.Value2, 240);
+  EXPECT_EQ(m.PixelWidth, 360);
+  EXPECT_EQ(WInfoWindow(1), 360);
+  EXPECT_EQ(zelvy_data::iwinwid, 360);
+  XSync(ixDisplay, False);
+  // The bar follows: the stretching part takes the new width.
+  const StatusBarRecord& bar = *zelvy_sbar::psbarInfo[0];
+  EXPECT_EQ(attributes(bar.PartWindows[1]).width, 360 - bar.PartWidths[0]);
+  EXPECT_EQ(attributes(bar.BarWindow).y, 240);
+}
+
+TEST_F(DisplayTest, SchemeColoursPixelsAndCursors) {
+  WindowOpen(7, 0, 0, 100, 100);
+  EXPECT_EQ(WInfoScreen(1), zelvy_data::iscwid);
+  EXPECT_EQ(WInfoScreen(33), 1);               // antialiased client-side fonts
+  EXPECT_EQ(WInfoScreen(8), 0x000000);         // foreground
+  EXPECT_EQ(WInfoScreen(9), 0xD0DCE0);         // background #E0DCD0 as 0xBBGGRR
+  EXPECT_EQ(WInfoScreen(15), 0xFFFFFF);        // menu selection text
+  EXPECT_EQ(WInfoScreen(16), 0xC56A31);        // menu selection background #316AC5
+  EXPECT_EQ(WInfoScreen(7), 0xFFFFFF);         // edit background
+  if (zelvy_x::BestMap) {
+    const XStandardColormap& b = zelvy_x::best_map_info;
+    EXPECT_EQ(yyAllocPixel(255, 255, 255),
+              b.base_pixel + b.red_max * b.red_mult + b.green_max * b.green_mult + b.blue_max * b.blue_mult);
+  } else {
+    EXPECT_EQ(yyAllocPixel(200, 100, 50), yyAllocPixel(201, 102, 51));  // the cache's 64 levels
+  }
+  for (int shape = 0; shape < 12; ++shape) EXPECT_NE(zelvy_x::ixCursor[shape], 0u) << shape;
+  WCursorShape(-1);
+  EXPECT_EQ(WInfoError(1), 1015);
+  WCursorShape(3, 1);
+  EXPECT_EQ(zelvy_win::hCursorWin[0], zelvy_x::ixCursor[3]);
+  WCursorShape(1, 2);  // a window's own cursor stays
+  EXPECT_EQ(zelvy_win::hCursorWin[0], zelvy_x::ixCursor[3]);
+  WCursorShape(1, 0);  // and goes with scope 0
+  EXPECT_EQ(zelvy_win::hCursorWin[0], 0u);
+  EXPECT_EQ(zelvy_data::ierr, 0);
+}
+
+TEST_F(DisplayTest, ClientRedrawsFromItsSavedPixmap) {
+  WindowOpen(7, 0, 0, 120, 80);
+  XSync(ixDisplay, False);
+  MessageRecord m;
+  while (next_message(m, 200) == ExposeMessage) {}
+  Widget client = zelvy_win::wtClient[0];
+  const Window win = zelvy_win::wClient[0];
+  const int depth = attributes(win).depth;
+  Pixmap pm = XCreatePixmap(ixDisplay, win, 120, 80, depth);
+  GC gc = XCreateGC(ixDisplay, pm, 0, nullptr);
+  XSetForeground(ixDisplay, gc, yyAllocPixel(255, 0, 0));
+  XFillRectangle(ixDisplay, pm, gc, 0, 0, 120, 80);
+  XtVaSetValues(client, XtNsavedPixmap, pm, nullptr);
+  XClearArea(ixDisplay, win, 10, 10, 30, 30, True);
+  ASSERT_EQ(next_message(m), ExposeMessage);  // the application still hears of it
+  XSync(ixDisplay, False);
+  XImage* img = XGetImage(ixDisplay, win, 20, 20, 1, 1, AllPlanes, ZPixmap);
+  ASSERT_NE(img, nullptr);
+  EXPECT_EQ(XGetPixel(img, 0, 0), yyAllocPixel(255, 0, 0));
+  XDestroyImage(img);
+
+  Pixmap bitmap = XCreatePixmap(ixDisplay, win, 8, 8, 1);  // another depth is refused
+  XtVaSetValues(client, XtNsavedPixmap, bitmap, nullptr);
+  Pixmap kept = 1;
+  XtVaGetValues(client, XtNsavedPixmap, &kept, nullptr);
+  EXPECT_EQ(kept, 0u);
+  XFreePixmap(ixDisplay, bitmap);
+  XFreeGC(ixDisplay, gc);
+  XFreePixmap(ixDisplay, pm);
+}
+
+TEST_F(DisplayTest, DeferredFieldChangeArrivesWhenEnabled) {
+  WindowOpen(7, 0, 0, 100, 100);
+  MessageRecord m;
+  yyMsgPostFieldChanged(1004, 3, 4, 102);
+  EXPECT_EQ(next_non_expose(m, 300), 0);  // off by default
+  WMessageEnable(FieldChanged, 1);
+  yyMsgPostFieldChanged(1004, 3, 4, 102);
+  ASSERT_EQ(next_non_expose(m), FieldChanged);
+  EXPECT_EQ(m.Value1, 1004);
+  EXPECT_EQ(m.Value2, 1004);
+  EXPECT_EQ(m.Value3, 1);
+  EXPECT_EQ(m.Value4, -1);
+  EXPECT_EQ(m.X, 3);  // no unit conversion for this type
+  EXPECT_EQ(m.Y, 4);
+  EXPECT_EQ(m.Win, 102);
+}
+
+TEST_F(DisplayTest, ModalLevelLocksTheOtherWindows) {
+  WindowOpen(7, 0, 0, 100, 100);
+  int h = -1;
+  WindowOpenChild(h, 7, 200, 0, 50, 50);
+  static int checks = 0;
+  static unsigned char root_locked = 0, child_locked = 1;
+  checks = 0;
+  // The modal level ends from a timeout, as a box's button callback would end it.
+  XtAppAddTimeOut(zelvy_x::ixContext, 100, [](XtPointer, XtIntervalId*) {
+    root_locked = zelvy_win::WinInfo[0].Locked;
+    child_locked = zelvy_win::WinInfo[1].Locked;
+    ++checks;
+    yyMsgModalEnd();
+  }, nullptr);
+  send_close(0);  // ignored while the level is up
+  yyMsgModalLoop(h);
+  EXPECT_EQ(checks, 1);
+  EXPECT_EQ(root_locked, 1);
+  EXPECT_EQ(child_locked, 0);
+  EXPECT_EQ(zelvy_win::WinInfo[0].Locked, 0);  // released when the level ends
+  MessageRecord m;
+  EXPECT_EQ(next_non_expose(m, 300), 0);
+}
+
+TEST_F(DisplayTest, RootShellHoldsTheDefaultFontAndGreyPixmaps) {
+  XtPointer font = nullptr;
+  Boolean fast = False;
+  XtVaGetValues(zelvy_x::rootWidget, XtNfontPointer, &font, XtNfastRefresh, &fast, nullptr);
+  EXPECT_EQ(font, static_cast<XtPointer>(zelvy_x::dialogFontStruct));
+  EXPECT_TRUE(fast);
+  EXPECT_EQ(XtClass(zelvy_x::rootWidget), zelvWidgetClass);
+
+  WindowOpen(7, 0, 0, 100, 100);
+  const Pixel bg = zelvy_x::wSchemeCol[3].pixel;
+  const Window root = DefaultRootWindow(ixDisplay);
+  Pixmap pm = XCreatePixmap(ixDisplay, root, 4, 4, zelvy_x::iDispDepth);
+  GC gc = XCreateGC(ixDisplay, pm, 0, nullptr);
+  XSetForeground(ixDisplay, gc, bg);
+  XFillRectangle(ixDisplay, pm, gc, 0, 0, 4, 4);
+  XSetForeground(ixDisplay, gc, BlackPixel(ixDisplay, 0));
+  XDrawPoint(ixDisplay, pm, gc, 1, 1);
+  const Pixmap grey = yyCreateGreyPixmap(pm, 4, 4, bg);
+  ASSERT_NE(grey, 2u);
+  XImage* img = XGetImage(ixDisplay, grey, 0, 0, 5, 5, AllPlanes, ZPixmap);
+  EXPECT_EQ(XGetPixel(img, 1, 1), zelvy_x::wSchemeCol[4].pixel);  // the shape in its place
+  EXPECT_EQ(XGetPixel(img, 2, 2), zelvy_x::wSchemeCol[8].pixel);  // and its light copy
+  EXPECT_EQ(XGetPixel(img, 3, 3), bg);
+  XDestroyImage(img);
+  EXPECT_EQ(yyCreateGreyPixmap(2, 4, 4, bg), 2u);
+  XFreePixmap(ixDisplay, grey);
+  XFreeGC(ixDisplay, gc);
+  XFreePixmap(ixDisplay, pm);
+}
+
+TEST_F(DisplayTest, WindowTextAndScrolling) {
+  WindowOpen(7, 0, 0, 200, 100);
+  int w = 0, h = 0;
+  yywindowfontcreate(1, 0, 0, w, h);  // "6x13"
+  EXPECT_EQ(w, 6);
+  EXPECT_EQ(h, 13);
+  EXPECT_EQ(yywindowstringlength("abcd"), 24);
+  yywindowfontcolour(15, 12);  // black on bright red
+  int x = 10;
+  yywindowoutstring(x, 20, "ab");
+  EXPECT_EQ(x, 22);
+  XSync(ixDisplay, False);
+  const Window client = zelvy_win::wClient[0];
+  auto pixel = [&](int px, int py) {
+    XImage* img = XGetImage(ixDisplay, client, px, py, 1, 1, AllPlanes, ZPixmap);
+    const unsigned long p = XGetPixel(img, 0, 0);
+    XDestroyImage(img);
+    return p;
+  };
+  EXPECT_EQ(pixel(10, 20), yyAllocPixel(255, 0, 0));  // the text's background cell
+  yywindowscroll(50, 0, 0x00FF00);  // right by 50, the strip in green
+  XSync(ixDisplay, False);
+  EXPECT_EQ(pixel(60, 20), yyAllocPixel(255, 0, 0));
+  EXPECT_EQ(pixel(10, 50), yyAllocPixel(0, 255, 0));
+  yywindowclear(0, 0, 199, 99, -1);
+  XSync(ixDisplay, False);
+  EXPECT_EQ(pixel(60, 20), WhitePixel(ixDisplay, 0));
+}
+
+TEST_F(DisplayTest, SizePositionAndHiding) {
+  WindowOpen(7 | 32, 0, 0, 200, 100);
+  int child = -1;
+  WindowOpenChild(child, 7 | 16, 0, 0, 5000, 5000, std::nullopt, {}, std::nullopt, "in", 0);
+  ASSERT_EQ(child, 1);
+  WindowSelect(0);
+  yywindowsizepos(30, 40, 260, 120, 1);
+  XSync(ixDisplay, False);
+  const XWindowAttributes at = attributes(zelvy_win::wShell[0]);
+  EXPECT_EQ(at.x, 30);
+  EXPECT_EQ(at.y, 40);
+  EXPECT_EQ(at.width, 260);
+  EXPECT_EQ(at.height, 120 + zelvy_sbar::iSBarHeight + 1);
+  EXPECT_EQ(WInfoWindow(1), 260);
+  EXPECT_EQ(WInfoWindow(2), 120);
+  yywindowsizepos(-999999, -999999, -999999, -999999, 3);  // hide, with what lies inside
+  XSync(ixDisplay, False);
+  EXPECT_EQ(WInfoWindow(9), 3);
+  EXPECT_EQ(attributes(zelvy_win::wShell[1]).map_state, IsUnmapped);
+  yywindowsizepos(-999999, -999999, -999999, -999999, 1);
+  XSync(ixDisplay, False);
+  EXPECT_EQ(attributes(zelvy_win::wShell[1]).map_state, IsViewable);
+  EXPECT_EQ(attributes(zelvy_win::wShell[0]).x, 30);
+  int exists = 0, status = -1;
+  yywindowtest(1, exists);
+  EXPECT_EQ(exists, 1);
+  yywindowtest(2, exists);
+  EXPECT_EQ(exists, 0);
+  yywindowtitle(0, 1, status, "Renamed");
+  char* name = nullptr;
+  ASSERT_TRUE(XFetchName(ixDisplay, zelvy_win::wShell[0], &name));
+  EXPECT_STREQ(name, "Renamed");
+  XFree(name);
+}
+
+TEST_F(DisplayTest, MenuEngineJoinsThroughItsHooks) {
+  using namespace zelvy_hooks;
+  static int loaded = 0, closed = -1;
+  static bool open = false;
+  menu_row_height = [] { return 20; };
+  menu_load = [](int menuid, int, int& status) {
+    loaded = menuid;
+    status = 0;
+  };
+  menu_bar_height = [](int) { return 20; };
+  menu_closed = [](int h) { closed = h; };
+  // Consumes key presses while "open", as an open menu takes the keyboard.
+  menu_event = [](XEvent& ev) { return open && ev.type == KeyPress; };
+  menu_open = [] { return open; };
+  WindowOpen(7, 0, 0, 200, 100, 30001);
+  XSync(ixDisplay, False);
+  EXPECT_EQ(loaded, 30001);
+  EXPECT_EQ(attributes(zelvy_win::wShell[0]).height, 120);
+  EXPECT_EQ(attributes(zelvy_win::wClient[0]).y, 20);
+  EXPECT_EQ(WInfoWindow(2), 100);
+  MessageRecord m;
+  while (next_message(m, 200) == ExposeMessage) {}
+  WMessageEnable(FieldChanged, 1);
+  open = true;
+  yyMsgPostFieldChanged(1, 0, 0, 0);
+  int type = -1;
+  for (int i = 0; i < 20; ++i) {  // nothing passes while a menu is open
+    usleep(10000);
+    WMessagePeek(type, m);
+    EXPECT_NE(type, FieldChanged);
+  }
+  open = false;
+  yyMsgPostFieldChanged(2, 0, 0, 0);
+  ASSERT_EQ(next_non_expose(m), FieldChanged);
+  EXPECT_EQ(m.Value1, 2);
+  WindowClose();
+  EXPECT_EQ(closed, 0);
+  menu_row_height = nullptr;
+  menu_load = nullptr;
+  menu_bar_height = nullptr;
+  menu_closed = nullptr;
+  menu_event = nullptr;
+  menu_open = nullptr;
+}
+
+TEST_F(DisplayTest, DialogEngineSizesTheWindowThatCarriesItsDialog) {
+  using namespace zelvy_hooks;
+  static int combined = 0, combined_in = -1;
+  dialog_pixels = [](int, int& w, int& h, bool& resizable) {
+    w = 321;
+    h = 123;
+    resizable = false;
+  };
+  dialog_combine = [](int dialogid, int h) {
+    combined = dialogid;
+    combined_in = h;
+  };
+  WindowOpen(7, 0, 0, std::nullopt, std::nullopt, std::nullopt, {}, 102);
+  dialog_pixels = nullptr;
+  dialog_combine = nullptr;
+  EXPECT_EQ(WInfoError(1), 0);  // the main form is in the resources
+  EXPECT_EQ(WInfoWindow(1), 321);
+  EXPECT_EQ(WInfoWindow(2), 123);
+  EXPECT_EQ(WInfoWindow(3), 7);  // the flags as given
+  EXPECT_EQ(combined, 102);
+  EXPECT_EQ(combined_in, 0);
+  XSizeHints hints{};
+  long supplied = 0;
+  XGetWMNormalHints(ixDisplay, zelvy_win::wShell[0], &hints, &supplied);
+  EXPECT_TRUE(hints.flags & PMaxSize);  // not resizable: a fixed size
+  EXPECT_EQ(hints.max_width, 321);
+}
+
+TEST_F(DisplayTest, ResourceIdentifiersThatDoNotExist) {
+  IDebugLevel(1);
+  testing::internal::CaptureStdout();
+  const int toolbars[4] = {0, 4242, 0, 0};
+  WindowOpen(7, 0, 0, 100, 100, 4241, toolbars, 4243);
+  const std::string printed = testing::internal::GetCapturedStdout();
+  EXPECT_NE(printed.find("Routine:WindowOpen Error=1007:Dialog not present in resource"), std::string::npos);
+  EXPECT_NE(printed.find("Routine:WindowOpen Error=1002:Menu or toolbar not present in resource"),
+            std::string::npos);
+  EXPECT_EQ(WInfoWindow(16), 1);  // the window opens all the same
+}
+
+TEST_F(DisplayTest, SecondInitialisationAndDisplayOpeningChangeNothing) {
+  IDebugLevel(2);
+  WInitialise();
+  EXPECT_EQ(zelvy_data::idbug, 2);
+  int w = 0, h = 0, wmm = 0, hmm = 0, colours = 0, greys = 0;
+  Display* before = ixDisplay;
+  yygetdisplayinfo(10, 0, w, h, wmm, hmm, colours, greys);
+  EXPECT_EQ(colours, -1);
+  EXPECT_EQ(ixDisplay, before);
+  EXPECT_GT(yysystime(), -1);
+  WindowOpen(7, 0, 0, 50, 50);
+  EXPECT_GT(WInfoSystem(15), 0);  // the server's time through the root window
+}
+
+}  // namespace

@@ -1,0 +1,153 @@
+// Display-free pieces of the message loop and the windows: key translation,
+// window units, text encoding and the recorded menu states.
+#include <gtest/gtest.h>  // before the X headers, whose macros it would trip over
+
+#include <X11/keysym.h>
+#include <unistd.h>
+
+#include "toolkit/kernel/display.h"
+#include "toolkit/kernel/menu.h"
+#include "toolkit/kernel/message.h"
+#include "toolkit/kernel/window.h"
+#include "toolkit/kernel/zelvy_data.h"
+
+namespace {
+
+struct KeyCase {
+  unsigned long keysym;
+  bool ctrl, shift;
+  const char* chars;
+  int value1, value2, value4;
+};
+
+TEST(KeyTranslation, TableCodesWithModifierOffsets) {
+  const KeyCase cases[] = {
+      {XK_Tab, false, true, "\t", 274, 2, 9},       // Shift+Tab is back-tab
+      {XK_Tab, true, false, "\t", 9, 1, 9},         // Ctrl+Tab stays Tab
+      {XK_Tab, true, true, "\t", 9, 3, 9},
+      {XK_KP_Tab, false, true, "", 9, 2, 9},        // keypad Tab has no back-tab
+      {XK_F1, true, false, "", 341, 1, 301},
+      {XK_F1, false, true, "", 321, 2, 301},
+      {XK_F20, false, false, "", 320, 0, 320},
+      {XK_KP_F4, true, false, "", 344, 1, 304},
+      {XK_Help, false, true, "", 335, 2, 315},
+      {XK_Up, false, true, "", 262, 2, 258},        // same Value1 as Page Up
+      {XK_Prior, false, false, "", 262, 0, 262},
+      {XK_Left, true, false, "", 269, 1, 261},
+      {XK_KP_Down, false, false, "", 259, 0, 259},
+      {XK_Return, false, false, "\r", 13, 0, 13},
+      {XK_KP_Enter, false, false, "\r", 13, 0, 13},
+      {XK_BackSpace, true, false, "\b", 8, 1, 8},
+      {XK_Escape, false, false, "\x1b", 27, 0, 27},
+      {XK_Delete, false, false, "", 127, 0, 127},
+      {XK_EuroSign, false, false, "", 128, 0, 128},
+      {XK_Home, true, false, "", 270, 1, 270},      // offsets only for arrows and function keys
+      {XK_Select, false, false, "", 271, 0, 271},
+      {XK_KP_Insert, false, false, "", 272, 0, 272},
+      {0x1000FF72, false, false, "", 272, 0, 272},
+      {0x1000FF73, false, false, "", 273, 0, 273},
+      {XK_ISO_Left_Tab, false, true, "", 274, 2, 274},
+      {XK_Menu, false, false, "", 275, 0, 275},
+      {XK_KP_7, false, false, "7", 287, 0, 287},
+      {XK_KP_Subtract, false, false, "-", 290, 0, 290},
+      {XK_KP_Separator, false, false, "", 292, 0, 292},
+      {XK_KP_Multiply, false, false, "*", 294, 0, 294},
+      {XK_Print, false, false, "", 300, 0, 300},
+      {XK_a, false, false, "a", 97, 0, 97},          // keys outside the table are their own code
+      {XK_A, false, true, "A", 65, 2, 65},
+      {XK_q, true, false, "\x11", 17, 1, 81},        // control letters give the control code
+      {XK_Q, true, true, "\x11", 17, 3, 81},
+      {XK_q, true, false, "q", 113, 1, 113},         // no control code from the lookup
+  };
+  for (const KeyCase& c : cases) {
+    const KeyMessage m = yyMsgProcessKey(c.keysym, c.ctrl, c.shift, c.chars);
+    SCOPED_TRACE(testing::Message() << std::hex << "keysym 0x" << c.keysym);
+    EXPECT_TRUE(m.made);
+    EXPECT_EQ(m.value1, c.value1);
+    EXPECT_EQ(m.value2, c.value2);
+    EXPECT_EQ(m.value4, c.value4);
+  }
+}
+
+TEST(KeyTranslation, ModifierKeysMakeNoMessage) {
+  for (unsigned long ks : {XK_Shift_L, XK_Control_R, XK_Alt_L, XK_Super_L, XK_Hyper_R, XK_Caps_Lock,
+                           XK_Mode_switch, XK_Num_Lock, XK_ISO_Level3_Shift, XK_Scroll_Lock})
+    EXPECT_FALSE(yyMsgProcessKey(ks, false, false, "").made) << std::hex << ks;
+}
+
+TEST(WindowUnits, ConversionAndItsRounding) {
+  EXPECT_EQ(yyunitstopixels(9999, 100), 99);
+  EXPECT_EQ(yyunitstopixels(0, 100), 0);
+  EXPECT_EQ(yyunitstopixels(5000, 100), 49);
+  EXPECT_EQ(yyunitsfrompixels(99, 100), 9949);  // no way back to 9999
+  EXPECT_EQ(yyunitsfrompixels(0, 100), 49);
+  EXPECT_EQ(yyunitsfrompixels(50, 400), 1262);
+  EXPECT_EQ(yyunitsfrompixels(0, 1), 0);  // a window of one pixel has only unit 0
+  EXPECT_EQ(yyunitsfrompixels(5, 1), 0);
+  EXPECT_EQ(yyunitstopixels(9999, 1), 0);
+  // Through the selected window's size.
+  zelvy_data::iwinwid = 1024;
+  zelvy_data::iwinhgt = 819;
+  int px = 0, py = 0, ux = 0, uy = 0;
+  WindowUnitsToPixels(1000, 9999, px, py);
+  EXPECT_EQ(px, 102);
+  EXPECT_EQ(py, 818);
+  WindowUnitsFromPixels(px, py, ux, uy);
+  EXPECT_EQ(ux, 1000);  // the round trip loses a unit
+  EXPECT_EQ(uy, 9992);
+}
+
+TEST(WindowUnits, PositionKeptOnTheScreen) {
+  zelvy_x::iDispWidth = 1280;
+  zelvy_x::iDispHeight = 1024;
+  int x = 1200, y = -5;
+  yyWindowPositionOnScreen(200, 100, x, y);
+  EXPECT_EQ(x, 1080);
+  EXPECT_EQ(y, 0);
+  x = 10;
+  y = 2000;
+  yyWindowPositionOnScreen(2000, 100, x, y);  // wider than the screen: the left edge wins
+  EXPECT_EQ(x, 0);
+  EXPECT_EQ(y, 924);
+}
+
+TEST(TextEncoding, LatinOneBecomesUtf8) {
+  int type = -1;
+  EXPECT_EQ(yyConvertEncoding("plain", 0, type), "plain");
+  EXPECT_EQ(type, 0);
+  EXPECT_EQ(yyConvertEncoding("\xe9t\xa9", 0, type), "\xc3\xa9t\xc2\xa9");
+  EXPECT_EQ(type, 1);
+  EXPECT_EQ(yyConvertEncoding("\xc3\xa9", 1, type), "\xc3\xa9");  // already UTF-8
+  EXPECT_EQ(type, 1);
+}
+
+TEST(MenuStates, RecordedByItem) {
+  zelvy_data::ierr = 0;
+  EXPECT_EQ(WMenuGetState(40005, 1), 1);  // unknown items are enabled and unchecked
+  WMenuSetState(40005, 1, 0);
+  WMenuSetState(40005, 2, 1);
+  EXPECT_EQ(WMenuGetState(40005, 1), 0);
+  EXPECT_EQ(WMenuGetState(40005, 2), 1);
+  WMenuSetState(40005, 1, 1);
+  EXPECT_EQ(WMenuGetState(40005, 1), 1);
+  EXPECT_EQ(WMenuGetState(40005, 2), 1);
+  EXPECT_EQ(zelvy_data::ierr, 0);
+  WMenuSetState(40005, 3, 1);
+  EXPECT_EQ(zelvy_data::ierr, 1126);
+}
+
+}  // namespace
+
+namespace {
+
+TEST(FileParts, AbsoluteDirectoryAndName) {
+  EXPECT_EQ(yyGetFilePart(0, "/data/run1/job.omb"), "/data/run1");
+  EXPECT_EQ(yyGetFilePart(1, "/data/run1/job.omb"), "job.omb");
+  EXPECT_EQ(yyGetFilePart(0, "/job.omb"), "/");
+  EXPECT_EQ(yyGetFilePart(1, "/data/"), "");
+  char cwd[4096];
+  ASSERT_NE(getcwd(cwd, sizeof cwd), nullptr);
+  EXPECT_EQ(yyGetFilePart(0, "job.omb"), std::string(cwd) == "/" ? "/" : std::string(cwd));
+}
+
+}  // namespace

@@ -1,0 +1,157 @@
+// X helper for the tests and the start-up benchmark:
+//   xhelper wait NAME [SECONDS]     waits for a mapped top-level window of that title
+//   xhelper close NAME              asks it to close through the window manager protocol
+//   xhelper prop NAME PROPERTY      prints a text property of it
+//   xhelper geometry NAME           prints its size and position, WxH+X+Y
+//   xhelper maptime CMD ARGS...     runs CMD and prints the milliseconds until its first
+//                                   top-level window is mapped; then closes it
+#include <X11/Xatom.h>
+#include <X11/Xlib.h>
+#include <X11/Xutil.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <thread>
+
+namespace {
+
+Display* dpy = nullptr;
+
+Window find_window(const char* name) {
+  Window root = DefaultRootWindow(dpy), parent = 0, *children = nullptr;
+  unsigned n = 0;
+  Window found = 0;
+  if (!XQueryTree(dpy, root, &root, &parent, &children, &n)) return 0;
+  for (unsigned i = 0; i < n && !found; ++i) {
+    char* title = nullptr;
+    XWindowAttributes at{};
+    if (XFetchName(dpy, children[i], &title) && title) {
+      if (!std::strcmp(title, name) && XGetWindowAttributes(dpy, children[i], &at) &&
+          at.map_state == IsViewable)
+        found = children[i];
+      XFree(title);
+    }
+  }
+  if (children) XFree(children);
+  return found;
+}
+
+void send_delete(Window w) {
+  XEvent ev{};
+  ev.xclient.type = ClientMessage;
+  ev.xclient.window = w;
+  ev.xclient.message_type = XInternAtom(dpy, "WM_PROTOCOLS", False);
+  ev.xclient.format = 32;
+  ev.xclient.data.l[0] = static_cast<long>(XInternAtom(dpy, "WM_DELETE_WINDOW", False));
+  ev.xclient.data.l[1] = CurrentTime;
+  XSendEvent(dpy, w, False, NoEventMask, &ev);
+  XFlush(dpy);
+}
+
+int maptime(char** argv) {
+  const Window root = DefaultRootWindow(dpy);
+  XSelectInput(dpy, root, SubstructureNotifyMask);
+  XSync(dpy, False);
+  const auto start = std::chrono::steady_clock::now();
+  const pid_t pid = fork();
+  if (pid == 0) {
+    execvp(argv[0], argv);
+    _exit(127);
+  }
+  Window mapped = 0;
+  const auto limit = start + std::chrono::seconds(20);
+  while (!mapped && std::chrono::steady_clock::now() < limit) {
+    while (XPending(dpy)) {
+      XEvent ev;
+      XNextEvent(dpy, &ev);
+      if (ev.type == MapNotify && !ev.xmap.override_redirect) {
+        mapped = ev.xmap.window;
+        break;
+      }
+    }
+    if (!mapped) std::this_thread::sleep_for(std::chrono::microseconds(200));
+  }
+  const double ms =
+      std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
+  if (mapped) send_delete(mapped);
+  int status = 0;
+  for (int i = 0; i < 100; ++i) {
+    if (waitpid(pid, &status, WNOHANG) == pid) break;
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    if (i == 99) {
+      kill(pid, SIGKILL);
+      waitpid(pid, &status, 0);
+    }
+  }
+  if (!mapped) return 1;
+  std::printf("%.1f\n", ms);
+  return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc < 3) {
+    std::fprintf(stderr, "usage: xhelper wait|close|prop|geometry NAME ... | maptime CMD...\n");
+    return 2;
+  }
+  // A busy server may refuse a connection for a moment: try again.
+  for (int attempt = 0; attempt < 20 && !dpy; ++attempt) {
+    dpy = XOpenDisplay(nullptr);
+    if (!dpy) std::this_thread::sleep_for(std::chrono::milliseconds(20));
+  }
+  if (!dpy) {
+    std::fprintf(stderr, "xhelper: no display\n");
+    return 2;
+  }
+  const std::string cmd = argv[1];
+  if (cmd == "maptime") return maptime(argv + 2);
+  if (cmd == "wait") {
+    const double seconds = argc > 3 ? std::atof(argv[3]) : 10.0;
+    const auto limit = std::chrono::steady_clock::now() + std::chrono::duration<double>(seconds);
+    while (std::chrono::steady_clock::now() < limit) {
+      if (Window w = find_window(argv[2])) {
+        std::printf("0x%lx\n", w);
+        return 0;
+      }
+      std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    return 1;
+  }
+  const Window w = find_window(argv[2]);
+  if (!w) {
+    std::fprintf(stderr, "xhelper: no window \"%s\"\n", argv[2]);
+    return 1;
+  }
+  if (cmd == "close") {
+    send_delete(w);
+    return 0;
+  }
+  if (cmd == "geometry") {
+    XWindowAttributes at{};
+    XGetWindowAttributes(dpy, w, &at);
+    std::printf("%dx%d+%d+%d\n", at.width, at.height, at.x, at.y);
+    return 0;
+  }
+  if (cmd == "prop" && argc > 3) {
+    Atom type;
+    int format;
+    unsigned long n, after;
+    unsigned char* data = nullptr;
+    if (XGetWindowProperty(dpy, w, XInternAtom(dpy, argv[3], False), 0, 65536, False, AnyPropertyType,
+                           &type, &format, &n, &after, &data) != Success || !data) {
+      return 1;
+    }
+    std::fwrite(data, 1, n, stdout);
+    std::printf("\n");
+    XFree(data);
+    return 0;
+  }
+  return 2;
+}

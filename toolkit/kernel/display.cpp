@@ -1,0 +1,628 @@
+// Display services: opening the X connection, resources, colours, cursors.
+#include "toolkit/kernel/display.h"
+
+#include <X11/Shell.h>
+#include <X11/StringDefs.h>
+#include <X11/Xatom.h>
+#include <X11/Xmu/StdCmap.h>
+#include <X11/cursorfont.h>
+#include <Xm/Xm.h>
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+#include "toolkit/kernel/widgets.h"
+#include "toolkit/kernel/window_table.h"
+#include "toolkit/kernel/zelvy_data.h"
+
+namespace {
+
+using namespace zelvy_x;
+
+char* S(const char* s) { return const_cast<char*>(s); }
+
+// Slot 0 is the dialog font found at run time.
+std::string fallback_font_line;
+const char* fallback[] = {
+    nullptr,
+    "Zelv*foreground: #000000",
+    "Zelv*background: #E0DCD0",
+    "Zelv*menuselForeColor: #FFFFFF",
+    "Zelv*menuselBackColor: #316AC5",
+    "Zelv*topShadowColor: #FAFAFA",
+    "Zelv*bottomShadowColor: #ACA899",
+    "Zelv*tooltipForeColor: #000000",
+    "Zelv*tooltipBackColor: #FFFFE1",
+    "Zelv*darkColor: #716F64",
+    "Zelv*grayTextColor: #ACA899",
+    "Zelv*menuForeColor: #000000",
+    "Zelv*menuBackColor: #E0DCD0",
+    "Zelv*menuDropColor: #FFFFFF",
+    "Zelv*editForeColor: #000000",
+    "Zelv*editBackColor: #FFFFFF",
+    "Zelv*altForeColor: #0046D5",
+    "Zelv*altBackColor: #F4F4EC",
+    "Zelv*armColor: #BFBBB1",
+    "Zelv*selectColor: #BFBBB1",
+    "Zelv*XmText.background: #FFFFFF",
+    "Zelv*XmList.background: #FFFFFF",
+    "Zelv*borderWidth: 0",
+    "Zelv*XmLabel.marginWidth:  0",
+    "Zelv*XmLabel.marginHeight: 0",
+    "*multiClickTime: 500",
+    "Zelv*xft: 1",
+    nullptr,
+};
+
+#define ZRES_PIXEL(name, cls, field, def)                                                   \
+  {S(name), S(cls), S(XtRPixel), sizeof(Pixel), XtOffsetOf(ZelvAppData, field), S(XtRString), \
+   S(def)}
+
+XtResource app_resources[] = {
+    ZRES_PIXEL("foreground", "Foreground", foreground, "XtDefaultForeground"),
+    ZRES_PIXEL("background", "Background", background, "XtDefaultBackground"),
+    ZRES_PIXEL("menuselForeColor", "MenuselForeColor", menuselForeColor, "XtDefaultForeground"),
+    ZRES_PIXEL("menuselBackColor", "MenuselBackColor", menuselBackColor, "XtDefaultBackground"),
+    ZRES_PIXEL("topShadowColor", "TopShadowColor", topShadowColor, "XtDefaultBackground"),
+    ZRES_PIXEL("bottomShadowColor", "BottomShadowColor", bottomShadowColor, "XtDefaultBackground"),
+    ZRES_PIXEL("tooltipForeColor", "TooltipForeColor", tooltipForeColor, "XtDefaultForeground"),
+    ZRES_PIXEL("tooltipBackColor", "TooltipBackColor", tooltipBackColor, "XtDefaultBackground"),
+    ZRES_PIXEL("darkColor", "DarkColor", darkColor, "XtDefaultBackground"),
+    ZRES_PIXEL("grayTextColor", "GrayTextColor", grayTextColor, "XtDefaultBackground"),
+    ZRES_PIXEL("menuForeColor", "MenuForeColor", menuForeColor, "XtDefaultForeground"),
+    ZRES_PIXEL("menuBackColor", "menuBackColor", menuBackColor, "XtDefaultBackground"),
+    ZRES_PIXEL("menuDropColor", "menuDropColor", menuDropColor, "XtDefaultBackground"),
+    ZRES_PIXEL("editForeColor", "EditForeColor", editForeColor, "XtDefaultForeground"),
+    ZRES_PIXEL("editBackColor", "EditBackColor", editBackColor, "XtDefaultBackground"),
+    ZRES_PIXEL("altForeColor", "AltForeColor", altForeColor, "XtDefaultForeground"),
+    ZRES_PIXEL("altBackColor", "AltBackColor", altBackColor, "XtDefaultBackground"),
+    ZRES_PIXEL("armColor", "ArmColor", armColor, "XtDefaultBackground"),
+    ZRES_PIXEL("selectColor", "SelectColor", selectColor, "XtDefaultBackground"),
+    {S("xft"), S("Xft"), S(XtRBoolean), sizeof(Boolean), XtOffsetOf(ZelvAppData, xft), S(XtRImmediate),
+     reinterpret_cast<XtPointer>(1)},
+    {S("xftName"), S("XftName"), S(XtRString), sizeof(String), XtOffsetOf(ZelvAppData, xftName),
+     S(XtRString), S("Sans")},
+    {S("xftNameMenu"), S("XftNameMenu"), S(XtRString), sizeof(String),
+     XtOffsetOf(ZelvAppData, xftNameMenu), S(XtRString), S("Sans")},
+    {S("xftNameStatus"), S("XftNameStatus"), S(XtRString), sizeof(String),
+     XtOffsetOf(ZelvAppData, xftNameStatus), S(XtRString), S("Sans")},
+    {S("xftSize"), S("XftSize"), S(XtRInt), sizeof(int), XtOffsetOf(ZelvAppData, xftSize),
+     S(XtRImmediate), reinterpret_cast<XtPointer>(8)},
+    {S("xftSizeMenu"), S("XftSizeMenu"), S(XtRInt), sizeof(int), XtOffsetOf(ZelvAppData, xftSizeMenu),
+     S(XtRImmediate), reinterpret_cast<XtPointer>(8)},
+    {S("xftSizeStatus"), S("XftSizeStatus"), S(XtRInt), sizeof(int),
+     XtOffsetOf(ZelvAppData, xftSizeStatus), S(XtRImmediate), reinterpret_cast<XtPointer>(8)},
+    {S("dialogFont"), S("DialogFont"), S(XtRString), sizeof(String),
+     XtOffsetOf(ZelvAppData, dialogFont), S(XtRString), S("")},
+};
+
+struct Family {
+  const char* pattern;
+};
+constexpr Family kFamilies[6] = {
+    {"-monotype-arial-%s-%s-normal--%s-%s-*-*-p-%s-iso8859-1"},
+    {"-urw-nimbus sans l-%s-%s-normal--%s-%s-*-*-p-%s-iso8859-1"},
+    {"-b&h-luxi sans-%s-%s-normal--%s-%s-*-*-p-%s-iso8859-1"},
+    {"-unknown-freesans-%s-%s-normal--%s-%s-*-*-p-%s-iso8859-1"},
+    {"-bitstream-bitstream vera sans-%s-%s-normal--%s-%s-*-*-p-%s-iso8859-1"},
+    {"-adobe-helvetica-%s-%s-normal--%s-%s-*-*-p-%s-iso8859-1"},
+};
+
+// The dialog font of the family table for a size in tenths of a point.
+std::string find_dialog_font(Display* dpy, int tenths) {
+  char size[16], name[256];
+  std::snprintf(size, sizeof size, "%d", tenths);
+  for (int entry : {5, 0, 1, 2, 3, 4}) {
+    std::snprintf(name, sizeof name, kFamilies[entry].pattern, "medium", "r", "*", size, "*");
+    // Listing first spares the server a font load for every family it lacks.
+    int n = 0;
+    if (char** names = XListFonts(dpy, name, 1, &n)) {
+      XFreeFontNames(names);
+      if (XFontStruct* fs = XLoadQueryFont(dpy, name)) {
+        XFreeFont(dpy, fs);
+        iFontFound = 1;
+        return name;
+      }
+    }
+  }
+  iFontFound = 0;
+  std::snprintf(name, sizeof name, "-*-*-medium-r-normal-*-*-%s-*-*-p-*-iso8859-1", size);
+  return name;
+}
+
+int class_depth_pick(XVisualInfo* v, int n, int cls, int want) {
+  int best = -1;
+  for (int i = 0; i < n; ++i) {
+    if (v[i].c_class != cls) continue;
+    if (want && v[i].depth == want) return i;
+    if (best < 0 || v[i].depth > v[best].depth) best = i;
+  }
+  return want ? -1 : best;
+}
+
+// TrueColor 24, DirectColor 24, deepest TrueColor, then PseudoColor, DirectColor, StaticColor.
+int yyGetBestVisual(XVisualInfo* v, int n) {
+  int i = class_depth_pick(v, n, TrueColor, 24);
+  if (i < 0) i = class_depth_pick(v, n, DirectColor, 24);
+  if (i < 0) i = class_depth_pick(v, n, TrueColor, 0);
+  if (i >= 0) return i;
+  const int direct = class_depth_pick(v, n, DirectColor, 0);
+  const int pseudo = class_depth_pick(v, n, PseudoColor, 0);
+  if (pseudo >= 0) {
+    if (direct < 0) return pseudo;
+    const unsigned long masks = v[direct].red_mask | v[direct].green_mask | v[direct].blue_mask;
+    if (static_cast<unsigned long>(v[pseudo].colormap_size) >= masks + 1) return pseudo;
+  }
+  if (direct >= 0) return direct;
+  return class_depth_pick(v, n, StaticColor, 0);
+}
+
+bool usable(const XStandardColormap& m) {
+  return m.red_max >= 255 && m.green_max >= 255 && m.blue_max >= 255;
+}
+
+void find_best_map(Display* dpy) {
+  const Window root = RootWindow(dpy, iScreen);
+  XStandardColormap* maps = nullptr;
+  int count = 0;
+  bool found = false;
+  if (XGetRGBColormaps(dpy, root, &maps, &count, XA_RGB_BEST_MAP) && count > 0) {
+    found = usable(maps[0]);
+    if (found) best_map_info = maps[0];
+    XFree(maps);
+  } else {
+    XVisualInfo tmpl{};
+    tmpl.screen = iScreen;
+    int n = 0;
+    XVisualInfo* v = XGetVisualInfo(dpy, VisualScreenMask, &tmpl, &n);
+    if (v) {
+      const int i = yyGetBestVisual(v, n);
+      if (i >= 0 &&
+          XmuLookupStandardColormap(dpy, iScreen, v[i].visualid, v[i].depth, XA_RGB_BEST_MAP, False,
+                                    True) &&
+          XGetRGBColormaps(dpy, root, &maps, &count, XA_RGB_BEST_MAP) && count > 0) {
+        found = usable(maps[0]);
+        if (found) best_map_info = maps[0];
+        XFree(maps);
+      }
+      XFree(v);
+    }
+  }
+  if (!found) return;
+  BestMap = true;
+  iCmapMain = best_map_info.colormap;
+  XVisualInfo tmpl{};
+  tmpl.visualid = best_map_info.visualid;
+  int n = 0;
+  if (XVisualInfo* v = XGetVisualInfo(dpy, VisualIDMask, &tmpl, &n)) {
+    iVisual = v[0].visual;
+    iDispDepth = v[0].depth;
+    XFree(v);
+  }
+}
+
+// The drawn cursors, 16 by 16: '#' black; the mask is the shape grown by one pixel.
+struct CursorArt {
+  int shape, hotx, hoty;
+  const char* rows[16];
+};
+const CursorArt kCursorArt[] = {
+    {1, 8, 8, {"################", "################", ".#............#.", ".#............#.",
+               "..#..........#..", "...#..####..#...", "....#..##..#....", ".....#....#.....",
+               ".....#....#.....", "....#......#....", "...#...##...#...", "..#...####...#..",
+               ".#...######...#.", ".#..########..#.", "################", "################"}},
+    {2, 0, 0, {"#...............", "##..............", "#.#.............", "#..#............",
+               "#...#...........", "#....#..........", "#.....#.........", "#......#........",
+               "#...####........", "#..#.#..........", "##..#.#..#####..", "#...#..#..###...",
+               ".....#.#...#....", ".......#...#....", "..........###...", ".........#####.."}},
+    {3, 8, 8, {"........#.......", "........#.......", "........#.......", "........#.......",
+               "........#.......", "........#.......", "........#.......", "........#.......",
+               "################", "........#.......", "........#.......", "........#.......",
+               "........#.......", "........#.......", "........#.......", "........#......."}},
+    {5, 8, 8, {"................", ".....######.....", "...##......##...", "..#..........#..",
+               ".#..........##..", ".#.........#.#..", "#.........#...#.", "#........#....#.",
+               "#.......#.....#.", "#......#......#.", ".#....#......#..", ".#..##.......#..",
+               "..##........#...", "...##......##...", ".....######.....", "................"}},
+    {6, 8, 8, {"........#.......", ".......###......", "......#####.....", "........#.......",
+               "...#....#....#..", "..##....#....##.", ".###############", "..##....#....##.",
+               "...#....#....#..", "........#.......", "........#.......", "......#####.....",
+               ".......###......", "........#.......", "................", "................"}},
+    {9, 8, 8, {"................", "..........######", "...........#####", "............####",
+               "...........#####", "..........###.##", ".........###...#", "........###.....",
+               ".......###......", "#.....###.......", "##...###........", "#####.#.........",
+               "####............", "#####...........", "######..........", "................"}},
+};
+
+Cursor art_cursor(Display* dpy, Window root, const CursorArt& art, XColor& fg, XColor& bg,
+                  bool mirror) {
+  unsigned char src[32]{}, mask[32]{};
+  auto on = [&](int x, int y) {
+    if (x < 0 || y < 0 || x > 15 || y > 15) return false;
+    return art.rows[y][mirror ? 15 - x : x] == '#';
+  };
+  for (int y = 0; y < 16; ++y)
+    for (int x = 0; x < 16; ++x) {
+      const int bit = y * 2 + x / 8, b = 1 << (x % 8);
+      if (on(x, y)) src[bit] |= b;
+      for (int dy = -1; dy <= 1; ++dy)
+        for (int dx = -1; dx <= 1; ++dx)
+          if (on(x + dx, y + dy)) mask[bit] |= b;
+    }
+  Pixmap ps = XCreateBitmapFromData(dpy, root, reinterpret_cast<char*>(src), 16, 16);
+  Pixmap pm = XCreateBitmapFromData(dpy, root, reinterpret_cast<char*>(mask), 16, 16);
+  Cursor c = XCreatePixmapCursor(dpy, ps, pm, &fg, &bg, mirror ? 15 - art.hotx : art.hotx, art.hoty);
+  XFreePixmap(dpy, ps);
+  XFreePixmap(dpy, pm);
+  return c;
+}
+
+XColor named_colour(Display* dpy, Colormap cmap, const char* name, const char* spec,
+                    unsigned long fallback) {
+  XColor c{};
+  if ((XParseColor(dpy, cmap, name, &c) || XParseColor(dpy, cmap, spec, &c)) &&
+      XAllocColor(dpy, cmap, &c))
+    return c;
+  c.pixel = fallback;
+  XQueryColor(dpy, cmap, &c);
+  return c;
+}
+
+void make_cursors(Display* dpy) {
+  const Window root = RootWindow(dpy, iScreen);
+  const Colormap cmap = DefaultColormap(dpy, iScreen);
+  XColor black = named_colour(dpy, cmap, "Black", "#000000000000", BlackPixel(dpy, iScreen));
+  XColor white = named_colour(dpy, cmap, "White", "#FFFFFFFFFFFF", WhitePixel(dpy, iScreen));
+  ixCursor[0] = XCreateFontCursor(dpy, XC_top_left_arrow);
+  ixCursor[4] = XCreateFontCursor(dpy, XC_xterm);
+  ixCursor[7] = XCreateFontCursor(dpy, XC_sb_v_double_arrow);
+  ixCursor[8] = XCreateFontCursor(dpy, XC_sb_h_double_arrow);
+  ixCursor[11] = XCreateFontCursor(dpy, XC_sb_up_arrow);
+  for (const CursorArt& art : kCursorArt) {
+    ixCursor[art.shape] = art_cursor(dpy, root, art, black, white, false);
+    if (art.shape == 9) ixCursor[10] = art_cursor(dpy, root, art, black, white, true);
+  }
+  ixCursor[12] = 0;
+}
+
+void find_modifiers(Display* dpy) {
+  XModifierKeymap* map = XGetModifierMapping(dpy);
+  if (!map) return;
+  auto find = [&](KeySym sym) -> int {
+    const KeyCode code = XKeysymToKeycode(dpy, sym);
+    if (!code) return -1;
+    for (int row = Mod1MapIndex; row <= Mod5MapIndex; ++row)
+      for (int k = 0; k < map->max_keypermod; ++k)
+        if (map->modifiermap[row * map->max_keypermod + k] == code) return row;
+    return -1;
+  };
+  for (KeySym sym : {XK_Alt_L, XK_Mode_switch, XK_Meta_L, XK_Alt_R, XK_Meta_R}) {
+    const int row = find(sym);
+    if (row >= 0) {
+      AltMask = 1u << row;
+      AltKeySym = sym;
+      break;
+    }
+  }
+  const int num = find(XK_Num_Lock);
+  NumLockMask = num >= 0 ? 1u << num : 0;
+  XFreeModifiermap(map);
+}
+
+// A server under load may refuse a connection for a moment (its listen queue
+// full, or reset); that is no missing display, so such a refusal is retried.
+Display* open_display() {
+  for (int attempt = 0;; ++attempt) {
+    errno = 0;
+    if (Display* dpy = XOpenDisplay(nullptr)) return dpy;
+    if ((errno != EAGAIN && errno != ECONNRESET) || attempt == 20) return nullptr;
+    ::usleep(20000);
+  }
+}
+
+}  // namespace
+
+int yyXlibErrorEH(Display*, XErrorEvent* event) {
+  iXError = event->request_code;
+  return 0;
+}
+
+void yygetdisplayinfo(int fontsize, int flags, int& width, int& height, int& widthmm,
+                      int& heightmm, int& colours, int& greys) {
+  if (ixDisplay) {
+    colours = -1;
+    return;
+  }
+  colours = -1;
+  bFlatStyle = !(flags & 2);
+  Display* dpy = open_display();
+  if (!dpy) return;
+
+  cDialogFont = find_dialog_font(dpy, fontsize * 10);
+  fallback_font_line = "Zelv*dialogFont: " + cDialogFont;
+  fallback[0] = fallback_font_line.c_str();
+
+  XtToolkitInitialize();
+  ixContext = XtCreateApplicationContext();
+  XtAppSetFallbackResources(ixContext, const_cast<String*>(fallback));
+  // The probed connection is handed to Xt rather than opening a second one.
+  int argc = 1;
+  char* argv[] = {S("Zelv"), nullptr};
+  XtDisplayInitialize(ixContext, dpy, "Zelv", "Zelv", nullptr, 0, &argc, argv);
+  ixDisplay = dpy;
+  XSetErrorHandler(yyXlibErrorEH);
+
+  Arg args[3];
+  XtSetArg(args[0], XtNmappedWhenManaged, False);
+  XtSetArg(args[1], XtNwidth, 1);
+  XtSetArg(args[2], XtNheight, 1);
+  rootWidget = XtAppCreateShell("Zelv", "Zelv", zelvWidgetClass, dpy, args, 3);
+
+  iScreen = DefaultScreen(dpy);
+  iDispDepthMain = iDispDepth = DefaultDepth(dpy, iScreen);
+  iDispWidth = width = DisplayWidth(dpy, iScreen);
+  iDispHeight = height = DisplayHeight(dpy, iScreen);
+  widthmm = DisplayWidthMM(dpy, iScreen);
+  heightmm = DisplayHeightMM(dpy, iScreen);
+  iCmapMain = DefaultColormap(dpy, iScreen);
+  iVisual = DefaultVisual(dpy, iScreen);
+  colours = iDispDepthMain <= 24 ? 1 << iDispDepthMain : 0x1000000;
+  greys = iDispDepthMain == 4 ? 8 : iDispDepthMain == 8 ? 16 : iDispDepthMain == 1 ? 2 : 256;
+
+  if (iDispDepthMain >= 9) find_best_map(dpy);
+
+  XtGetApplicationResources(rootWidget, &appData, app_resources, XtNumber(app_resources), nullptr, 0);
+  // Loaded here rather than by the resource converter, so that a last-resort
+  // name the server lacks falls back quietly to its own default font.
+  if (appData.dialogFont && *appData.dialogFont) dialogFontStruct = XLoadQueryFont(dpy, appData.dialogFont);
+  if (!dialogFontStruct) dialogFontStruct = XLoadQueryFont(dpy, "fixed");
+  XtVaSetValues(rootWidget, XtNfontPointer, dialogFontStruct, nullptr);
+
+  iKCReturn = XKeysymToKeycode(dpy, XK_Return);
+  iKCKPEnter = XKeysymToKeycode(dpy, XK_KP_Enter);
+  iMultiClickTime = XtGetMultiClickTime(dpy);
+  bXft = xmUseVersion >= 2003 && !(flags & 4) && appData.xft;
+  iMsgBoxRule = (flags & 8) ? 1 : 0;
+}
+
+void yyDisplayRootOpen() {
+  Display* dpy = ixDisplay;
+  if (!dpy) return;
+  if (iDispDepthMain > 8 && !BestMap && gColtab.empty()) {
+    gColtab.assign(64 * 64 * 64, 99999999UL);
+    gColtab.front() = BlackPixel(dpy, iScreen);
+    gColtab.back() = WhitePixel(dpy, iScreen);
+    nColtabEntries = static_cast<int>(gColtab.size());
+  }
+  if (bSchemeDone) return;
+  bSchemeDone = true;
+  const ZelvAppData& a = appData;
+  const Pixel src[20] = {a.foreground,     a.menuselForeColor,  a.topShadowColor, a.background,
+                         a.bottomShadowColor, a.menuselBackColor, a.tooltipBackColor,
+                         a.tooltipForeColor, WhitePixel(dpy, iScreen), a.darkColor,
+                         a.grayTextColor,  a.menuForeColor,     a.menuDropColor,  a.menuBackColor,
+                         a.editForeColor,  a.editBackColor,     a.altForeColor,   a.altBackColor,
+                         a.armColor,       a.selectColor};
+  for (int i = 0; i < 20; ++i) wSchemeCol[i].pixel = src[i];
+  XQueryColors(dpy, iCmapMain, wSchemeCol.data(), 20);
+  find_modifiers(dpy);
+  make_cursors(dpy);
+}
+
+unsigned long yyAllocPixel(int red, int green, int blue) {
+  Display* dpy = ixDisplay;
+  if (!dpy) return 0;
+  red = std::clamp(red, 0, 255);
+  green = std::clamp(green, 0, 255);
+  blue = std::clamp(blue, 0, 255);
+  if (BestMap) {
+    const XStandardColormap& m = best_map_info;
+    return m.base_pixel + static_cast<unsigned long>(red) * m.red_max / 255 * m.red_mult +
+           static_cast<unsigned long>(green) * m.green_max / 255 * m.green_mult +
+           static_cast<unsigned long>(blue) * m.blue_max / 255 * m.blue_mult;
+  }
+  if (nColtabEntries) {
+    const int index = red / 4 + (green / 4 + (blue / 4) * 64) * 64;
+    unsigned long& slot = gColtab[index];
+    if (slot == 99999999UL) {
+      XColor c{};
+      c.red = static_cast<unsigned short>((red / 4 * 4 + 3) << 8);
+      c.green = static_cast<unsigned short>((green / 4 * 4 + 3) << 8);
+      c.blue = static_cast<unsigned short>((blue / 4 * 4 + 3) << 8);
+      c.flags = DoRed | DoGreen | DoBlue;
+      if (XAllocColor(dpy, iCmapMain, &c)) slot = c.pixel;
+    }
+    if (slot == 99999999UL) {
+      gColError = 1;
+      return WhitePixel(dpy, iScreen);
+    }
+    return slot;
+  }
+  if (red == 255 && green == 255 && blue == 255) return WhitePixel(dpy, iScreen);
+  if (red == 0 && green == 0 && blue == 0) return BlackPixel(dpy, iScreen);
+  XColor c{};
+  c.red = static_cast<unsigned short>(red << 8);
+  c.green = static_cast<unsigned short>(green << 8);
+  c.blue = static_cast<unsigned short>(blue << 8);
+  c.flags = DoRed | DoGreen | DoBlue;
+  return XAllocColor(dpy, iCmapMain, &c) ? c.pixel : WhitePixel(dpy, iScreen);
+}
+
+std::string yyConvertEncoding(std::string_view text, int encoding, int& texttype) {
+  if (encoding == 1) {
+    texttype = 1;
+    return std::string(text);
+  }
+  std::string out;
+  out.reserve(text.size());
+  for (unsigned char c : text) {
+    if (c < 128) {
+      out += static_cast<char>(c);
+    } else {
+      out += static_cast<char>(c < 192 ? 194 : 195);
+      out += static_cast<char>(128 + (c & 63));
+    }
+  }
+  texttype = out.size() > text.size() ? 1 : 0;
+  return out;
+}
+
+int WInfoScreen(int item) {
+  using namespace zelvy_data;
+  static constexpr int kSchemeOfItem[21] = {14, 15, 0, 3, 15, 14, 11, 13, 12, 1, 5,
+                                            2,  2,  4, 4, 7,  6,  10, 9,  16, 17};
+  switch (item) {
+    case 1: return iscwid;
+    case 2: return ischgt;
+    case 3: return isccol;
+    case 4: return (BestMap || iDispDepthMain <= 8) ? 1 : 0;
+    case 5: return ixDisplay && DoesBackingStore(ScreenOfDisplay(ixDisplay, iScreen)) != NotUseful;
+    case 32: return iFontFound;
+    case 33: return bXft ? 1 : 0;
+    case 34: return iscwidmm;
+    case 35: return ischgtmm;
+    default:
+      if (item >= 6 && item <= 26) {
+        const XColor& c = wSchemeCol[kSchemeOfItem[item - 6]];
+        return (c.red >> 8) | ((c.green >> 8) << 8) | ((c.blue >> 8) << 16);
+      }
+      return 0;
+  }
+}
+
+void WCursorShape(int shape, std::optional<int> scope) {
+  const int sc = scope.value_or(0);
+  if (shape < 0 || shape >= 12) {
+    // Resource cursors come with the image resources; until then no such image exists.
+    yyerror(1015, "WCursorShape");
+    return;
+  }
+  Display* dpy = ixDisplay;
+  if (!dpy || !bSchemeDone) return;
+  const Cursor cur = ixCursor[shape];
+  using namespace zelvy_win;
+  if (sc == 1) {
+    const int h = iWinCur;
+    if (h < 0 || h > iWinMax || !wWindow[h]) {
+      yyerror(1097, "WCursorShape");
+      return;
+    }
+    hCursorWin[h] = cur;
+    iCursorWin[h] = shape;
+    XDefineCursor(dpy, wClient[h], cur);
+  } else {
+    iCursor = shape;
+    for (int h = 0; h <= iWinMax; ++h) {
+      if (!wWindow[h] || (sc == 2 && hCursorWin[h])) continue;
+      hCursorWin[h] = 0;
+      XDefineCursor(dpy, wClient[h], cur);
+    }
+  }
+  XFlush(dpy);
+}
+
+int yycurrenttime() {
+  using namespace zelvy_win;
+  Display* dpy = ixDisplay;
+  if (!dpy || !wWindow[0] || !wClient[0]) return 0;
+  const Window w = wClient[0];
+  XChangeProperty(dpy, w, XA_WM_CLASS, XA_ATOM, 32, PropModeAppend, nullptr, 0);
+  XEvent ev;
+  XWindowEvent(dpy, w, PropertyChangeMask, &ev);
+  return static_cast<int>(ev.xproperty.time & 0x7fffffffUL);
+}
+
+int yysystime() { return yycurrenttime(); }
+
+int yymotifversion() { return xmUseVersion; }
+
+int yyvendorrelease() { return ixDisplay ? VendorRelease(ixDisplay) : 0; }
+
+XftFont* yyXftOpen(const char* family, int size) {
+  char name[256];
+  std::snprintf(name, sizeof name, "%s-%-d", family && *family ? family : "Sans", size);
+  return XftFontOpenName(ixDisplay, iScreen, name);
+}
+
+void yyStyleScrollbar(Widget widget, int which) {
+  if (!bFlatStyle || !widget) return;
+  Widget target = widget;
+  if (which == 3 || which == 4) target = XtParent(widget);
+  if (which >= 1 && which <= 4) {
+    target = XtNameToWidget(target, (which == 1 || which == 3) ? "HorScrollBar" : "VertScrollBar");
+    if (!target) return;
+  }
+  XtVaSetValues(target, XmNtopShadowColor, wSchemeCol[9].pixel, XmNbottomShadowColor,
+                wSchemeCol[9].pixel, XmNshadowThickness, 1, XmNtroughColor, wSchemeCol[17].pixel,
+                XmNsliderMark, 2, nullptr);
+}
+
+std::string yyGetFilePart(int which, std::string_view path) {
+  std::string full(path);
+  if (full.empty() || full.front() != '/') {
+    char cwd[4096];
+    const std::string dir = ::getcwd(cwd, sizeof cwd) ? cwd : "";
+    full = dir + (dir.empty() || dir.back() != '/' ? "/" : "") + full;
+  }
+  const auto sep = full.rfind('/');
+  if (which == 0) {
+    if (sep == std::string::npos) return {};
+    return sep == 0 ? "/" : full.substr(0, sep);
+  }
+  return sep == std::string::npos ? full : full.substr(sep + 1);
+}
+
+int yyGetParentHandle(int& kind, Window xwin) {
+  Display* dpy = ixDisplay;
+  while (dpy && xwin) {
+    if (kind == 1 || kind == 3) {
+      const int h = yyGetWindowIndex(0, xwin);
+      if (h >= 0) {
+        kind = 1;
+        return h;
+      }
+    }
+    Window root = 0, parent = 0, *children = nullptr;
+    unsigned n = 0;
+    if (!XQueryTree(dpy, xwin, &root, &parent, &children, &n)) break;
+    if (children) XFree(children);
+    if (parent == root) break;
+    xwin = parent;
+  }
+  kind = -1;
+  return -1;
+}
+
+Pixmap yyCreateGreyPixmap(Pixmap pixmap, int width, int height, Pixel background) {
+  Display* dpy = ixDisplay;
+  if (!dpy || pixmap == 2 || width < 1 || height < 1) return 2;
+  XImage* img = XGetImage(dpy, pixmap, 0, 0, width, height, AllPlanes, ZPixmap);
+  if (!img) return 2;
+  Region shape = XCreateRegion();
+  for (int y = 0; y < height; ++y)
+    for (int x = 0; x < width; ++x)
+      if (XGetPixel(img, x, y) != background) {
+        XRectangle r{static_cast<short>(x), static_cast<short>(y), 1, 1};
+        XUnionRectWithRegion(&r, shape, shape);
+      }
+  XDestroyImage(img);
+  const Window root = RootWindow(dpy, iScreen);
+  Pixmap out = XCreatePixmap(dpy, root, width + 1, height + 1, iDispDepth);
+  GC gc = XCreateGC(dpy, out, 0, nullptr);
+  XSetForeground(dpy, gc, background);
+  XFillRectangle(dpy, out, gc, 0, 0, width + 1, height + 1);
+  XOffsetRegion(shape, 1, 1);
+  XSetRegion(dpy, gc, shape);
+  XSetForeground(dpy, gc, wSchemeCol[8].pixel);
+  XFillRectangle(dpy, out, gc, 0, 0, width + 1, height + 1);
+  XOffsetRegion(shape, -1, -1);
+  XSetRegion(dpy, gc, shape);
+  XSetForeground(dpy, gc, wSchemeCol[4].pixel);
+  XFillRectangle(dpy, out, gc, 0, 0, width + 1, height + 1);
+  XFreeGC(dpy, gc);
+  XDestroyRegion(shape);
+  return out;
+}

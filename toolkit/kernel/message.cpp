@@ -1,0 +1,669 @@
+// The message loop: X events become messages, filtered, queued one deep,
+// with modal and semi-modeless blocking and timers.
+#include "toolkit/kernel/message.h"
+
+#include <X11/Xatom.h>
+#include <X11/keysym.h>
+
+#include <array>
+#include <cstdint>
+#include <list>
+#include <map>
+#include <utility>
+
+#include "toolkit/kernel/display.h"
+#include "toolkit/kernel/statusbar.h"
+#include "toolkit/kernel/window.h"
+#include "toolkit/kernel/window_table.h"
+
+namespace zelvy_messages {
+int itypesaved = 0;
+MessageRecord valuesaved;
+}  // namespace zelvy_messages
+
+namespace {
+
+using namespace zelvy_win;
+using zelvy_x::ixDisplay;
+
+struct Pending {
+  int type = 0;
+  MessageRecord rec;
+};
+
+constexpr std::array<int, 18> iMessageDefault = {1, 1, 1, 1, 0, 0, 1, 1, 1, 0, 0, 0, 1, 1, 0, 0, 0, 0};
+std::array<int, 18> iMessageEnabled = iMessageDefault;
+std::array<int, 18> savedFilter = iMessageDefault;
+
+Pending ZelvMessage, ZelvMessage2;
+int iInWMessage = 0;
+int iFocusCount = 0;
+bool bModalMessageLoop = false;
+constexpr int kModalDepth = 10;
+std::array<int, kModalDepth> iModal{};
+int nModal = 0;
+int nSemi = 0, iObjCur = -1, iObjCurType = 0;
+std::map<int, std::pair<int, int>> dialogSaved;  // semi-modeless predecessors kept for dialogs
+bool iTimerEnabled = true;
+int lastButton = 0;
+Time lastPress = 0;
+Atom aZelvMessage = 0;
+
+struct Timer {
+  int interval = 0, id = 0, repeat = 0;
+  XtIntervalId xid = 0;
+};
+std::list<Timer> pTimerInfo1;
+
+constexpr int kTagFieldChanged = 10, kTagTimer = 13;
+
+bool enabled(int type) { return type >= 1 && type <= 18 && iMessageEnabled[type - 1] != 0; }
+
+Atom message_atom() {
+  if (!aZelvMessage && ixDisplay) aZelvMessage = XInternAtom(ixDisplay, "_ZELV_MESSAGE", False);
+  return aZelvMessage;
+}
+
+void noop_handler(Widget, XtPointer, XEvent*, Boolean*) {}
+
+// The window-type code of an X window and the handle it belongs to.
+int window_type(Window xwin, int& h) {
+  for (int code : {1, 2, 3, 8}) {
+    h = yyGetWindowIndex(code, xwin);
+    if (h >= 0) return code;
+  }
+  return -1;
+}
+
+// The window that owns an X window: the window itself, or the toolkit window
+// whose widget tree holds it.
+int owner_of(Window xwin) {
+  int h = yyGetWindowIndex(0, xwin);
+  if (h >= 0 || !ixDisplay) return h;
+  for (Widget w = XtWindowToWidget(ixDisplay, xwin); w; w = XtParent(w))
+    for (int c = 0; c <= iWinMax; ++c)
+      if (wtShell[c] == w) return c;
+  return -1;
+}
+
+int key_modifiers(unsigned state) { return ((state & ControlMask) ? 1 : 0) + ((state & ShiftMask) ? 2 : 0); }
+
+int mouse_modifiers(unsigned state) {
+  return key_modifiers(state) + ((state & Button1Mask) ? 4 : 0) + ((state & Button2Mask) ? 8 : 0) +
+         ((state & Button3Mask) ? 16 : 0);
+}
+
+// Modal levels and semi-modeless objects let through only the events of their own windows.
+bool yyMsgBlockEvent(const XEvent& ev) {
+  if (!bModalMessageLoop && nSemi == 0) return false;
+  switch (ev.type) {
+    case KeyPress: case KeyRelease: case ButtonPress: case ButtonRelease: case MotionNotify:
+    case EnterNotify: case LeaveNotify: case FocusIn: case FocusOut: break;
+    default: return false;
+  }
+  const int h = owner_of(ev.xany.window);
+  if (h < 0) return false;
+  if (bModalMessageLoop && nModal > 0) return h != iModal[nModal - 1];
+  return !(iObjCurType == 1 && h == iObjCur);
+}
+
+void yyMsgResizeControl() {
+  for (int h = 0; h <= iWinMax; ++h) {
+    if (!wWindow[h]) continue;
+    bool locked = false;
+    if (nModal > 0) locked = h != iModal[nModal - 1];
+    else if (nSemi > 0) locked = !(iObjCurType == 1 && h == iObjCur);
+    WinInfo[h].Locked = locked ? 1 : 0;
+    yyWindowSizeHints(h);
+  }
+}
+
+// Takes every queued Expose of the window into the event's rectangle.
+void yyMsgCompressExposeEvents(Window w, XEvent& ev) {
+  int x1 = ev.xexpose.x, y1 = ev.xexpose.y;
+  int x2 = x1 + ev.xexpose.width, y2 = y1 + ev.xexpose.height;
+  XEvent more;
+  while (XCheckTypedWindowEvent(ixDisplay, w, Expose, &more)) {
+    x1 = std::min(x1, more.xexpose.x);
+    y1 = std::min(y1, more.xexpose.y);
+    x2 = std::max(x2, more.xexpose.x + more.xexpose.width);
+    y2 = std::max(y2, more.xexpose.y + more.xexpose.height);
+  }
+  ev.xexpose.x = x1;
+  ev.xexpose.y = y1;
+  ev.xexpose.width = x2 - x1;
+  ev.xexpose.height = y2 - y1;
+  ev.xexpose.count = 0;
+}
+
+int as_time(Time t) { return static_cast<int>(t & 0x7fffffffUL); }
+
+void key_event(XEvent& ev) {
+  char buf[21] = {};
+  KeySym ks = 0;
+  const int n = XLookupString(&ev.xkey, buf, 20, &ks, nullptr);
+  if (ks == XK_Tab || ks == XK_KP_Tab || ks == XK_ISO_Left_Tab || ks == 0x1000FF74 || ks == 0x1000FF75)
+    ks = XLookupKeysym(&ev.xkey, 0);
+  const int h = owner_of(ev.xkey.window);
+  if (h < 0) return;
+  // Menus, accelerators and dialogs see keys first once they exist.
+  const int kind = WinInfo[h].Kind;
+  if (kind != 0 && kind != 2) return;
+  if (ev.xkey.window != wClient[h] && ev.xkey.window != wShell[h]) return;
+  const KeyMessage km = yyMsgProcessKey(ks, ev.xkey.state & ControlMask, ev.xkey.state & ShiftMask,
+                                        std::string_view(buf, n > 0 ? n : 0));
+  if (!km.made) return;
+  int x = ev.xkey.x, y = ev.xkey.y;
+  if (ev.xkey.window == wShell[h]) y -= WinInfo[h].ClientY;
+  yyMsgSend(KeyDown, km.value1, km.value2, 0, km.value4, x, y, h, as_time(ev.xkey.time));
+}
+
+void button_event(XEvent& ev) {
+  const bool press = ev.type == ButtonPress;
+  int h = -1;
+  int code = window_type(ev.xbutton.window, h);
+  int x = ev.xbutton.x, y = ev.xbutton.y;
+  if (code == 1 && WinInfo[h].Kind == 0) {
+    y -= WinInfo[h].ClientY;
+    if (y >= 0) code = 2;
+  }
+  const unsigned button = ev.xbutton.button;
+  if (code == 3) {
+    if (!press && button == 3) {
+      const int part = yyWindowStatusBarPartAt(h, ev.xbutton.x_root, ev.xbutton.y_root);
+      yyMsgSend(ContextClick, -1, key_modifiers(ev.xbutton.state), 102, part, ev.xbutton.x_root,
+                ev.xbutton.y_root, h, as_time(ev.xbutton.time));
+    }
+    return;
+  }
+  if (code != 2) return;
+  if (press) XSetInputFocus(ixDisplay, wClient[h], RevertToParent, ev.xbutton.time);
+  const int mods = mouse_modifiers(ev.xbutton.state);
+  if (press) {
+    const bool dbl = enabled(MouseDoubleClick) && static_cast<int>(button) == lastButton &&
+                     ev.xbutton.time - lastPress < static_cast<Time>(zelvy_x::iMultiClickTime);
+    lastButton = static_cast<int>(button);
+    lastPress = ev.xbutton.time;
+    const int type = dbl ? MouseDoubleClick : MouseDown;
+    if (enabled(type))
+      yyMsgSend(type, static_cast<int>(button), mods, 0, 0, x, y, h, as_time(ev.xbutton.time));
+  } else if (enabled(MouseUp)) {
+    yyMsgSend(MouseUp, static_cast<int>(button), mods, 0, 0, x, y, h, as_time(ev.xbutton.time));
+  }
+}
+
+void motion_event(XEvent& ev) {
+  int h = -1;
+  int code = window_type(ev.xmotion.window, h);
+  int y = ev.xmotion.y;
+  if (code == 1 && WinInfo[h].Kind == 0) {
+    y -= WinInfo[h].ClientY;
+    if (y >= 0) code = 2;
+  }
+  if (code == 2 && enabled(MouseMove))
+    yyMsgSend(MouseMove, 0, mouse_modifiers(ev.xmotion.state), 0, 0, ev.xmotion.x, y, h,
+              as_time(ev.xmotion.time));
+}
+
+// Returns true when the event has been dealt with and needs no widget.
+bool expose_event(XEvent& ev) {
+  XSync(ixDisplay, False);
+  int h = -1;
+  const int code = window_type(ev.xexpose.window, h);
+  if (code == 2) {
+    yyMsgCompressExposeEvents(ev.xexpose.window, ev);
+    if (WinInfo[h].Kind != 5)
+      yyMsgSend(ExposeMessage, ev.xexpose.width, ev.xexpose.height, 0, 0, ev.xexpose.x, ev.xexpose.y, h, 0);
+    return false;
+  }
+  if (code == 3) {
+    yyWindowStatusBarExpose(h, ev.xexpose.window);
+    XEvent more;
+    while (XCheckTypedWindowEvent(ixDisplay, ev.xexpose.window, Expose, &more)) {}
+    return true;
+  }
+  return false;
+}
+
+bool configure_event(XEvent& ev) {
+  int h = -1;
+  const int code = window_type(ev.xconfigure.window, h);
+  if (code != 1 && code != 8) return false;
+  XSync(ixDisplay, False);
+  XEvent more;
+  while (XCheckTypedWindowEvent(ixDisplay, ev.xconfigure.window, ConfigureNotify, &more)) ev = more;
+  XtDispatchEvent(&ev);  // the shell follows its new size and resizes the frame
+  WindowRecord& r = WinInfo[h];
+  if (code == 8 || code == 1) {
+    r.FrameWidth = ev.xconfigure.width;
+    r.FrameHeight = ev.xconfigure.height;
+  }
+  const int oldw = r.ClientWidth, oldh = r.ClientHeight;
+  yyWindowResize(h);
+  if (r.Kind != 2 && r.Kind != 5 && (r.ClientWidth != oldw || r.ClientHeight != oldh)) {
+    yyMsgSend(Resize, r.ClientWidth, r.ClientHeight, 0, 0, ev.xconfigure.x, ev.xconfigure.y, h, 0);
+    XClearWindow(ixDisplay, wClient[h]);
+  }
+  return true;
+}
+
+bool client_message(XEvent& ev) {
+  if (ev.xclient.message_type != message_atom() || ev.xclient.format != 32) return false;
+  const long* l = ev.xclient.data.l;
+  if (l[0] == kTagFieldChanged) {
+    yyMsgSend(FieldChanged, static_cast<int>(l[1]), static_cast<int>(l[1]), 1, -1,
+              static_cast<int>(l[2]), static_cast<int>(l[3]), static_cast<int>(l[4]), 0);
+  } else if (l[0] == kTagTimer && iTimerEnabled && ev.xclient.window == wWindow[0]) {
+    yyMsgSend(TimerExpired, static_cast<int>(l[1]), 0, 0, 0, 0, 0, 0, 0);
+  }
+  return true;
+}
+
+// The toolkit's own look at an event; true when no widget needs it.
+bool yyMsgProcessEvent(XEvent& ev) {
+  switch (ev.type) {
+    case KeyPress: key_event(ev); return false;
+    case ButtonPress:
+    case ButtonRelease: button_event(ev); return false;
+    case MotionNotify: motion_event(ev); return false;
+    case Expose: return expose_event(ev);
+    case ConfigureNotify: return configure_event(ev);
+    case ClientMessage: return client_message(ev);
+    case MappingNotify: XRefreshKeyboardMapping(&ev.xmapping); return false;
+    default: return false;
+  }
+}
+
+// One X event through the toolkit, in the order: toolkit, then the widgets.
+int yyMsgInterpret() {
+  XEvent ev;
+  XtAppNextEvent(zelvy_x::ixContext, &ev);
+  if (yyMsgBlockEvent(ev)) return 0;
+  if (ev.type == KeyPress) {
+    // Keypad Enter acts as Return, down to the keycode that widgets see.
+    if (zelvy_x::iKCKPEnter && ev.xkey.keycode == static_cast<unsigned>(zelvy_x::iKCKPEnter))
+      ev.xkey.keycode = zelvy_x::iKCReturn;
+    if (zelvy_x::AltKeySym == XK_Mode_switch && (ev.xkey.state & 8192))
+      ev.xkey.state = (ev.xkey.state & ~8192u) | zelvy_x::AltMask;
+  }
+  // Menus and accelerators see every event first.
+  if (zelvy_hooks::menu_event && zelvy_hooks::menu_event(ev)) return ZelvMessage.type;
+  if (!yyMsgProcessEvent(ev)) XtDispatchEvent(&ev);
+  return ZelvMessage.type;
+}
+
+void yymessageunits(int type, MessageRecord& r) {
+  r.X = r.PixelX;
+  r.Y = r.PixelY;
+  const int h = r.Win;
+  const bool known = yywindowexists(h) && r.Value3 != 1;
+  const int w = known ? WinInfo[h].ClientWidth : 0, ht = known ? WinInfo[h].ClientHeight : 0;
+  switch (type) {
+    case KeyDown: case MouseDown: case MouseUp: case MouseMove: case MouseDoubleClick:
+      r.GX = static_cast<float>(r.PixelX) + 0.5f;
+      r.GY = static_cast<float>(ht - r.PixelY - 1) + 0.5f;
+      if (r.Value3 != 1) {
+        r.X = yyunitsfrompixels(r.PixelX, w);
+        r.Y = yyunitsfrompixels(r.PixelY, ht);
+      }
+      break;
+    case ExposeMessage:
+      r.PixelWidth = r.Value1;
+      r.PixelHeight = r.Value2;
+      r.GX = static_cast<float>(r.PixelX);
+      r.GY = static_cast<float>(ht - r.PixelY);
+      r.GWidth = static_cast<float>(r.Value1);
+      r.GHeight = static_cast<float>(r.Value2);
+      r.X = yyunitsfrompixels(r.PixelX, w);
+      r.Y = yyunitsfrompixels(r.PixelY, ht);
+      r.Value1 = yyunitsfrompixels(r.PixelX + r.PixelWidth, w) - r.X;
+      r.Value2 = yyunitsfrompixels(r.PixelY + r.PixelHeight, ht) - r.Y;
+      break;
+    case Resize:
+      r.PixelWidth = r.Value1;
+      r.PixelHeight = r.Value2;
+      if (h == iWinCur) {
+        zelvy_data::iwinwid = r.Value1;
+        zelvy_data::iwinhgt = r.Value2;
+      }
+      break;
+    default: break;
+  }
+}
+
+void take(Pending& p, int& type, MessageRecord& rec) {
+  type = p.type;
+  rec = p.rec;
+  p = Pending{};
+}
+
+void timer_fired(XtPointer data, XtIntervalId*) {
+  const int id = static_cast<int>(reinterpret_cast<std::intptr_t>(data));
+  for (auto it = pTimerInfo1.begin(); it != pTimerInfo1.end(); ++it) {
+    if (it->id != id) continue;
+    if (it->repeat == 1) it->xid = XtAppAddTimeOut(zelvy_x::ixContext, it->interval, timer_fired, data);
+    else pTimerInfo1.erase(it);
+    break;
+  }
+  if (!wWindow[0]) return;
+  // Sent through the server, so that the expiry takes its turn with the other events.
+  XEvent ev{};
+  ev.xclient.type = ClientMessage;
+  ev.xclient.window = wWindow[0];
+  ev.xclient.message_type = message_atom();
+  ev.xclient.format = 32;
+  ev.xclient.data.l[0] = kTagTimer;
+  ev.xclient.data.l[1] = id;
+  XSendEvent(ixDisplay, wWindow[0], False, 0, &ev);
+  XFlush(ixDisplay);
+}
+
+}  // namespace
+
+KeyMessage yyMsgProcessKey(unsigned long ks, bool ctrl, bool shift, std::string_view chars) {
+  KeyMessage m;
+  if (ks == XK_Mode_switch || ks == XK_Num_Lock || ks == XK_ISO_Level3_Shift || ks == XK_Scroll_Lock ||
+      (ks >= XK_Shift_L && ks <= XK_Hyper_R) || ks == 0)
+    return m;
+  m.made = true;
+  m.value2 = (ctrl ? 1 : 0) + (shift ? 2 : 0);
+  const bool letter = (ks >= XK_a && ks <= XK_z) || (ks >= XK_A && ks <= XK_Z);
+  if (letter && chars.size() == 1) {
+    const int upper = static_cast<int>(ks >= XK_a ? ks - XK_a + 'A' : ks);
+    if (static_cast<unsigned char>(chars[0]) == upper - 64) {
+      m.value1 = upper - 64;
+      m.value4 = upper;
+      return m;
+    }
+  }
+  const int offset = ctrl ? 40 : shift ? 20 : 0;
+  int base = static_cast<int>(ks);
+  enum { Plain, Arrow, Function, TabKey } rule = Plain;
+  switch (ks) {
+    case XK_BackSpace: base = 8; break;
+    case XK_Tab: base = 9; rule = TabKey; break;
+    case XK_KP_Tab: base = 9; break;
+    case XK_Return: case XK_KP_Enter: base = 13; break;
+    case XK_Escape: base = 27; break;
+    case XK_KP_Space: base = 32; break;
+    case XK_KP_Equal: base = 61; break;
+    case XK_Delete: case XK_KP_Delete: base = 127; break;
+    case XK_EuroSign: base = 128; break;
+    case XK_Up: case XK_KP_Up: base = 258; rule = Arrow; break;
+    case XK_Down: case XK_KP_Down: base = 259; rule = Arrow; break;
+    case XK_Right: case XK_KP_Right: base = 260; rule = Arrow; break;
+    case XK_Left: case XK_KP_Left: base = 261; rule = Arrow; break;
+    case XK_Prior: case XK_KP_Prior: base = 262; break;
+    case XK_Next: case XK_KP_Next: base = 263; break;
+    case XK_Home: case XK_Find: case XK_KP_Home: base = 270; break;
+    case XK_End: case XK_Select: case XK_KP_End: base = 271; break;
+    case XK_Insert: case XK_KP_Insert: case 0x1000FF72: base = 272; break;
+    case 0x1000FF00: case 0x1000FF73: base = 273; break;
+    case XK_ISO_Left_Tab: case 0x1000FF74: case 0x1000FF75: base = 274; break;
+    case XK_Menu: base = 275; break;
+    case XK_KP_Subtract: base = 290; break;
+    case XK_KP_Decimal: base = 291; break;
+    case XK_KP_Add: case XK_KP_Separator: base = 292; break;
+    case XK_KP_Divide: base = 293; break;
+    case XK_KP_Multiply: base = 294; break;
+    case XK_Print: base = 300; break;
+    case XK_Help: base = 315; rule = Function; break;
+    default:
+      if (ks >= XK_KP_0 && ks <= XK_KP_9) base = 280 + static_cast<int>(ks - XK_KP_0);
+      else if (ks >= XK_F1 && ks <= XK_F20) { base = 301 + static_cast<int>(ks - XK_F1); rule = Function; }
+      else if (ks >= XK_KP_F1 && ks <= XK_KP_F4) { base = 301 + static_cast<int>(ks - XK_KP_F1); rule = Function; }
+      break;
+  }
+  m.value4 = base;
+  switch (rule) {
+    case Plain: m.value1 = base; break;
+    case Arrow: m.value1 = base + offset / 5; break;
+    case Function: m.value1 = base + offset; break;
+    case TabKey: m.value1 = (shift && !ctrl) ? 274 : 9; break;
+  }
+  return m;
+}
+
+void yyMsgSend(int type, int value1, int value2, int value3, int value4, int x, int y, int win,
+               int time) {
+  Pending m;
+  m.type = type;
+  m.rec.Win = win;
+  m.rec.Value1 = value1;
+  m.rec.Value2 = value2;
+  m.rec.Value3 = value3;
+  m.rec.Value4 = value4;
+  m.rec.PixelX = m.rec.X = x;
+  m.rec.PixelY = m.rec.Y = y;
+  m.rec.Time = time;
+  if (ZelvMessage.type != 0 && enabled(ZelvMessage.type) && iInWMessage != 0) ZelvMessage2 = m;
+  else ZelvMessage = m;
+}
+
+void WMessage(int& type, MessageRecord& record) {
+  using namespace zelvy_messages;
+  if (itypesaved != 0) {
+    type = std::exchange(itypesaved, 0);
+    record = valuesaved;
+    return;
+  }
+  if (!ixDisplay || !zelvy_x::ixContext) {
+    // Without a display nothing can ever arrive; the caller's loop ends on this.
+    type = CloseRequest;
+    record = MessageRecord{};
+    return;
+  }
+  iInWMessage = 1;
+  iFocusCount = 2;
+  int t = 0;
+  MessageRecord rec;
+  if (ZelvMessage2.type != 0) {
+    take(ZelvMessage2, t, rec);
+  } else {
+    do {
+      ZelvMessage = Pending{};
+      t = yyMsgInterpret();
+      if (t != 0) take(ZelvMessage, t, rec);
+      if (zelvy_hooks::menu_open && zelvy_hooks::menu_open()) t = 0;
+      if (t >= 1 && t <= 18 && !enabled(t)) t = 0;
+    } while (t == 0);
+  }
+  iInWMessage = 0;
+  yymessageunits(t, rec);
+  type = t;
+  record = rec;
+}
+
+void WMessagePeek(int& type, MessageRecord& record) {
+  using namespace zelvy_messages;
+  if (itypesaved != 0) {
+    type = std::exchange(itypesaved, 0);
+    record = valuesaved;
+    return;
+  }
+  type = -1;
+  if (!ixDisplay || !zelvy_x::ixContext) return;
+  iInWMessage = 2;
+  iFocusCount = 2;
+  int t = 0;
+  MessageRecord rec;
+  if (ZelvMessage2.type != 0) {
+    take(ZelvMessage2, t, rec);
+  } else {
+    while (t == 0) {
+      const XtInputMask pending = XtAppPending(zelvy_x::ixContext);
+      if (!pending) break;
+      if (!(pending & XtIMXEvent)) {
+        XtAppProcessEvent(zelvy_x::ixContext, pending & ~XtIMXEvent);  // timers first
+        continue;
+      }
+      ZelvMessage = Pending{};
+      t = yyMsgInterpret();
+      if (t != 0) take(ZelvMessage, t, rec);
+      if (zelvy_hooks::menu_open && zelvy_hooks::menu_open()) t = 0;
+      if (t >= 1 && t <= 18 && !enabled(t)) t = 0;
+    }
+  }
+  iInWMessage = 0;
+  if (t == 0) return;
+  yymessageunits(t, rec);
+  type = t;
+  record = rec;
+}
+
+void WMessageEnable(int type, int enable) {
+  if (type < 1 || type > 18) return;
+  iMessageEnabled[type - 1] = enable ? 1 : 0;
+  if (type == TimerExpired) iTimerEnabled = enable != 0;
+  if (type == KeyDown || type == MouseMove || type == ExposeMessage)
+    for (int h = 0; h <= iWinMax; ++h) yyMsgApplyMasks(h);
+}
+
+int WInfoMessage(int type) { return enabled(type) ? 1 : 0; }
+
+void WMessagePush(int type, const MessageRecord& record) {
+  zelvy_messages::itypesaved = type;
+  zelvy_messages::valuesaved = record;
+}
+
+void WMessageTimer(int milliseconds, int identifier, int repeat) {
+  auto it = pTimerInfo1.begin();
+  while (it != pTimerInfo1.end() && it->id != identifier) ++it;
+  if (milliseconds <= 0) {
+    if (it != pTimerInfo1.end()) {
+      XtRemoveTimeOut(it->xid);
+      pTimerInfo1.erase(it);
+    }
+    return;
+  }
+  if (!zelvy_x::ixContext) return;
+  const XtPointer data = reinterpret_cast<XtPointer>(static_cast<std::intptr_t>(identifier));
+  if (it != pTimerInfo1.end()) {
+    XtRemoveTimeOut(it->xid);
+    it->interval = milliseconds;
+  } else {
+    pTimerInfo1.push_back(Timer{milliseconds, identifier, repeat, 0});
+    it = std::prev(pTimerInfo1.end());
+  }
+  it->xid = XtAppAddTimeOut(zelvy_x::ixContext, static_cast<unsigned long>(milliseconds), timer_fired, data);
+}
+
+void yyMsgResetFilter() {
+  savedFilter = iMessageEnabled;
+  iMessageEnabled = iMessageDefault;
+  iTimerEnabled = true;
+}
+
+void yyMsgRestoreFilter() {
+  iMessageEnabled = savedFilter;
+  iTimerEnabled = enabled(TimerExpired);
+}
+
+void yyMsgApplyMasks(int h) {
+  if (!yywindowexists(h) || !wtClient[h]) return;
+  EventMask mask = StructureNotifyMask | ButtonPressMask | ButtonReleaseMask | PropertyChangeMask;
+  if (enabled(KeyDown)) mask |= KeyPressMask;
+  if (enabled(MouseMove)) mask |= PointerMotionMask;
+  if (enabled(ExposeMessage)) mask |= ExposureMask;
+  // Through an (empty) Xt handler, so that Xt selects the union of our mask
+  // and the widgets' own; the events themselves are read before Xt sees them.
+  XtRemoveEventHandler(wtClient[h], XtAllEvents, True, noop_handler, nullptr);
+  XtAddEventHandler(wtClient[h], mask, False, noop_handler, nullptr);
+}
+
+void yyMsgPostFieldChanged(int field, int x, int y, int win) {
+  if (!ixDisplay || !wWindow[0]) return;
+  XEvent ev{};
+  ev.xclient.type = ClientMessage;
+  ev.xclient.window = wWindow[0];
+  ev.xclient.message_type = message_atom();
+  ev.xclient.format = 32;
+  ev.xclient.data.l[0] = kTagFieldChanged;
+  ev.xclient.data.l[1] = field;
+  ev.xclient.data.l[2] = x;
+  ev.xclient.data.l[3] = y;
+  ev.xclient.data.l[4] = win;
+  XSendEvent(ixDisplay, wWindow[0], False, 0, &ev);
+  XFlush(ixDisplay);
+}
+
+void yyMsgModalLoop(int win) {
+  if (nModal >= kModalDepth || !ixDisplay) return;
+  iModal[nModal++] = win;
+  ZelvMessage = Pending{};
+  bModalMessageLoop = true;
+  yyMsgResizeControl();
+  while (bModalMessageLoop) {
+    yyMsgInterpret();
+    ZelvMessage = Pending{};
+  }
+  --nModal;
+  yyMsgResizeControl();
+  if (nModal > 0) bModalMessageLoop = true;
+}
+
+void yyMsgModalEnd() {
+  bModalMessageLoop = false;
+  // The loop waits for X events: one that means nothing wakes it when the
+  // level is ended from a timer rather than from an event's callback.
+  if (!ixDisplay || !wWindow[0]) return;
+  XEvent ev{};
+  ev.xclient.type = ClientMessage;
+  ev.xclient.window = wWindow[0];
+  ev.xclient.message_type = message_atom();
+  ev.xclient.format = 32;
+  XSendEvent(ixDisplay, wWindow[0], False, 0, &ev);
+  XFlush(ixDisplay);
+}
+
+void yyMsgSemiModelessStack(int direction, int kind, int handle) {
+  auto saved_slot = [&](int k, int hd) -> std::pair<int, int>* {
+    if (k == 1) {
+      if (!yywindowexists(hd)) return nullptr;
+      static std::pair<int, int> tmp;
+      tmp = {WinInfo[hd].SavedObject, WinInfo[hd].SavedObjectKind};
+      return &tmp;
+    }
+    return &dialogSaved[hd];
+  };
+  auto store = [&](int k, int hd, std::pair<int, int> v) {
+    if (k == 1 && yywindowexists(hd)) {
+      WinInfo[hd].SavedObject = v.first;
+      WinInfo[hd].SavedObjectKind = v.second;
+    } else if (k == 2) {
+      dialogSaved[hd] = v;
+    }
+  };
+  if (direction == 1) {
+    ++nSemi;
+    store(kind, handle, {iObjCur, iObjCurType});
+    iObjCur = handle;
+    iObjCurType = kind;
+  } else {
+    if (nSemi == 0) return;
+    --nSemi;
+    std::pair<int, int> prev{-1, 0};
+    if (auto* p = saved_slot(kind, handle)) prev = *p;
+    store(kind, handle, {0, 0});
+    if (kind == 2) dialogSaved.erase(handle);
+    if (iObjCur == handle && iObjCurType == kind) {
+      iObjCur = prev.first;
+      iObjCurType = prev.second;
+    } else {
+      // Keep the chain whole: whoever stored the popped object takes its predecessor.
+      bool done = false;
+      for (int h = 0; h <= iWinMax && !done; ++h)
+        if (wWindow[h] && WinInfo[h].Mode == 3 && WinInfo[h].SavedObject == handle &&
+            WinInfo[h].SavedObjectKind == kind) {
+          store(1, h, prev);
+          done = true;
+        }
+      for (auto& [d, v] : dialogSaved)
+        if (!done && v.first == handle && v.second == kind) {
+          v = prev;
+          done = true;
+        }
+    }
+  }
+  yyMsgResizeControl();
+}

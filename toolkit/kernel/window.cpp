@@ -1,0 +1,633 @@
+// Windows: the table of open windows, opening and closing, selection,
+// geometry, units and the close protocol.
+#include "toolkit/kernel/window.h"
+
+#include <X11/IntrinsicP.h>
+#include <X11/Shell.h>
+#include <X11/StringDefs.h>
+#include <X11/Xatom.h>
+#include <Xm/DrawingA.h>
+#include <Xm/Protocols.h>
+#include <Xm/Xm.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstdint>
+#include <string>
+
+#include "app/resources/yyrc.h"
+#include "toolkit/kernel/display.h"
+#include "toolkit/kernel/message.h"
+#include "toolkit/kernel/statusbar.h"
+#include "toolkit/kernel/widgets.h"
+#include "toolkit/kernel/window_table.h"
+#include "toolkit/kernel/zelvy_data.h"
+
+namespace {
+
+using namespace zelvy_win;
+using zelvy_x::ixDisplay;
+
+constexpr int kDefault = -999999;
+
+// The attributes the client windows are created with, one set per window for its background.
+std::array<XSetWindowAttributes, kSlots> iWinAttributes{};
+
+int menu_height(int h) { return zelvy_hooks::menu_bar_height ? zelvy_hooks::menu_bar_height(h) : 0; }
+
+int sbar_height(int h) {
+  const bool bar = zelvy_sbar::psbarInfo.size() > static_cast<size_t>(h) && zelvy_sbar::psbarInfo[h];
+  return bar ? zelvy_sbar::iSBarHeight + 1 : 0;
+}
+
+// Height the frame adds to the client: menu bar and status bar.
+int extra_height(int h) { return menu_height(h) + sbar_height(h); }
+
+void set_title(int h, std::string_view title) {
+  WinInfo[h].Title = std::string(title);
+  if (!wShell[h]) return;
+  const std::string t(title);
+  XStoreName(ixDisplay, wShell[h], t.c_str());
+  XSetIconName(ixDisplay, wShell[h], t.c_str());
+}
+
+void yyWindowWMCloseCB(Widget, XtPointer client, XtPointer) {
+  const int h = static_cast<int>(reinterpret_cast<std::intptr_t>(client));
+  if (!yywindowexists(h) || WinInfo[h].Locked) return;
+  // Editors, viewers and grid windows handle their own close when they exist.
+  yyMsgSend(CloseRequest, 0, 0, 0, 0, 0, 0, h, 0);
+}
+
+int free_handle() {
+  for (int h = 1; h <= zelvy_data::kMaxWindow; ++h)
+    if (!wWindow[h]) return h;
+  return -1;
+}
+
+struct OpenRequest {
+  int flags = 7;
+  int x = kDefault, y = kDefault;
+  int width = 0, height = 0;  // client size in pixels; below 1 means the default
+  int menuid = 0;
+  std::span<const int> toolbars;
+  int dialogid = 0;
+  std::string_view title;
+  int parent = -1;
+  int colour = -1;
+};
+
+// Dialogs, menus and toolbars come from the resource tables; an identifier
+// they do not hold is reported and the window opens without it. Showing them
+// is the business of the dialog, menu and toolbar engines.
+// Returns true when the window carries the dialog.
+bool check_resources(const OpenRequest& q, const char* routine) {
+  bool dialog = false;
+  if (q.dialogid > 0) {
+    int fields = -1, titlelength = -1;
+    yyrcdialogcheck(q.dialogid, fields, titlelength);
+    if (fields < 0) {
+      yyerror(1007, routine);
+    } else {
+      int w = 0, hgt = 0, anchor = 0, font = 0, bytes = 0;
+      std::uint32_t style = 0, layout = 0;
+      std::string title;
+      yyrcdialogload(q.dialogid, w, hgt, style, layout, anchor, font, bytes, title);
+      const bool child_style = (style & 1073741824u) && (style & 1024u) && !(style & 12582912u) &&
+                               !(style & 524288u);
+      if (!child_style) yyerror(1045, routine);
+      dialog = child_style;
+    }
+  }
+  if (q.menuid > 0 && !(q.flags & 16) && !zelvy_hooks::menu_load) {
+    int items = -1, bytes = -1;
+    yyrcmenucheck(q.menuid, items, bytes);
+    if (items < 0) yyerror(1002, routine);
+  }
+  for (int id : q.toolbars) {
+    if (id <= 0) continue;
+    int count = -1, w = 0, hgt = 0;
+    yyrctoolbarcheck(id, count, w, hgt);
+    if (count < 0) yyerror(1002, routine);
+  }
+  return dialog;
+}
+
+bool open_window(int h, const OpenRequest& q, const char* routine) {
+  Display* dpy = ixDisplay;
+  yyDisplayRootOpen();
+
+  const bool with_dialog = check_resources(q, routine) && zelvy_hooks::dialog_pixels;
+  OpenRequest sized = q;
+  bool resizable = true;
+  if (with_dialog) {
+    // The window takes the dialog's size; a dialog that can't be resized fixes it.
+    zelvy_hooks::dialog_pixels(q.dialogid, sized.width, sized.height, resizable);
+    if (!resizable) sized.flags = (sized.flags | 64) & ~12;
+  }
+
+  if (q.flags & 32) yyWindowStatusBarInit(1);
+  const int cw = sized.width >= 1 ? sized.width : zelvy_data::iscwid * 8 / 10;
+  const int ch = sized.height >= 1 ? sized.height : zelvy_data::ischgt * 8 / 10;
+  const int fw = cw;
+  // A window inside its parent has no menu bar of its own.
+  const bool with_menu = q.menuid > 0 && !(q.flags & 16) && zelvy_hooks::menu_load;
+  const int menu_rows = with_menu && zelvy_hooks::menu_row_height ? zelvy_hooks::menu_row_height() : 0;
+  const int fh = ch + menu_rows + ((q.flags & 32) ? zelvy_sbar::iSBarHeight + 1 : 0);
+
+  WindowRecord& r = WinInfo[h];
+  r = WindowRecord{};
+  r.Flags = static_cast<unsigned>(sized.flags);
+  if (sized.flags & 64) r.Flags &= ~12u;
+  r.Visible = (q.flags & 128) ? 0 : 1;
+  r.Parent = q.parent;
+  r.Colormap_ = zelvy_x::iCmapMain;
+  r.Depth = zelvy_x::iDispDepth;
+  r.FrameWidth = fw;
+  r.FrameHeight = fh;
+  int x = q.x, y = q.y;
+  if ((q.flags & 16) && q.parent >= 0) {
+    // Inside the parent: relative to its client area on the screen.
+    int px = 0, py = 0;
+    Window child;
+    XTranslateCoordinates(dpy, wClient[q.parent], RootWindow(dpy, zelvy_x::iScreen), 0, 0, &px, &py,
+                          &child);
+    const WindowRecord& p = WinInfo[q.parent];
+    if (x == kDefault) x = (p.ClientWidth - fw) / 2;
+    if (y == kDefault) y = (p.ClientHeight - fh) / 2;
+    x += px;
+    y += py;
+  } else {
+    if (x == kDefault) x = (zelvy_data::iscwid - fw) / 2;
+    if (y == kDefault) y = (zelvy_data::ischgt - fh) / 2;
+  }
+  r.RestoreWidth = cw;
+  r.RestoreHeight = ch;
+
+  const std::string title(q.title);
+  Arg args[16];
+  int n = 0;
+  XtSetArg(args[n], XmNdeleteResponse, XmDO_NOTHING); ++n;
+  XtSetArg(args[n], XtNborderWidth, 0); ++n;
+  XtSetArg(args[n], XtNmappedWhenManaged, False); ++n;
+  XtSetArg(args[n], XtNx, x); ++n;
+  XtSetArg(args[n], XtNy, y); ++n;
+  XtSetArg(args[n], XtNwidth, fw); ++n;
+  XtSetArg(args[n], XtNheight, fh); ++n;
+  XtSetArg(args[n], XtNtitle, title.c_str()); ++n;
+  XtSetArg(args[n], XtNiconName, title.c_str()); ++n;
+  if (zelvy_x::iCmapMain != DefaultColormap(dpy, zelvy_x::iScreen)) {
+    XtSetArg(args[n], XtNcolormap, zelvy_x::iCmapMain); ++n;
+    XtSetArg(args[n], XtNvisual, zelvy_x::iVisual); ++n;
+    XtSetArg(args[n], XtNdepth, zelvy_x::iDispDepth); ++n;
+  }
+  WidgetClass shellclass = applicationShellWidgetClass;
+  if (h != 0) {
+    shellclass = topLevelShellWidgetClass;
+    if (q.parent >= 0 && (q.flags & (256 | 16))) {
+      // The window manager keeps such a child above its parent.
+      shellclass = transientShellWidgetClass;
+      XtSetArg(args[n], XtNtransientFor, wtShell[q.parent]); ++n;
+    }
+  }
+  Widget shell = XtAppCreateShell("Zelv", "Zelv", shellclass, dpy, args, n);
+  Widget frame = XtVaCreateManagedWidget("MainWindow", xmDrawingAreaWidgetClass, shell,
+                                         XmNmarginWidth, 0, XmNmarginHeight, 0, XmNresizePolicy,
+                                         XmRESIZE_NONE, XtNwidth, fw, XtNheight, fh, nullptr);
+  Pixel clientbg = WhitePixel(dpy, zelvy_x::iScreen);
+  if (q.colour >= 0)
+    clientbg = yyAllocPixel(q.colour & 255, (q.colour >> 8) & 255, (q.colour >> 16) & 255);
+  XSetWindowAttributes& at = iWinAttributes[h];
+  at = XSetWindowAttributes{};
+  at.background_pixel = clientbg;
+  at.border_pixel = BlackPixel(dpy, zelvy_x::iScreen);
+  at.bit_gravity = StaticGravity;
+  at.backing_store = WhenMapped;
+  at.cursor = zelvy_x::ixCursor[zelvy_x::iCursor];
+  at.event_mask = StructureNotifyMask | ButtonPressMask | ButtonReleaseMask | PropertyChangeMask;
+  const bool own_map = zelvy_x::iCmapMain != DefaultColormap(dpy, zelvy_x::iScreen);
+  Widget client = XtVaCreateManagedWidget(
+      "ClientWindow", windWidgetClass, frame, XmNmarginWidth, 0, XmNmarginHeight, 0,
+      XmNresizePolicy, XmRESIZE_NONE, XtNx, 0, XtNy, 0, XtNwidth, cw, XtNheight, ch, XtNborderWidth,
+      0, XtNbackground, clientbg, XmNtraversalOn, False, XtNwinAttributes, &at, XtNwinMask,
+      static_cast<long>(CWBackPixel | CWBorderPixel | CWBitGravity | CWBackingStore | CWCursor |
+                        CWEventMask),
+      XtNcolourMap, own_map ? zelvy_x::iCmapMain : 0, XtNwinVisual,
+      own_map ? zelvy_x::iVisual : nullptr, nullptr);
+  if (q.colour >= 0) {
+    XtVaSetValues(frame, XtNbackground, clientbg, nullptr);
+    XtVaSetValues(shell, XtNbackground, clientbg, nullptr);
+  }
+  XtRealizeWidget(shell);
+
+  wtShell[h] = shell;
+  wtWindow[h] = frame;
+  wtClient[h] = client;
+  wShell[h] = XtWindow(shell);
+  wWindow[h] = XtWindow(frame);
+  wClient[h] = XtWindow(client);
+  iWinColour[h] = q.colour;
+  hCursorWin[h] = 0;
+  iWinMax = std::max(iWinMax, h);
+
+  XSizeHints hints{};
+  hints.flags = USPosition | USSize;
+  hints.x = x;
+  hints.y = y;
+  hints.width = fw;
+  hints.height = fh;
+  XSetWMNormalHints(dpy, wShell[h], &hints);
+  yyWindowSizeHints(h);
+  set_title(h, q.title);
+
+  if (!aWMProtocols) {
+    aWMProtocols = XInternAtom(dpy, "WM_PROTOCOLS", False);
+    aWMDeleteWindow = XInternAtom(dpy, "WM_DELETE_WINDOW", False);
+  }
+  XmAddWMProtocolCallback(shell, aWMDeleteWindow, yyWindowWMCloseCB,
+                          reinterpret_cast<XtPointer>(static_cast<std::intptr_t>(h)));
+
+  if (q.flags & 32) yyWindowStatusBarCreate(h);
+  if (with_menu) {
+    int status = 0;
+    zelvy_hooks::menu_load(q.menuid, h, status);
+    if (status != 0) yyerror(status, routine);
+  }
+  yyWindowResize(h);
+  yyMsgApplyMasks(h);
+  if (with_dialog && zelvy_hooks::dialog_combine) zelvy_hooks::dialog_combine(q.dialogid, h);
+
+  if (!(q.flags & 128)) XtMapWidget(shell);
+  XFlush(dpy);
+  return true;
+}
+
+void close_window(int h) {
+  if (!yywindowexists(h)) return;
+  for (int c = 1; c <= iWinMax; ++c)
+    if (c != h && wWindow[c] && WinInfo[c].Parent == h) close_window(c);
+  Display* dpy = ixDisplay;
+  if (!WinInfo[h].Keep) XtUnmapWidget(wtShell[h]);
+  yyWindowStatusBarShutdown(h);
+  if (zelvy_hooks::menu_closed) zelvy_hooks::menu_closed(h);
+  XmRemoveWMProtocolCallback(wtShell[h], aWMDeleteWindow, yyWindowWMCloseCB,
+                             reinterpret_cast<XtPointer>(static_cast<std::intptr_t>(h)));
+  XtDestroyWidget(wtShell[h]);
+  WinInfo[h] = WindowRecord{};
+  wtShell[h] = wtWindow[h] = wtClient[h] = nullptr;
+  wShell[h] = wWindow[h] = wClient[h] = 0;
+  iWinColour[h] = -1;
+  hCursorWin[h] = 0;
+  zelvy_data::iwflags[h] = -1;
+  XSync(dpy, False);
+}
+
+void adjust_winmax() {
+  while (iWinMax >= 0 && !wWindow[iWinMax]) --iWinMax;
+}
+
+// The public side of a selection: size for unit conversion.
+void take_selection(int h) {
+  iWinCur = h;
+  zelvy_data::iwinhandle = h;
+  zelvy_data::iwinwid = WinInfo[h].ClientWidth;
+  zelvy_data::iwinhgt = WinInfo[h].ClientHeight;
+}
+
+}  // namespace
+
+int yyunitstopixels(int unit, int size) {
+  if (size < 1) return 0;
+  return static_cast<int>(static_cast<long long>(size - 1) * unit / 9999);
+}
+
+int yyunitsfrompixels(int pixel, int size) {
+  if (size < 2) return 0;
+  return static_cast<int>((static_cast<float>(pixel) + 0.5f) * 9999.0f / static_cast<float>(size));
+}
+
+void yyWindowPositionOnScreen(int width, int height, int& x, int& y) {
+  const int dw = zelvy_x::iDispWidth, dh = zelvy_x::iDispHeight;
+  if (x + width > dw) x = dw - width;
+  if (x < 0) x = 0;
+  if (y + height > dh) y = dh - height;
+  if (y < 0) y = 0;
+}
+
+bool yywindowexists(int h) { return h >= 0 && h <= iWinMax && h < kSlots && wWindow[h] != 0; }
+
+int yyGetWindowIndex(int code, Window xwin) {
+  if (!xwin) return -1;
+  for (int h = 0; h <= iWinMax; ++h) {
+    if (!wWindow[h]) continue;
+    if ((code == 0 || code == 8) && wShell[h] == xwin) return h;
+    if ((code == 0 || code == 1) && wWindow[h] == xwin) return h;
+    if ((code == 0 || code == 2) && wClient[h] == xwin) return h;
+    if ((code == 0 || code == 3) && yyWindowStatusBarOwns(h, xwin)) return h;
+  }
+  return -1;
+}
+
+void yyWindowSizeHints(int h) {
+  if (!yywindowexists(h)) return;
+  const WindowRecord& r = WinInfo[h];
+  XSizeHints hints{};
+  long supplied = 0;
+  XGetWMNormalHints(ixDisplay, wShell[h], &hints, &supplied);
+  hints.flags &= ~(PMinSize | PMaxSize);
+  if (r.Locked || (r.Flags & 64)) {
+    hints.flags |= PMinSize | PMaxSize;
+    hints.min_width = hints.max_width = r.FrameWidth;
+    hints.min_height = hints.max_height = r.FrameHeight;
+  }
+  XSetWMNormalHints(ixDisplay, wShell[h], &hints);
+}
+
+void yyWindowResize(int h) {
+  if (!yywindowexists(h)) return;
+  WindowRecord& r = WinInfo[h];
+  const int top = menu_height(h);
+  const int cw = std::max(1, r.FrameWidth);
+  const int ch = std::max(1, r.FrameHeight - top - sbar_height(h));
+  XtConfigureWidget(wtClient[h], 0, top, cw, ch, 0);
+  if (r.Content) XtConfigureWidget(r.Content, 0, 0, cw, ch, 0);
+  yyWindowStatusBarResize(h);
+  r.ClientX = 0;
+  r.ClientY = top;
+  r.ClientWidth = cw;
+  r.ClientHeight = ch;
+  if (h == iWinCur) {
+    zelvy_data::iwinwid = cw;
+    zelvy_data::iwinhgt = ch;
+  }
+}
+
+bool yywindowgrselect(int h) {
+  if (!yywindowexists(h)) {
+    yyerror(1003, "YYWindowSelect");
+    return false;
+  }
+  take_selection(h);
+  return true;
+}
+
+void WindowOpen(std::optional<int> flags, std::optional<int> x, std::optional<int> y,
+                std::optional<int> width, std::optional<int> height, std::optional<int> menuid,
+                std::span<const int> toolbarids, std::optional<int> dialogid, std::string_view title,
+                std::optional<int> colourcount, std::optional<int> colour) {
+  (void)colourcount;  // the palette ramps matter only on displays of 8 bits or less
+  if (zelvy_data::brootopen) return;
+  if (!ixDisplay) {
+    yyerror(1122, "WindowOpen");
+    return;
+  }
+  iWinMax = 0;
+  yyMsgResetFilter();
+  OpenRequest q;
+  q.flags = flags.value_or(7);
+  q.x = x.value_or(kDefault);
+  q.y = y.value_or(kDefault);
+  q.width = width.value_or(0);
+  q.height = height.value_or(0);
+  q.menuid = menuid.value_or(0);
+  q.toolbars = toolbarids;
+  q.dialogid = dialogid.value_or(0);
+  q.title = title;
+  q.colour = colour.value_or(-1);
+  open_window(0, q, "WindowOpen");
+  zelvy_data::brootopen = true;
+  zelvy_data::iwflags[0] = q.flags;
+  zelvy_data::icurdialog = 0;  // the dialog engine records a combined dialog
+  take_selection(0);
+  yyMsgApplyMasks(0);
+}
+
+void WindowOpenChild(int& handle, std::optional<int> flags, std::optional<int> x,
+                     std::optional<int> y, std::optional<int> width, std::optional<int> height,
+                     std::optional<int> menuid, std::span<const int> toolbarids,
+                     std::optional<int> dialogid, std::string_view title,
+                     std::optional<int> parent, std::optional<int> colour) {
+  handle = -1;
+  if (!ixDisplay) {
+    yyerror(1122, "WindowOpenChild");
+    return;
+  }
+  OpenRequest q;
+  q.flags = flags.value_or(7);
+  q.parent = parent.value_or(-1);
+  const int h = free_handle();
+  if (h < 0) {
+    yyerror(1121, "WindowOpenChild");
+    return;
+  }
+  if (q.flags & 16) {
+    if (!yywindowexists(q.parent)) {
+      yyerror(1003, "WindowOpenChild");
+      return;
+    }
+    if (!WinInfo[q.parent].Visible) {
+      yyerror(1016, "WindowOpenChild");
+      return;
+    }
+    if (WinInfo[q.parent].Kind != 0) {
+      yyerror(WinInfo[q.parent].Kind == 3 ? 1046 : 1056, "WindowOpenChild");
+      return;
+    }
+    // Window units of the parent, with a default of 8000 units.
+    const int pw = WinInfo[q.parent].ClientWidth, ph = WinInfo[q.parent].ClientHeight;
+    q.x = x ? yyunitstopixels(*x, pw) : kDefault;
+    q.y = y ? yyunitstopixels(*y, ph) : kDefault;
+    q.width = yyunitstopixels(width.value_or(8000), pw);
+    q.height = yyunitstopixels(height.value_or(8000), ph);
+  } else {
+    if (q.parent >= 0 && !yywindowexists(q.parent)) q.parent = -1;
+    q.x = x.value_or(kDefault);
+    q.y = y.value_or(kDefault);
+    q.width = width.value_or(0);
+    q.height = height.value_or(0);
+  }
+  q.menuid = menuid.value_or(0);
+  q.toolbars = toolbarids;
+  q.dialogid = dialogid.value_or(0);
+  q.title = title;
+  q.colour = colour.value_or(-1);
+  if (iWinMax < 0) iWinMax = 0;
+  if (!open_window(h, q, "WindowOpenChild")) {
+    yyerror(1122, "WindowOpenChild");
+    return;
+  }
+  handle = h;
+  zelvy_data::iwflags[h] = q.flags;
+  take_selection(h);
+  yyMsgApplyMasks(h);
+}
+
+void WindowCloseChild(int handle) {
+  if (handle < 1 || !yywindowexists(handle)) {
+    yyerror(1003, "WindowCloseChild");
+    return;
+  }
+  close_window(handle);
+  adjust_winmax();
+  zelvy_data::iwflags[handle] = -1;
+  if (!yywindowexists(iWinCur) && yywindowexists(0)) take_selection(0);
+}
+
+void WindowClose() {
+  if (!zelvy_data::brootopen) return;
+  for (int h = iWinMax; h >= 1; --h)
+    if (wWindow[h]) close_window(h);
+  close_window(0);
+  iWinMax = -1;
+  iWinCur = 0;
+  yyMsgRestoreFilter();
+  zelvy_x::gColtab.clear();
+  zelvy_x::gColtab.shrink_to_fit();
+  zelvy_x::nColtabEntries = 0;
+  zelvy_data::brootopen = false;
+  zelvy_data::iwflags[0] = -1;
+  zelvy_data::icurdialog = 0;
+  zelvy_data::iwinhandle = 0;
+}
+
+void WindowSelect(int handle) { yywindowgrselect(handle); }
+
+namespace {
+
+// Hides or shows a window and, recursively, the windows that lie inside it;
+// showing leaves children that were hidden on their own as they are.
+void yyWindowShowHide(int h, bool show) {
+  WindowRecord& r = WinInfo[h];
+  if (show) {
+    r.Visible = 1;
+    XtMapWidget(wtShell[h]);
+  } else {
+    XtUnmapWidget(wtShell[h]);
+  }
+  for (int c = 1; c <= iWinMax; ++c) {
+    if (!wWindow[c] || WinInfo[c].Parent != h || !(WinInfo[c].Flags & 16)) continue;
+    if (!show) XtUnmapWidget(wtShell[c]);
+    else if (WinInfo[c].Visible) yyWindowShowHide(c, true);
+  }
+  if (!show) r.Visible = 0;
+}
+
+}  // namespace
+
+void yywindowsizepos(int x, int y, int width, int height, int show) {
+  const int h = iWinCur;
+  if (!yywindowexists(h)) return;
+  WindowRecord& r = WinInfo[h];
+  Display* dpy = ixDisplay;
+  Position sx = 0, sy = 0;
+  XtVaGetValues(wtShell[h], XtNx, &sx, XtNy, &sy, nullptr);
+  int nx = x == kDefault ? sx : x, ny = y == kDefault ? sy : y;
+  if ((r.Flags & 16) && wShell[0] && h != 0) {
+    Position rx = 0, ry = 0;
+    XtVaGetValues(wtShell[0], XtNx, &rx, XtNy, &ry, nullptr);
+    if (x != kDefault) nx += rx;
+    if (y != kDefault) ny += ry;
+  }
+  if (width != kDefault && width > 0) r.FrameWidth = width;
+  if (height != kDefault && height > 0) r.FrameHeight = height + extra_height(h);
+  XtConfigureWidget(wtShell[h], static_cast<Position>(nx), static_cast<Position>(ny),
+                    static_cast<Dimension>(std::max(1, r.FrameWidth)),
+                    static_cast<Dimension>(std::max(1, r.FrameHeight)), 0);
+  XMoveResizeWindow(dpy, wShell[h], nx, ny, std::max(1, r.FrameWidth), std::max(1, r.FrameHeight));
+  yyWindowSizeHints(h);
+  yyWindowResize(h);
+  yyWindowShowHide(h, show != 3);
+  XSync(dpy, False);
+}
+
+void yywindowtitle(int iconid, int settitle, int& status, std::string_view title) {
+  (void)iconid;  // icons come from the image resources with the toolbars
+  status = 0;
+  const int h = iWinCur;
+  if (!yywindowexists(h)) {
+    status = 1003;
+    return;
+  }
+  if (settitle == 1) set_title(h, title);
+  XFlush(ixDisplay);
+}
+
+void yywindowraise() {
+  const int h = iWinCur;
+  if (!yywindowexists(h)) return;
+  XRaiseWindow(ixDisplay, wShell[h]);
+  XSetInputFocus(ixDisplay, wShell[h], RevertToParent, CurrentTime);
+  XFlush(ixDisplay);
+}
+
+void yywindowclear(int x1, int y1, int x2, int y2, int colour) {
+  const int h = iWinCur;
+  if (!yywindowexists(h)) return;
+  Display* dpy = ixDisplay;
+  const int x = std::min(x1, x2), y = std::min(y1, y2);
+  const unsigned w = static_cast<unsigned>(std::abs(x2 - x1) + 1), ht = static_cast<unsigned>(std::abs(y2 - y1) + 1);
+  if (colour < 0) {
+    XClearArea(dpy, wClient[h], x, y, w, ht, False);
+  } else {
+    GC gc = XCreateGC(dpy, wClient[h], 0, nullptr);
+    XSetForeground(dpy, gc, yyAllocPixel(colour & 255, (colour >> 8) & 255, (colour >> 16) & 255));
+    XFillRectangle(dpy, wClient[h], gc, x, y, w, ht);
+    XFreeGC(dpy, gc);
+  }
+  XFlush(dpy);
+}
+
+void yywindowtest(int handle, int& exists) { exists = yywindowexists(handle) ? 1 : 0; }
+
+int WInfoWindow(int item) {
+  const int h = iWinCur;
+  const bool open = yywindowexists(h);
+  const WindowRecord& r = WinInfo[open ? h : 0];
+  auto screen_pos = [&](Window w, bool wantx) {
+    if (!open || !w) return 0;
+    int sx = 0, sy = 0;
+    Window child;
+    XTranslateCoordinates(ixDisplay, w, RootWindow(ixDisplay, zelvy_x::iScreen), 0, 0, &sx, &sy,
+                          &child);
+    return wantx ? sx : sy;
+  };
+  auto position = [&](bool wantx) {
+    int p = screen_pos(wShell[h], wantx);
+    if (open && (r.Flags & 16) && yywindowexists(r.Parent)) {
+      const WindowRecord& pr = WinInfo[r.Parent];
+      p -= screen_pos(wClient[r.Parent], wantx);
+      p = yyunitsfrompixels(p, wantx ? pr.ClientWidth : pr.ClientHeight);
+    }
+    return p;
+  };
+  switch (item) {
+    case 1: return open ? r.ClientWidth : 0;
+    case 2: return open ? r.ClientHeight : 0;
+    case 3: return open ? static_cast<int>(zelvy_data::iwflags[h]) : 0;
+    case 4: return h;
+    case 5: case 13: return position(true);
+    case 6: case 14: return position(false);
+    case 7: return screen_pos(wClient[h], true);
+    case 8: return screen_pos(wClient[h], false);
+    case 9: return open && r.Visible ? 1 : 3;
+    case 10: return open ? r.Kind : 0;
+    case 11: return open ? r.ClientWidth : 0;
+    case 12: return open ? r.ClientHeight : 0;
+    case 15: {
+      int n = 0;
+      for (int c = 1; c <= zelvy_data::kMaxWindow; ++c) n += wWindow[c] == 0;
+      return n;
+    }
+    case 16: return zelvy_data::brootopen ? 1 : 0;
+    default: return 0;
+  }
+}
+
+void WindowUnitsToPixels(int unitx, int unity, int& pixelx, int& pixely) {
+  pixelx = yyunitstopixels(unitx, zelvy_data::iwinwid);
+  pixely = yyunitstopixels(unity, zelvy_data::iwinhgt);
+}
+
+void WindowUnitsFromPixels(int pixelx, int pixely, int& unitx, int& unity) {
+  unitx = yyunitsfrompixels(pixelx, zelvy_data::iwinwid);
+  unity = yyunitsfrompixels(pixely, zelvy_data::iwinhgt);
+}

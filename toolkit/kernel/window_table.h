@@ -1,0 +1,116 @@
+// The window table shared by the kernel's modules: records, widgets and X
+// windows by handle (0 the root window, 1..50 children).
+#pragma once
+
+#include <X11/Intrinsic.h>
+
+#include <array>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "toolkit/kernel/zelvy_data.h"
+
+struct WindowRecord {
+  int Visible = 1;
+  int Kind = 0;  // 0 plain, 1 editor, 2 bitmap viewer, 3 with a dialog, 4 grid, 5 split
+  int SavedObject = 0, SavedObjectKind = 0;
+  int Mode = 2;  // 1 modal, 2 modeless, 3 semi-modeless
+  unsigned char Locked = 0;
+  unsigned int Flags = 7;
+  std::optional<std::string> Title;
+  Widget TitleLabel = nullptr;
+  Widget Content = nullptr;
+  void* KindData = nullptr;
+  int Keep = 0;
+  Colormap Colormap_ = 0;
+  int Depth = 0;
+  int FrameWidth = 0, FrameHeight = 0;
+  int ClientWidth = 0, ClientHeight = 0;
+  int ClientX = 0, ClientY = 0;
+  int DialogIndex = 0;
+  int Parent = -1;
+  // Geometry as opened, for WInfoWindow's restore items.
+  int RestoreX = 0, RestoreY = 0, RestoreWidth = 0, RestoreHeight = 0;
+  int X = 0, Y = 0;  // position as WInfoWindow reports it
+};
+
+namespace zelvy_win {
+
+constexpr int kSlots = zelvy_data::kMaxWindow + 1;
+inline std::array<WindowRecord, kSlots> WinInfo{};
+inline std::array<Widget, kSlots> wtShell{}, wtWindow{}, wtClient{};
+inline std::array<Window, kSlots> wShell{}, wWindow{}, wClient{};
+inline std::array<int, kSlots> iWinColour = [] {
+  std::array<int, kSlots> a{};
+  a.fill(-1);
+  return a;
+}();
+inline std::array<Cursor, kSlots> hCursorWin{};
+inline std::array<int, kSlots> iCursorWin{};
+inline int iWinMax = -1;
+inline int iWinCur = 0;
+inline Atom aWMProtocols = 0, aWMDeleteWindow = 0;
+
+}  // namespace zelvy_win
+
+// Where the menu engine and the dialog engine join the windows and the message
+// loop. Each sets its hooks when it comes up (a static initialiser in its own
+// source); unset, windows have no menu bar and carry no dialog.
+namespace zelvy_hooks {
+// Row height of a menu bar, for the frame size of a window that gets a menu.
+inline int (*menu_row_height)() = nullptr;
+// Loads and installs a window's menu; status 0 or an error code (1002).
+inline void (*menu_load)(int menuid, int handle, int& status) = nullptr;
+// Pixels the window's bar takes above the client at the present frame width.
+inline int (*menu_bar_height)(int handle) = nullptr;
+// The window is closing: its menu and accelerators go.
+inline void (*menu_closed)(int handle) = nullptr;
+// The first look at every X event; true when the menus consumed it.
+inline bool (*menu_event)(XEvent& event) = nullptr;
+// True while a menu is open: no message reaches the application then.
+inline bool (*menu_open)() = nullptr;
+// The dialog engine: the size in pixels of a resource dialog that a window
+// carries, and whether it may be resized; then showing it in the window's client.
+inline void (*dialog_pixels)(int dialogid, int& width, int& height, bool& resizable) = nullptr;
+inline void (*dialog_combine)(int dialogid, int handle) = nullptr;
+}  // namespace zelvy_hooks
+
+// True when h names an open window.
+bool yywindowexists(int h);
+// Lays a window out for its present frame size (menu, status bar, client).
+void yyWindowResize(int h);
+// Selects a window on both sides; error 1003 when it does not exist.
+bool yywindowgrselect(int h);
+// The handle of a toolkit window by one of its X windows, -1 when none.
+// code: 1 frame, 2 client, 3 status bar, 8 shell, or 0 for any.
+int yyGetWindowIndex(int code, Window xwin);
+// Sets the minimum and maximum size hints of a window for its lock state.
+void yyWindowSizeHints(int h);
+
+// Position (-999999 keeps a value) and client size of the selected window;
+// show 3 hides it with the windows inside it, other values show them.
+void yywindowsizepos(int x, int y, int width, int height, int show);
+// Sets the selected window's title (WM_NAME and WM_ICON_NAME) when settitle is 1.
+void yywindowtitle(int iconid, int settitle, int& status, std::string_view title);
+// Raises the top-level window that holds the selected one and gives it the focus.
+void yywindowraise();
+// Clears a rectangle of the client area in pixels; colour -1 is the window's background.
+void yywindowclear(int x1, int y1, int x2, int y2, int colour);
+// exists: 1 when the handle names an open window.
+void yywindowtest(int handle, int& exists);
+// Moves the client area's contents by deltas in pixels; the uncovered strips
+// take a colour (packed red, green, blue; -1 the background).
+void yywindowscroll(int deltax, int deltay, int colour);
+
+// Text in the client area, in pixels, with a core font of a family: 0 the
+// default sans, 1 "6x13", 2 serif, 3 sans, 4 fixed, 5 symbol, 6 dingbats.
+// Returns the font's mean character width and its height.
+void yywindowfontcreate(int family, int bold, int italic, int& width, int& height);
+// Draws a text with background at x, y (top left); x moves on by its width.
+void yywindowoutstring(int& x, int y, std::string_view text);
+int yywindowstringlength(std::string_view text);
+// Colours by index 0..15 of the default palette, or as packed red, green, blue.
+void yywindowfontcolour(int fore, int back);
+void yywindowfontcolourrgb(int fore, int back);
+void yywindowfontunderline(int on);
