@@ -17,6 +17,7 @@
 
 #include "app/resources/yyrc.h"
 #include "toolkit/kernel/display.h"
+#include "toolkit/kernel/menu.h"
 #include "toolkit/kernel/message.h"
 #include "toolkit/kernel/statusbar.h"
 #include "toolkit/kernel/widgets.h"
@@ -291,6 +292,8 @@ void take_selection(int h) {
   zelvy_data::iwinhandle = h;
   zelvy_data::iwinwid = WinInfo[h].ClientWidth;
   zelvy_data::iwinhgt = WinInfo[h].ClientHeight;
+  int status = 0;
+  yymenuselect(h, -1, status);  // the menu routines act on the selected window's menu
 }
 
 }  // namespace

@@ -1,0 +1,450 @@
+// The menu engine without a display: the item tree, keyboard navigation,
+// mnemonics, accelerators, bar layout, pop-up placement and item states.
+#include <gtest/gtest.h>
+
+#include <X11/keysym.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "toolkit/kernel/menu.h"
+#include "toolkit/kernel/message.h"
+#include "toolkit/kernel/zelvy_data.h"
+
+namespace {
+
+using namespace zelvy_menu;
+
+// A menu by hand: each entry is an item at a depth (0 the top level).
+struct Entry {
+  int depth;
+  int id;
+  std::string text;  // with "&" marks; empty for a separator
+};
+
+std::unique_ptr<MenuRecord> make_menu(const std::vector<Entry>& entries) {
+  auto m = std::make_unique<MenuRecord>();
+  const int n = static_cast<int>(entries.size());
+  m->ItemIds.assign(n, 0);
+  m->ItemFlags.assign(n, 0);
+  m->ItemNext.assign(n, -1);
+  m->ItemChild.assign(n, -1);
+  m->ItemText.assign(n, "");
+  m->ItemMnemonic.assign(n, -1);
+  std::vector<int> last(8, -1);  // last item seen at each depth
+  for (int i = 0; i < n; ++i) {
+    const Entry& e = entries[i];
+    m->ItemIds[i] = e.id;
+    std::string t = e.text;
+    if (e.id == 0) m->ItemFlags[i] = kMenuSeparator;
+    else m->ItemMnemonic[i] = yyMenuItemTextProc(t);
+    m->ItemText[i] = t;
+    if (last[e.depth] >= 0) m->ItemNext[last[e.depth]] = i;
+    if (e.depth > 0 && m->ItemChild[last[e.depth - 1]] < 0) m->ItemChild[last[e.depth - 1]] = i;
+    last[e.depth] = i;
+    for (int d = e.depth + 1; d < 8; ++d) last[d] = -1;
+  }
+  yyMenuBuildPopups(*m);
+  return m;
+}
+
+class MenuLogic : public ::testing::Test {
+ protected:
+  void SetUp() override { reset(); }
+  void TearDown() override { reset(); }
+  static void reset() {
+    yyMenuWindowClosed(0);
+    itemstates.clear();
+    iWinMenu = 0;
+    iFloatMenu = false;
+    zelvy_data::ierr = 0;
+  }
+
+  // The application's main menu as the bar of window 0.
+  MenuRecord& main_menu() {
+    int status = -1;
+    yymenu(30001, 0, status);
+    EXPECT_EQ(status, 0);
+    return *pwRootMenuSub[0];
+  }
+  MenuRecord& install(std::unique_ptr<MenuRecord> m) {
+    yyMenuInstall(0, std::move(m));
+    return *pwRootMenuSub[0];
+  }
+
+  // A key to window 0's menu; the identifier chosen, 0 for none.
+  int key(unsigned long keysym, unsigned state = 0) {
+    int type = 0, v1 = 0, v2 = 0;
+    taken = yyMenuProcessKey(keysym, state, 0, type, v1, v2);
+    if (type == 0) return 0;
+    EXPECT_EQ(type, MenuSelect);
+    EXPECT_EQ(v2, -1);
+    return v1;
+  }
+  int current_id() const {
+    return iCurMenuItem >= 0 ? pwActiveMenu->ItemIds[iCurMenuItem] : -1;
+  }
+  // The identifiers of the parents of the open pop-ups, oldest first.
+  std::vector<int> open_parents() const {
+    std::vector<int> ids;
+    for (int p : pwActiveMenu->OpenPopups) ids.push_back(pwActiveMenu->ItemIds[pwActiveMenu->PopupParentItem[p]]);
+    return ids;
+  }
+  bool taken = false;
+};
+
+TEST_F(MenuLogic, MainMenuTreeFromResources) {
+  const MenuRecord& m = main_menu();
+  ASSERT_EQ(m.PopupCount, 4);
+  std::vector<int> top;
+  for (int i = m.PopupFirstItem[0]; i >= 0; i = m.ItemNext[i]) top.push_back(m.ItemIds[i]);
+  EXPECT_EQ(top, (std::vector<int>{40001, 40008, 40009, 40004}));
+  const int file = m.find(40001), run = m.find(40008);
+  EXPECT_EQ(m.ItemText[file], "File");
+  EXPECT_EQ(m.PopupKind[0], kPopupBar);
+  EXPECT_EQ(m.PopupKind[m.ItemSubPopup[file]], kPopupDrop);
+  EXPECT_FALSE(m.has_sub(run));
+  EXPECT_TRUE(m.selectable(run));
+  std::vector<int> file_items;
+  for (int i = m.ItemChild[file]; i >= 0; i = m.ItemNext[i]) file_items.push_back(m.ItemIds[i]);
+  EXPECT_EQ(file_items, (std::vector<int>{40002, 40003, 40005, 0, 40006, 0, 40007}));
+
+  int status = 0;
+  yymenu(39999, 0, status);
+  EXPECT_EQ(status, 1002);
+  EXPECT_NE(pwRootMenuSub[0], nullptr);  // an unknown menu leaves the old one
+}
+
+TEST_F(MenuLogic, TextMarks) {
+  std::string t = "&File";
+  EXPECT_EQ(yyMenuItemTextProc(t), 0);
+  EXPECT_EQ(t, "File");
+  t = "Save &As\tCtrl+&S";  // marks after the tab belong to the accelerator text
+  EXPECT_EQ(yyMenuItemTextProc(t), 5);
+  EXPECT_EQ(t, "Save As\tCtrl+&S");
+  t = "Fish && &Chips";
+  EXPECT_EQ(yyMenuItemTextProc(t), 7);
+  EXPECT_EQ(t, "Fish & Chips");
+  t = "A&&B";
+  EXPECT_EQ(yyMenuItemTextProc(t), -1);
+  EXPECT_EQ(t, "A&B");
+  t = "&a&b";  // the last mark wins
+  EXPECT_EQ(yyMenuItemTextProc(t), 1);
+  EXPECT_EQ(t, "ab");
+}
+
+TEST_F(MenuLogic, MnemonicSearch) {
+  MenuRecord& m = install(make_menu({{0, 1, "&Edit"},
+                                     {1, 11, "&Cut"},
+                                     {1, 12, "Cop&y"},
+                                     {1, 0, ""},
+                                     {1, 13, "Paste"},
+                                     {1, 14, "Print"},
+                                     {1, 15, "Clear"}}));
+  const int popup = m.ItemSubPopup[0];
+  int count = 0;
+  // A marked letter is found before first letters of unmarked items.
+  EXPECT_EQ(m.ItemIds[yyMenuKeyToItem(m, popup, -1, 'c', count)], 11);
+  EXPECT_EQ(count, 1);
+  EXPECT_EQ(m.ItemIds[yyMenuKeyToItem(m, popup, -1, 'Y', count)], 12);
+  // Unmarked items by their first letter; two of them alternate from the current one.
+  const int first = yyMenuKeyToItem(m, popup, -1, 'p', count);
+  EXPECT_EQ(count, 2);
+  EXPECT_EQ(m.ItemIds[first], 13);
+  EXPECT_EQ(m.ItemIds[yyMenuKeyToItem(m, popup, first, 'p', count)], 14);
+  EXPECT_EQ(m.ItemIds[yyMenuKeyToItem(m, popup, m.find(14), 'p', count)], 13);
+  EXPECT_EQ(yyMenuKeyToItem(m, popup, -1, 'z', count), -1);
+  EXPECT_EQ(count, 0);
+}
+
+TEST_F(MenuLogic, KeyboardWalkOverTheBar) {
+  main_menu();
+  EXPECT_FALSE(yyMenuIsOpen());
+  EXPECT_EQ(key(XK_Down), 0);
+  EXPECT_FALSE(taken);  // no menu open: ordinary keys go on
+  key(XK_F10);
+  ASSERT_TRUE(yyMenuIsOpen());
+  EXPECT_EQ(current_id(), 40001);
+  EXPECT_TRUE(open_parents().empty());  // F10 drops nothing down
+  key(XK_Right);
+  EXPECT_EQ(current_id(), 40008);
+  key(XK_Right);
+  EXPECT_EQ(current_id(), 40009);
+  EXPECT_TRUE(open_parents().empty());
+  key(XK_Down);
+  EXPECT_EQ(current_id(), 40012);
+  EXPECT_EQ(open_parents(), std::vector<int>{40009});
+  key(XK_Up);
+  EXPECT_EQ(current_id(), 40014);  // wraps to the last
+  key(XK_Right);  // no sub-menu: on to the next top item, dropped down
+  EXPECT_EQ(current_id(), 40004);
+  EXPECT_EQ(open_parents(), std::vector<int>{40004});
+  key(XK_Down);
+  key(XK_Down);
+  EXPECT_EQ(current_id(), 40011);  // the separator is skipped
+  key(XK_Left);  // first level: previous top item, dropped down
+  EXPECT_EQ(current_id(), 40009);
+  EXPECT_EQ(open_parents(), std::vector<int>{40009});
+  key('a');  // any other key is taken without effect
+  EXPECT_TRUE(taken);
+  EXPECT_TRUE(yyMenuIsOpen());
+  key(XK_Escape);
+  EXPECT_FALSE(yyMenuIsOpen());
+  EXPECT_EQ(iCurMenuItem, -1);
+}
+
+TEST_F(MenuLogic, ChoosingItems) {
+  main_menu();
+  key(XK_F10);
+  key(XK_Right);
+  EXPECT_EQ(key(XK_Return), 40008);  // Run acts from the bar
+  EXPECT_FALSE(yyMenuIsOpen());
+
+  EXPECT_EQ(key('f', Mod1Mask), 0);  // Alt+F drops File down
+  EXPECT_EQ(open_parents(), std::vector<int>{40001});
+  EXPECT_EQ(key(XK_Up), 0);  // automatic opening is on: to the last item
+  EXPECT_EQ(current_id(), 40007);
+  EXPECT_EQ(key(XK_Return), 40007);
+  EXPECT_FALSE(yyMenuIsOpen());
+
+  EXPECT_EQ(key('r', Mod1Mask), 40008);  // a single plain top item is chosen at once
+  key('f', Mod1Mask);
+  EXPECT_EQ(key('o'), 40003);  // a letter alone in the pop-up chooses
+
+  // Two items with the same letter: the letter moves between them and chooses neither.
+  key('v', Mod1Mask);
+  EXPECT_EQ(key('i'), 0);
+  EXPECT_EQ(current_id(), 40013);
+  EXPECT_EQ(key('i'), 0);
+  EXPECT_EQ(current_id(), 40015);
+  EXPECT_EQ(key('i'), 0);
+  EXPECT_EQ(current_id(), 40013);
+  EXPECT_TRUE(yyMenuIsOpen());
+  key(XK_Escape);
+}
+
+TEST_F(MenuLogic, GreyedItemsAreSeenButNotChosen) {
+  main_menu();
+  WMenuSetState(40005, 1, 0);
+  WMenuSetState(40004, 1, 0);
+  key('f', Mod1Mask);
+  for (int i = 0; i < 3; ++i) key(XK_Down);
+  EXPECT_EQ(current_id(), 40005);  // highlighted all the same
+  EXPECT_EQ(key(XK_Return), 0);
+  EXPECT_TRUE(yyMenuIsOpen());
+  EXPECT_EQ(key('s'), 0);
+  EXPECT_TRUE(yyMenuIsOpen());
+  key(XK_Left);  // to Help, which is greyed: it doesn't drop down
+  EXPECT_EQ(current_id(), 40004);
+  EXPECT_TRUE(open_parents().empty());
+  key(XK_Escape);
+
+  // A greyed top item that has a sub-menu doesn't open it.
+  key('h', Mod1Mask);
+  EXPECT_TRUE(yyMenuIsOpen());
+  EXPECT_TRUE(open_parents().empty());
+  key(XK_Escape);
+}
+
+TEST_F(MenuLogic, CascadesOpenAndCloseOneLevel) {
+  MenuRecord& m = install(make_menu({{0, 1, "&Edit"},
+                                     {1, 11, "&Find"},
+                                     {1, 12, "&More"},
+                                     {2, 21, "&One"},
+                                     {2, 22, "&Two"},
+                                     {1, 13, "&Last"},
+                                     {0, 2, "&Tools"},
+                                     {1, 31, "&Hammer"}}));
+  EXPECT_EQ(m.PopupKind[m.ItemSubPopup[m.find(12)]], kPopupCascade);
+  EXPECT_TRUE(m.ItemFlags[m.find(12)] & kMenuHasSub);
+  key('e', Mod1Mask);
+  key(XK_Down);
+  key(XK_Down);
+  EXPECT_EQ(current_id(), 12);
+  key(XK_Right);
+  EXPECT_EQ(current_id(), 21);
+  EXPECT_EQ(open_parents(), (std::vector<int>{1, 12}));
+  key(XK_Left);  // one level back
+  EXPECT_EQ(current_id(), 12);
+  EXPECT_EQ(open_parents(), std::vector<int>{1});
+  key('m');  // a letter opens a sub-menu and goes to its first item
+  EXPECT_EQ(current_id(), 21);
+  EXPECT_EQ(key('t'), 22);
+  EXPECT_FALSE(yyMenuIsOpen());
+
+  key('e', Mod1Mask);
+  key(XK_Down);
+  key(XK_Down);
+  key(XK_Return);
+  EXPECT_EQ(open_parents(), (std::vector<int>{1, 12}));
+  key(XK_Escape);  // the whole menu, not one level
+  EXPECT_FALSE(yyMenuIsOpen());
+  EXPECT_TRUE(m.OpenPopups.empty());
+}
+
+TEST_F(MenuLogic, Accelerators) {
+  main_menu();
+  AccelTable& t = pwAccelTable[0];
+  t.keysyms = {XK_S, XK_Tab, XK_F5};
+  t.ids = {40005, 40003, 40008};
+  t.modifiers = {4, 1, 0};
+  int type = 0, v1 = 0, v2 = 0;
+  EXPECT_TRUE(yyMenuProcessAccel(XK_s, ControlMask, 0, type, v1, v2));
+  EXPECT_EQ(type, MenuSelect);
+  EXPECT_EQ(v1, 40005);
+  EXPECT_FALSE(yyMenuProcessAccel(XK_s, ControlMask | ShiftMask, 0, type, v1, v2));  // modifiers match exactly
+  EXPECT_TRUE(yyMenuProcessAccel(XK_ISO_Left_Tab, ShiftMask, 0, type, v1, v2));  // the left Tab is Shift+Tab
+  EXPECT_EQ(v1, 40003);
+  WMenuSetState(40005, 1, 0);
+  EXPECT_TRUE(yyMenuProcessAccel(XK_s, ControlMask, 0, type, v1, v2));
+  EXPECT_EQ(type, 0);  // a greyed item's accelerator gives nothing
+  key(XK_F10);
+  EXPECT_FALSE(yyMenuProcessAccel(XK_F5, 0, 0, type, v1, v2));  // nothing while a menu is open
+  key(XK_Escape);
+}
+
+TEST_F(MenuLogic, ItemStates) {
+  main_menu();
+  WMenuSetState(40005, 3, 1);
+  EXPECT_EQ(zelvy_data::ierr, 1126);
+  zelvy_data::ierr = 0;
+  WMenuSetState(40005, 1, 2);
+  EXPECT_EQ(zelvy_data::ierr, 1126);
+  zelvy_data::ierr = 0;
+  WMenuSetState(40006, 2, 1);
+  WMenuSetState(40006, 2, 1);  // already so: no error
+  EXPECT_EQ(zelvy_data::ierr, 0);
+  EXPECT_EQ(WMenuGetState(40006, 2), 1);
+  EXPECT_EQ(WMenuGetState(40006, 1), 1);
+  const MenuRecord& m = *pwRootMenuSub[0];
+  EXPECT_EQ(m.ItemFlags[m.find(40006)] & (kMenuChecked | kMenuGreyed), kMenuChecked);
+  WMenuSetState(40006, 1, 0);
+  EXPECT_EQ(WMenuGetState(40006, 1), 0);
+  WMenuSetState(40006, 1, 1);
+  EXPECT_EQ(WMenuGetState(40006, 1), 1);
+  // An identifier that only a toolbar has keeps its state.
+  WMenuSetState(45000, 1, 0);
+  EXPECT_EQ(zelvy_data::ierr, 0);
+  EXPECT_EQ(WMenuGetState(45000, 1), 0);
+
+  // States set before a menu exists hold once it is loaded.
+  yyMenuWindowClosed(0);
+  WMenuSetState(40012, 1, 0);
+  const MenuRecord& again = main_menu();
+  EXPECT_TRUE(again.greyed(again.find(40012)));
+}
+
+TEST_F(MenuLogic, InsertDeleteAndTexts) {
+  MenuRecord& m = main_menu();
+  WMenuItemInsert(40002, 1, 40100, "&Template");  // in front of the first item of File
+  const int file = m.find(40001);
+  EXPECT_EQ(m.ItemIds[m.ItemChild[file]], 40100);
+  EXPECT_EQ(m.ItemIds[m.PopupFirstItem[m.ItemSubPopup[file]]], 40100);
+  EXPECT_EQ(m.ItemMnemonic[m.find(40100)], 0);
+  WMenuItemInsert(40007, 1, 0, "");  // a separator in front of Exit
+  int before_exit = -1;
+  for (int i = 0; i < m.ItemCount(); ++i)
+    if (m.ItemNext[i] == m.find(40007)) before_exit = i;
+  ASSERT_GE(before_exit, 0);
+  EXPECT_TRUE(m.separator(before_exit));
+  EXPECT_EQ(m.ItemIds[yyMenuStep(m, m.find(40007), -1)], 40006);
+  WMenuItemInsert(40008, 2, 40101, "Stop");  // behind Run, on the bar
+  EXPECT_EQ(m.ItemIds[m.ItemNext[m.find(40008)]], 40101);
+  EXPECT_EQ(m.ItemPopup[m.find(40101)], 0);
+
+  WMenuItemDelete(40001);  // has children
+  EXPECT_EQ(zelvy_data::ierr, 1001);
+  zelvy_data::ierr = 0;
+  WMenuItemDelete(40100);
+  EXPECT_EQ(zelvy_data::ierr, 0);
+  EXPECT_EQ(m.find(40100), -1);
+  EXPECT_EQ(m.ItemIds[m.ItemChild[file]], 40002);
+  WMenuItemDelete(40100);
+  EXPECT_EQ(zelvy_data::ierr, 1001);
+  zelvy_data::ierr = 0;
+  WMenuItemInsert(40002, 2, 40102, "Again");  // reuses the freed slot
+  EXPECT_EQ(m.ItemIds[m.ItemNext[m.find(40002)]], 40102);
+
+  WMenuSetString(40003, "&Open...\tCtrl+O");
+  const int open = m.find(40003);
+  EXPECT_EQ(m.ItemText[open], "Open...\tCtrl+O");
+  EXPECT_EQ(m.ItemMnemonic[open], 0);
+  WMenuSetString(49999, "x");
+  EXPECT_EQ(zelvy_data::ierr, 1001);
+}
+
+TEST_F(MenuLogic, BarWrapsIntoRows) {
+  MenuRecord& m = main_menu();
+  ASSERT_GT(yyMenuRowHeight(), 0);
+  for (int i = 0; i < m.ItemCount(); ++i)
+    if (m.ItemPopup[i] == 0) m.ItemWidth[i] = 50;
+  EXPECT_EQ(yyMenuResize(m, 400), 1);
+  EXPECT_EQ(yyMenuResize(m, 120), 2);
+  EXPECT_EQ(m.ItemY[m.find(40009)], iMenuHeight);
+  EXPECT_EQ(m.ItemX[m.find(40009)], 0);
+  EXPECT_EQ(yyMenuResize(m, 10), 4);  // a first item in its row always stays
+  EXPECT_EQ(m.BarRows, 4);
+}
+
+TEST_F(MenuLogic, PopupPlacement) {
+  int dir = 1, x = 0, y = 0;
+  // A drop-down below its item, shifted left to stay on the screen.
+  yyMenuGetPos(950, 0, 40, 20, 100, 200, kPopupDrop, 1000, 800, dir, x, y);
+  EXPECT_EQ(x, 900);
+  EXPECT_EQ(y, 19);
+  // No room below: above the item.
+  yyMenuGetPos(10, 700, 40, 20, 100, 200, kPopupDrop, 1000, 800, dir, x, y);
+  EXPECT_EQ(y, 500);
+  // A cascade that doesn't fit to the right goes left, and the direction sticks.
+  yyMenuGetPos(850, 100, 100, 20, 120, 200, kPopupCascade, 1000, 800, dir, x, y);
+  EXPECT_EQ(dir, -1);
+  EXPECT_EQ(x, 850 - 120 - 3);
+  EXPECT_EQ(y, 97);
+  yyMenuGetPos(300, 100, 100, 20, 120, 200, kPopupCascade, 1000, 800, dir, x, y);
+  EXPECT_EQ(dir, -1);
+  EXPECT_EQ(x, 177);
+  // Room on neither side: back to the right, at 0 when even that fails.
+  yyMenuGetPos(50, 100, 100, 20, 900, 200, kPopupCascade, 1000, 800, dir, x, y);
+  EXPECT_EQ(dir, 1);
+  EXPECT_EQ(x, 0);
+  // Too tall for either side: at the bottom of the screen, never above 0.
+  yyMenuGetPos(10, 300, 40, 20, 100, 900, kPopupDrop, 1000, 800, dir, x, y);
+  EXPECT_EQ(y, 0);
+}
+
+}  // namespace
+
+namespace {
+
+TEST_F(MenuLogic, DynamicMenusFollowTheOrderOfTheirRecords) {
+  const std::vector<MenuDescriptor> d = {
+      {true, "Undo", 0, "Takes back the last change", 101, 0, 4, XK_Z, 0},
+      {true, "Edit", 0, "", 102, kMenuHasSub, 0, 0, 0},
+      {true, "Cut", 2, "", 103, 0, 4, XK_X, XK_Delete},
+      {false, "Hidden", -1, "", 104, 0, 0, 0, 0},
+      {true, "", -1, "", 0, 0, 0, 0, 0},
+      {true, "Copy", 0, "", 105, kMenuGreyed, 4, XK_C, 0},
+      {true, "Search", 0, "", 106, kMenuHasSub, 0, 0, 0},
+      {true, "Find", 0, "", 107, 0, 0, XK_F3, 0},
+  };
+  auto m = yyMenuLoadDynamicMenu(d);
+  std::vector<int> top;
+  for (int i = m->PopupFirstItem[0]; i >= 0; i = m->ItemNext[i]) top.push_back(m->ItemIds[i]);
+  EXPECT_EQ(top, (std::vector<int>{101, 102, 106}));
+  const int edit = m->find(102);
+  std::vector<int> sub;
+  for (int i = m->ItemChild[edit]; i >= 0; i = m->ItemNext[i]) sub.push_back(m->ItemIds[i]);
+  EXPECT_EQ(sub, (std::vector<int>{103, 0, 105}));
+  EXPECT_EQ(m->find(104), -1);
+  EXPECT_TRUE(m->greyed(m->find(105)));
+  EXPECT_EQ(m->Prompts.at(101), "Takes back the last change");
+
+  const AccelTable t = yyMenuLoadDynamicAccel(d);
+  EXPECT_EQ(yyMenuMatchAccel(t, XK_z, 4), 101);
+  EXPECT_EQ(yyMenuMatchAccel(t, XK_Delete, 4), 103);  // the second keysym
+  EXPECT_EQ(yyMenuMatchAccel(t, XK_F3, 0), 107);
+  EXPECT_EQ(yyMenuMatchAccel(t, XK_F3, 1), 0);
+}
+
+}  // namespace
