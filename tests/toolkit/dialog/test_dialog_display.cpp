@@ -1,0 +1,587 @@
+// The dialog engine on a real X server: the main form in the root window,
+// free-standing dialogs, values, validation and change messages.
+#include <gtest/gtest.h>  // before the X headers, whose macros it would trip over
+
+#include <X11/Xlib.h>
+#include <X11/keysym.h>
+#include <Xm/Xm.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "app/resources/yyrc.h"
+#include "toolkit/dialog/dialog_engine.h"
+#include "toolkit/kernel/display.h"
+#include "toolkit/kernel/message.h"
+#include "toolkit/kernel/startup.h"
+#include "toolkit/kernel/window.h"
+#include "toolkit/kernel/window_table.h"
+#include "toolkit/kernel/zelvy_data.h"
+
+namespace {
+
+using zelvy_x::ixDisplay;
+
+// The pointer and keyboard are driven from outside, as a user would.
+void xdotool(const std::string& args) {
+  XSync(ixDisplay, False);
+  ASSERT_EQ(std::system(("xdotool " + args).c_str()), 0) << args;
+}
+
+void click_widget(Widget w) {
+  int x = 0, y = 0;
+  Window child = 0;
+  XTranslateCoordinates(ixDisplay, XtWindow(w), DefaultRootWindow(ixDisplay), 4, 4, &x, &y, &child);
+  xdotool("mousemove " + std::to_string(x) + " " + std::to_string(y) + " click 1");
+}
+
+constexpr int kForm = 102, kAbout = 104;
+
+class DialogDisplay : public ::testing::Test {
+ protected:
+  static void SetUpTestSuite() {
+    WInitialise();
+    yyDialogEngineInit();
+  }
+  void SetUp() override {
+    ASSERT_NE(ixDisplay, nullptr);
+    // The root window carries the form as its content.
+    WindowOpen(0, 0, 0, {}, {}, {}, {}, kForm);
+    WDialogSelect(kForm);
+    ASSERT_EQ(zelvy_data::icurdialog, kForm);
+    WMessageEnable(FieldChanged, 1);
+    settle();
+    zelvy_data::ierr = 0;
+  }
+  void TearDown() override {
+    yywindowdialogclose(0);
+    WindowClose();
+    zelvy_data::ierr = 0;
+  }
+
+  // Lets the server and the widgets catch up, dropping what arrives.
+  static void settle() {
+    XSync(ixDisplay, False);
+    int type = 0;
+    MessageRecord m;
+    for (int i = 0; i < 200; ++i) {
+      WMessagePeek(type, m);
+      if (type == -1) {
+        XSync(ixDisplay, False);
+        WMessagePeek(type, m);
+        if (type == -1) break;
+      }
+    }
+  }
+
+  // The next message other than an exposure, with a timer as a guard.
+  static int next_message(MessageRecord& m, int guard_ms = 2000) {
+    WMessageTimer(guard_ms, 999, 0);
+    int type = 0;
+    do WMessage(type, m);
+    while (type == ExposeMessage || type == Resize);
+    WMessageTimer(0, 999);
+    if (type == TimerExpired && m.Value1 == 999) return 0;
+    return type;
+  }
+
+  static FieldRecord& field(int id) {
+    auto& d = zelvy_dialog::wDialogInfo[zelvy_dialog::iDlgCur];
+    return d.fields[static_cast<std::size_t>(yyDialogFindField(id, zelvy_dialog::iDlgCur))];
+  }
+
+  static void focus_window() {
+    XSetInputFocus(ixDisplay, zelvy_win::wShell[0], RevertToParent, CurrentTime);
+    settle();
+  }
+
+  static void click(Widget w) { click_widget(w); }
+
+  static void type_text(std::string_view text) { xdotool("type --delay 20 '" + std::string(text) + "'"); }
+
+  static std::string get_string(int id) {
+    std::string s;
+    WDialogGetString(id, s);
+    return s;
+  }
+};
+
+TEST_F(DialogDisplay, MainFormHasItsFieldsWhereTheUnitsPutThem) {
+  int w = 0, h = 0;
+  ASSERT_TRUE(yyDialogPixelSize(kForm, w, h));
+  EXPECT_EQ(WInfoDialog(12), w);
+  EXPECT_EQ(WInfoDialog(13), h);
+  EXPECT_EQ(zelvy_win::WinInfo[0].Kind, 3);
+  RcDialog rc;
+  int status = 0;
+  yyrcdialogget(kForm, rc, status);
+  ASSERT_EQ(rc.fields.size(), 44u);
+  const DialogFontMetrics& fm = yyDialogFontMetrics(0);
+  for (const RcField& r : rc.fields) {
+    SCOPED_TRACE(r.id);
+    EXPECT_EQ(winfodialogfield(r.id, 5), r.type);
+    int x = 0, y = 0, w = 0, h = 0;
+    yyDialogUnitsToPixels(fm, r.x, r.y, x, y);
+    yyDialogUnitsToPixels(fm, r.width, r.height, w, h);
+    if (r.type == 11) h = fm.controlHeight;  // a closed combo
+    EXPECT_EQ(winfodialogfield(r.id, 1), x);
+    EXPECT_EQ(winfodialogfield(r.id, 2), y);
+    EXPECT_EQ(winfodialogfield(r.id, 3), w);
+    EXPECT_EQ(winfodialogfield(r.id, 4), h);
+    EXPECT_EQ(winfodialogfield(r.id, 6), 1);
+  }
+  EXPECT_EQ(winfodialogfield(9999, 5), 0);
+  EXPECT_EQ(WInfoDialog(3), kForm);
+  EXPECT_EQ(WInfoDialog(10), 4);
+  EXPECT_EQ(WInfoDialog(11), 99);
+}
+
+TEST_F(DialogDisplay, LabelsGroupsAndResourceValuesShow) {
+  EXPECT_EQ(get_string(1001), "Title:");
+  EXPECT_EQ(get_string(1028), "General Information");
+  EXPECT_EQ(get_string(1041), "UB-Matrix Transformation:");
+  EXPECT_EQ(get_string(1012), "Browse...");
+  EXPECT_EQ(get_string(1037), "0");
+  EXPECT_EQ(get_string(1045), "1.0000");
+  int on = -1;
+  WDialogGetCheckBox(1017, on);
+  EXPECT_EQ(on, 1);
+  WDialogGetCheckBox(1024, on);
+  EXPECT_EQ(on, 0);
+  int n = 0;
+  float r = 0;
+  WDialogGetInteger(1037, n);
+  WDialogGetReal(1045, r);
+  EXPECT_EQ(n, 0);
+  EXPECT_FLOAT_EQ(r, 1.0f);
+  EXPECT_EQ(winfodialogfield(1014, 9), 11);
+  EXPECT_EQ(winfodialogfield(1030, 9), 3);
+  EXPECT_EQ(WInfoError(1), 0);
+
+  // A fixed-width output comes back blank-padded.
+  std::string fixed(10, ' ');
+  WDialogGetString(1001, fixed);
+  EXPECT_EQ(fixed, "Title:    ");
+}
+
+TEST_F(DialogDisplay, PutThenGetOfEveryKind) {
+  WDialogPutString(1002, "Silicon at 300 K   ");
+  EXPECT_EQ(get_string(1002), "Silicon at 300 K");
+  int len = 0;
+  WDialogGetStringLength(1002, len);
+  EXPECT_EQ(len, 16);
+  WDialogPutString(1001, "Name:");
+  EXPECT_EQ(get_string(1001), "Name:");
+  WDialogPutString(1009, "");
+  EXPECT_EQ(get_string(1009), "");
+
+  WDialogPutInteger(1037, 7);
+  int n = 0;
+  WDialogGetInteger(1037, n);
+  EXPECT_EQ(n, 7);
+  EXPECT_EQ(get_string(1037), "7");
+
+  WDialogPutReal(1016, 0.7107f, "(F8.4)");
+  float r = 0;
+  WDialogGetReal(1016, r);
+  EXPECT_FLOAT_EQ(r, 0.7107f);
+  EXPECT_EQ(get_string(1016), "0.7107");
+  // A put without format returns to the default one.
+  WDialogPutInteger(1016, 2);
+  WDialogPutReal(1016, 1.5f);
+  EXPECT_EQ(get_string(1016), "1.5000");
+
+  // A number written as text keeps its value.
+  WDialogPutString(1045, "2.25");
+  WDialogGetReal(1045, r);
+  EXPECT_FLOAT_EQ(r, 2.25f);
+
+  WDialogPutCheckBox(1024, 1);
+  int on = 0;
+  WDialogGetCheckBox(1024, on);
+  EXPECT_EQ(on, 1);
+  WDialogPutCheckBox(1024, 2);  // anything but 1 clears
+  WDialogGetCheckBox(1024, on);
+  EXPECT_EQ(on, 0);
+
+  WDialogPutString(1014, "h, k, l");
+  EXPECT_EQ(get_string(1014), "h, k, l");
+  EXPECT_EQ(WInfoError(1), 0);
+}
+
+TEST_F(DialogDisplay, ComboOptions) {
+  int option = 0;
+  std::string text;
+  WDialogGetMenu(1014, option, text);  // the resource selects nothing
+  EXPECT_EQ(WInfoError(1), 1010);
+  EXPECT_EQ(option, -999);
+  WDialogPutOption(1014, 3);
+  WDialogGetMenu(1014, option, text);
+  EXPECT_EQ(option, 3);
+  EXPECT_EQ(text, "Numor, h, k, l, Int, Sigma, Gamma, Nu, Phi (C5 - D23,Two lines/reflection, HKL_T=2)");
+  WDialogPutOption(1030, 2);
+  WDialogGetMenu(1030, option);
+  EXPECT_EQ(option, 2);
+  EXPECT_EQ(get_string(1030), "Type 2");
+  WDialogPutOption(1030, 4);
+  EXPECT_EQ(WInfoError(1), 1011);
+  WDialogPutOption(1002, 1);
+  EXPECT_EQ(WInfoError(1), 1006);
+
+  const std::vector<std::string> kinds{"Twin A   ", "Twin B"};
+  WDialogPutMenu(1030, kinds, 2, 2);
+  EXPECT_EQ(winfodialogfield(1030, 9), 2);
+  text.clear();  // unbounded; a text that arrives sized comes back padded
+  WDialogGetMenu(1030, option, text);
+  EXPECT_EQ(option, 2);
+  EXPECT_EQ(text, "Twin B");
+  WDialogPutMenu(1030, kinds, 2, 0, "free text");  // a drop-down takes any text
+  EXPECT_EQ(get_string(1030), "free text");
+  WDialogClearField(1030);
+  EXPECT_EQ(winfodialogfield(1030, 9), 0);
+  WDialogGetMenu(1030, option);
+  EXPECT_EQ(WInfoError(1), 1010);
+}
+
+TEST_F(DialogDisplay, ErrorsUndefinedValuesAndRanges) {
+  int n = 0;
+  WDialogPutString(1037, "");
+  WDialogGetInteger(1037, n);
+  EXPECT_EQ(n, -999);
+  EXPECT_EQ(WInfoError(1), 1010);
+  float r = 0;
+  WDialogClearField(1016);
+  WDialogGetReal(1016, r);
+  EXPECT_FLOAT_EQ(r, -999.0f);
+  EXPECT_EQ(WInfoError(1), 1010);
+
+  WDialogPutInteger(1037, 5);
+  WDialogPutInteger(1037, 25);  // the resource range is 0 to 24
+  EXPECT_EQ(WInfoError(1), 1009);
+  EXPECT_EQ(get_string(1037), "5");
+  WDialogRangeInteger(1037, 3, 3);
+  WDialogPutInteger(1037, 3);
+  EXPECT_EQ(WInfoError(1), 0);
+  WDialogPutInteger(1037, 4);
+  EXPECT_EQ(WInfoError(1), 1009);
+  WDialogRangeInteger(1037);
+  WDialogPutInteger(1037, 1000000);
+  EXPECT_EQ(WInfoError(1), 0);
+
+  WDialogPutInteger(1002, 1);  // a string field isn't numeric
+  EXPECT_EQ(WInfoError(1), 1006);
+  WDialogPutString(4242, "x");
+  EXPECT_EQ(WInfoError(1), 1006);
+  WDialogGetCheckBox(1002, n);
+  EXPECT_EQ(WInfoError(1), 1006);
+  std::string s(6, 'x');
+  WDialogGetString(1038, s);  // a grid has no text
+  EXPECT_EQ(WInfoError(1), 1006);
+  EXPECT_EQ(s, "      ");
+}
+
+TEST_F(DialogDisplay, FieldStates) {
+  WDialogFieldState(1002, 0);
+  EXPECT_EQ(winfodialogfield(1002, 6), 0);
+  WDialogFieldState(1002, 2);
+  EXPECT_EQ(winfodialogfield(1002, 6), 2);
+  WDialogFieldState(1001, 2);  // a label treats read-only as disabled
+  EXPECT_EQ(winfodialogfield(1001, 6), 0);
+  WDialogFieldState(1012, 3);
+  EXPECT_EQ(winfodialogfield(1012, 6), 3);
+  EXPECT_FALSE(XtIsManaged(field(1012).widget));
+  WDialogFieldState(1012, 1);
+  EXPECT_EQ(winfodialogfield(1012, 6), 1);
+  EXPECT_TRUE(XtIsManaged(field(1012).widget));
+  WDialogFieldState(1002, 1);
+  EXPECT_EQ(winfodialogfield(1002, 6), 1);
+}
+
+TEST_F(DialogDisplay, FocusMovesAndCheckBoxFlipsReportFieldChanged) {
+  focus_window();
+  click(field(1002).widget);  // first focus of the dialog may report from the field focused at show
+  settle();
+  click(field(1006).widget);
+  MessageRecord m;
+  int type = next_message(m);
+  ASSERT_EQ(type, FieldChanged);
+  EXPECT_EQ(m.Value1, 1002);
+  EXPECT_EQ(m.Value2, 1006);
+  EXPECT_EQ(m.Value3, 0);
+  EXPECT_EQ(m.Value4, -1);
+  EXPECT_EQ(m.Win, kForm);
+  settle();
+
+  click(field(1024).widget);
+  type = next_message(m);
+  ASSERT_EQ(type, FieldChanged);  // focus first
+  EXPECT_EQ(m.Value1, 1006);
+  EXPECT_EQ(m.Value2, 1024);
+  type = next_message(m);
+  ASSERT_EQ(type, FieldChanged);  // then the flip
+  EXPECT_EQ(m.Value1, 1024);
+  EXPECT_EQ(m.Value2, 1024);
+  EXPECT_EQ(m.Value3, 1);
+  EXPECT_EQ(m.Value4, -1);
+  int on = 0;
+  WDialogGetCheckBox(1024, on);
+  EXPECT_EQ(on, 1);
+
+  // Program stores send nothing.
+  WDialogPutString(1002, "quiet");
+  WDialogPutCheckBox(1024, 0);
+  EXPECT_EQ(next_message(m, 300), 0);
+}
+
+TEST_F(DialogDisplay, SpinnerStepsInsideItsRange) {
+  FieldRecord& spin = field(1037);
+  ASSERT_EQ(spin.parts.size(), 2u);  // up, down
+  WDialogPutInteger(1037, 23);
+  focus_window();
+  click(spin.parts[0]);
+  MessageRecord m;
+  int type = 0;
+  while ((type = next_message(m)) == FieldChanged && m.Value3 == 0) {}  // focus moves come first
+  ASSERT_EQ(type, FieldChanged);
+  EXPECT_EQ(m.Value1, 1037);
+  EXPECT_EQ(m.Value2, 1037);
+  EXPECT_EQ(m.Value3, 1);
+  click(spin.parts[0]);
+  settle();
+  int n = 0;
+  WDialogGetInteger(1037, n);
+  EXPECT_EQ(n, 24);  // the top of the range holds
+  click(spin.parts[1]);
+  settle();
+  WDialogGetInteger(1037, n);
+  EXPECT_EQ(n, 23);
+}
+
+TEST_F(DialogDisplay, EditsAreReportedWhenAsked) {
+  int err = -1;
+  yydialogfieldoptions(1002, 3, 1, err);
+  EXPECT_EQ(err, 0);
+  yydialogfieldoptions(1001, 4, 1, err);  // a label has no empty-number rule
+  EXPECT_EQ(err, 1006);
+  focus_window();
+  click(field(1002).widget);
+  settle();
+  type_text("a");
+  MessageRecord m;
+  ASSERT_EQ(next_message(m), FieldChanged);
+  EXPECT_EQ(m.Value1, 1002);
+  EXPECT_EQ(m.Value2, 1002);
+  EXPECT_EQ(m.Value3, 1);
+  EXPECT_EQ(m.Value4, -1);
+  EXPECT_EQ(m.Win, kForm);
+  EXPECT_EQ(get_string(1002), "a");
+  // Typing stops at the end of a field that doesn't scroll; a program store doesn't.
+  click(field(1034).widget);
+  settle();
+  type_text("D9-ZZZZZZZZZZZZZZZZZZZZZZZZZZZZZZ");
+  settle();
+  const std::string typed = get_string(1034);
+  EXPECT_GT(typed.size(), 2u);
+  EXPECT_LT(typed.size(), 20u);
+  EXPECT_EQ(typed.substr(0, 3), "D9-");
+  WDialogPutString(1034, std::string(40, 'Z'));
+  EXPECT_EQ(get_string(1034).size(), 40u);
+  // Without the option typing is silent.
+  click(field(1008).widget);
+  settle();
+  type_text("P");
+  EXPECT_EQ(next_message(m, 300), 0);
+}
+
+TEST_F(DialogDisplay, TypedNumbersAreFilteredAndValidated) {
+  focus_window();
+  click(field(1045).widget);
+  settle();
+  WDialogPutString(1045, "");
+  type_text("1e5x");  // x is refused, e becomes E
+  settle();
+  EXPECT_EQ(get_string(1045), "1E5");
+  float r = 0;
+  WDialogGetReal(1045, r);
+  EXPECT_FLOAT_EQ(r, 100000.0f);
+
+  // Out of range while typing: the dialog holds its messages until it's corrected.
+  WDialogPutInteger(1037, 5);
+  click(field(1037).widget);
+  settle();
+  xdotool("key End");
+  type_text("99");
+  settle();
+  EXPECT_TRUE(zelvy_dialog::bInvalidField);
+  click(field(1024).widget);  // the click is taken back, nothing is reported
+  settle();
+  int on = 1;
+  WDialogGetCheckBox(1024, on);
+  EXPECT_EQ(on, 0);
+  // Escape takes back the last good value.
+  focus_window();
+  click(field(1037).widget);
+  settle();
+  xdotool("key Escape");
+  settle();
+  EXPECT_FALSE(zelvy_dialog::bInvalidField);
+  EXPECT_EQ(get_string(1037), "5");
+}
+
+TEST_F(DialogDisplay, FreeStandingDialogLifecycle) {
+  WDialogLoad(kAbout);
+  EXPECT_EQ(WInfoDialog(3), kAbout);
+  EXPECT_EQ(zelvy_dialog::bdlgloaded, 0);
+  EXPECT_EQ(get_string(1047), "Version: Feb-2007");
+  EXPECT_EQ(get_string(1001), "GUI Ombrel Program");
+  WDialogShow(-1, -1, 0, 2);
+  settle();
+  EXPECT_EQ(WInfoDialog(10), 1);
+  EXPECT_GT(WInfoDialog(12), 0);
+  WDialogLoad(kAbout);  // only selects
+  EXPECT_EQ(zelvy_dialog::bdlgloaded, -1);
+  EXPECT_EQ(WInfoDialog(11), 98);
+
+  // The other dialog's 1001 is a different field.
+  WDialogSelect(kForm);
+  EXPECT_EQ(get_string(1001), "Title:");
+  WDialogHide();
+  EXPECT_EQ(WInfoError(1), 1047);  // combined with the window
+  WDialogSelect(kAbout);
+
+  // OK sends PushButton 1.
+  click(field(1).widget);
+  MessageRecord m;
+  ASSERT_EQ(next_message(m), PushButton);
+  EXPECT_EQ(m.Value1, 1);
+  EXPECT_EQ(m.Win, kAbout);
+  WDialogHide();
+  WDialogUnload();
+  EXPECT_EQ(WInfoDialog(3), 0);
+  EXPECT_EQ(WInfoDialog(11), 99);
+  WDialogHide();
+  EXPECT_EQ(WInfoError(1), 1005);
+  WDialogSelect(kAbout);
+  EXPECT_EQ(WInfoError(1), 1008);
+  WDialogLoad(4711);
+  EXPECT_EQ(WInfoError(1), 1007);
+}
+
+TEST_F(DialogDisplay, ClosingTheWindowTakesItsDialogAlong) {
+  WindowClose();
+  settle();
+  EXPECT_EQ(WInfoDialog(11), 100);
+  EXPECT_EQ(WInfoDialog(3), 0);
+  WDialogPutString(1002, "x");
+  EXPECT_EQ(WInfoError(1), 1005);
+  int w = 0, h = 0;
+  EXPECT_FALSE(yyDialogPixelSize(4711, w, h));
+}
+
+TEST_F(DialogDisplay, AHundredDialogsAndNoMore) {
+  for (int i = 1; i <= 99; ++i) {
+    WDialogLoad(kAbout, 5000 + i);
+    ASSERT_EQ(WInfoError(1), 0) << i;
+  }
+  EXPECT_EQ(WInfoDialog(11), 0);
+  WDialogLoad(kAbout, 6000);
+  EXPECT_EQ(WInfoError(1), 1087);
+  for (int i = 1; i <= 99; ++i) {
+    WDialogSelect(5000 + i);
+    WDialogUnload();
+  }
+  EXPECT_EQ(WInfoDialog(11), 99);
+}
+
+void press_ok_later(XtPointer, XtIntervalId*) {
+  auto& d = zelvy_dialog::wDialogInfo[static_cast<std::size_t>(yyDialogFind(kAbout))];
+  for (FieldRecord& f : d.fields)
+    if (f.identifier == 1) click_widget(f.widget);
+}
+
+// What a window manager does when the user closes the dialog's window.
+void close_box_later(XtPointer, XtIntervalId*) {
+  const DialogRecord& d = zelvy_dialog::wDialogInfo[static_cast<std::size_t>(yyDialogFind(kAbout))];
+  XEvent ev{};
+  ev.xclient.type = ClientMessage;
+  ev.xclient.window = XtWindow(d.shell);
+  ev.xclient.message_type = XInternAtom(ixDisplay, "WM_PROTOCOLS", False);
+  ev.xclient.format = 32;
+  ev.xclient.data.l[0] = static_cast<long>(XInternAtom(ixDisplay, "WM_DELETE_WINDOW", False));
+  ev.xclient.data.l[1] = CurrentTime;
+  XSendEvent(ixDisplay, ev.xclient.window, False, NoEventMask, &ev);
+  XFlush(ixDisplay);
+}
+
+TEST_F(DialogDisplay, CloseBoxAnswersAsButtonTwo) {
+  WDialogLoad(kAbout);
+  XtAppAddTimeOut(zelvy_x::ixContext, 300, close_box_later, nullptr);
+  WDialogShow(-1, -1, 0, 1);  // the dialog has no button 2
+  EXPECT_EQ(WInfoDialog(1), 2);
+  EXPECT_EQ(WInfoDialog(2), 1);  // the field that had the focus: OK
+  WDialogUnload();
+}
+
+TEST_F(DialogDisplay, ModalShowWaitsForAButton) {
+  WDialogLoad(kAbout);
+  XtAppAddTimeOut(zelvy_x::ixContext, 300, press_ok_later, nullptr);
+  WDialogShow(-1, -1, 0, 1);
+  EXPECT_EQ(WInfoError(1), 0);
+  EXPECT_EQ(WInfoDialog(1), 1);
+  EXPECT_EQ(WInfoDialog(5), kAbout);
+  EXPECT_EQ(zelvy_dialog::wDialogInfo[static_cast<std::size_t>(zelvy_dialog::iDlgCur)].shownMode, -1);
+  WDialogUnload();
+  // The form belongs to the window: no modal show, and it returns at once.
+  WDialogSelect(kForm);
+  WDialogShow(-1, -1, 0, 1);
+  EXPECT_EQ(WInfoError(1), 1047);
+}
+
+long resident_kb() {
+  std::ifstream in("/proc/self/status");
+  std::string line;
+  while (std::getline(in, line))
+    if (line.rfind("VmRSS:", 0) == 0) return std::atol(line.c_str() + 6);
+  return 0;
+}
+
+TEST_F(DialogDisplay, LoadAndUnloadWithoutGrowth) {
+#ifdef __SANITIZE_ADDRESS__
+  GTEST_SKIP() << "freed memory stays in quarantine; the leak checker watches this build";
+#endif
+  // Events are taken between loads, as the application's loop would.
+  auto cycle = [](int n) {
+    for (int i = 0; i < n; ++i) {
+      WDialogLoad(kForm, 7000);
+      WDialogUnload();
+      settle();
+    }
+  };
+  cycle(300);  // Motif's and the font library's caches fill first
+  settle();
+  const long before = resident_kb();
+  cycle(1000);
+  settle();
+  const long growth = resident_kb() - before;
+  EXPECT_LT(growth, 1024) << "kB after 1000 loads of the main form";
+}
+
+TEST_F(DialogDisplay, Screenshot) {
+  WDialogPutString(1004, "si");
+  WDialogPutString(1002, "Silicon, room temperature");
+  WDialogPutString(1006, "5.4309 5.4309 5.4309 90.0 90.0 90.0");
+  settle();
+  const std::string dir = ZELV_BINARY_DIR;
+  EXPECT_EQ(std::system(("import -window root " + dir + "/dialog_main_form.png").c_str()), 0);
+  WDialogLoad(kAbout);
+  WDialogShow(-1, -1, 0, 2);
+  settle();
+  EXPECT_EQ(std::system(("import -window root " + dir + "/dialog_about.png").c_str()), 0);
+  WDialogUnload();
+}
+
+}  // namespace

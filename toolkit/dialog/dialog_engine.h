@@ -1,0 +1,189 @@
+// The dialog engine inside the toolkit: the registry of loaded dialogs, their
+// field records, and the entry points the kernel calls.
+#pragma once
+
+#include <X11/Intrinsic.h>
+#include <Xm/Xm.h>
+
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "toolkit/dialog/dialog.h"
+
+// Per-font metrics of dialog text; dialog units are measured in them.
+struct DialogFontMetrics {
+  int charWidth = 1, charHeight = 1;
+  int defaultTabWidth = 1, spaceWidth = 1, controlHeight = 1;
+  float averageWidth = 1.0f;
+};
+
+// Value model of string and numeric fields.
+struct TextFieldData {
+  int kind = 0;  // 0 plain, 1 upper, 2 lower, 3 integer, 4 real, 5 double
+  int charLimit = 0, pixelLimit = 0;
+  double minimum = 1.0, maximum = -1.0;  // maximum below minimum: no range
+  bool defined = false, edited = false, valid = false;
+  double value = 0.0;
+  std::string hiddenText, format;
+};
+
+struct DialogRecord;
+
+struct FieldRecord {
+  int identifier = 0;
+  Widget widget = nullptr;
+  int type = 0;
+  int x = 0, y = 0, width = 0, height = 0;
+  std::uint32_t style = 0, extendedStyle = 0, extraFlags = 0;
+  int fontIndex = 0;
+  std::string text;
+  int textKind = 0;
+  long mnemonicKeysym = 0;
+  std::uint32_t capabilities = 0;
+  Widget valueWidget = nullptr;
+  int radioGroup = 0;
+  int itemSelect = 0;  // combo: the option last selected, from 1
+  Widget imageWidget = nullptr;
+  Pixmap image = 2;
+  bool defaultBackground = true, defaultForeground = true;
+  int imageResourceId = 0;
+  TextFieldData data;  // string and numeric fields only
+  int lastState = 1;
+  Widget outerWidget = nullptr;
+  bool reportEveryChange = false, allowClear = false;
+  int rightGap = 0, bottomGap = 0;
+  std::uint32_t edgeFlags = 0;
+  std::string tooltip;
+  std::vector<Widget> parts;  // widgets of the simple compound forms (arrows, cells)
+};
+
+struct DialogRecord {
+  int identifier = -1;  // -1: free entry
+  int resourceId = 0;
+  Widget widget = nullptr, shell = nullptr;
+  int shownMode = -1;  // -1 hidden, 2 modeless, 3 semi-modeless
+  int width = 0, height = 0, minWidth = 0, minHeight = 0;
+  std::uint32_t style = 0, layoutFlags = 0;
+  int anchorFieldId = 0;
+  int fontIndex = 0;
+  std::string title;
+  std::vector<FieldRecord> fields;
+  int radioGroupCount = 0;
+  int focusField = -1, previousFocusField = -1;  // indices into fields
+  int defaultButton = -1;
+  Widget embeddingParent = nullptr, parentWidget = nullptr;
+  int kind = 0;  // 0/2 own shell, 1 tab page, 3 combined with a window
+  int parentWindow = -1;
+  Widget focusShell = nullptr;  // the shell whose focus moves we follow
+  int messageMode = 2;
+  int lastButton = -1;
+  int lastCellCode = -1;
+};
+
+namespace zelvy_dialog {
+constexpr int kDialogs = 100;
+inline std::array<DialogRecord, kDialogs> wDialogInfo{};
+inline int iDlgCur = -1;
+inline int bdlgloaded = 0;
+inline std::vector<DialogFontMetrics> DlgFontInfo;
+inline bool bInvalidField = false, bNumericFieldChanged = false, bNumericIgnoreChange = false;
+inline FieldRecord* pFieldInputFocus = nullptr;
+inline bool bRangeClear = false;
+inline bool bFocusChange = false;
+inline int iFixedTextOffset = 10;
+// Last modal show: dialog, button, field.
+inline int iModalDialog = 0, iModalButton = 0, iModalField = 0;
+inline const char* cNumDefFormat = "(G15.5E2)";
+}  // namespace zelvy_dialog
+
+// Entry points for the kernel. The engine sets the window hooks of
+// window_table.h (dialog_pixels, dialog_combine) itself when it is linked in;
+// calling yyDialogEngineInit from WInitialise is what links it in.
+// Fonts and the registry, once the display is open; later calls do nothing.
+void yyDialogEngineInit();
+// WindowOpen / WindowOpenChild with a dialog: load it into the window's
+// client area and show it there; the dialog becomes current.
+void yywindowdialog(int handle, int dialogid);
+// Before a window goes away: unload the dialog combined with it, if any.
+void yywindowdialogclose(int handle);
+// Size in pixels of a dialog resource, for a window that is to carry it;
+// false when the resource doesn't exist.
+bool yyDialogPixelSize(int resid, int& width, int& height);
+// Unloads everything; at WindowClose of the root window.
+void yyDialogShutdown();
+
+// Field options: 3 report every edit, 4 an empty number is valid, 5 the
+// right button selects too; error 0, 1005 or 1006.
+void yydialogfieldoptions(int fieldid, int option, int value, int& error);
+
+// Pure rules, also used by the tests.
+void yyDialogUnitsToPixels(const DialogFontMetrics& font, int x, int y, int& px, int& py);
+void yyDialogUnitsFromPixels(const DialogFontMetrics& font, int x, int y, int& ux, int& uy);
+// Metrics from the rendered width and height of the 52-letter sample.
+DialogFontMetrics yyDialogMetricsFromSample(int sampleWidth, int sampleHeight, int spaceWidth);
+inline constexpr std::string_view kDialogSample = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
+// Packed grid cell code of a 0-based column and row.
+constexpr int yyDialogCellCode(int column, int row) { return ((column + 1) * 262144) | (row + 1); }
+bool yyDialogNumericOutOfRange(double minimum, double maximum, double number);
+// Whether a typed character is allowed in a numeric field of kind 3..5; may
+// change the character (lower-case exponent letters become upper case).
+bool yyDialogStrValidNum(int kind, char& c);
+// Text without mnemonic marks, and the mnemonic character (0 none).
+std::string yyDialogStrGetMnemonic(std::string_view text, char& mnemonic);
+// crMode -1 copy, 0 CR to LF, 1 drop CR; wrap at blanks where the measured
+// width of a line exceeds `width`.
+std::string yyDialogStrConvert(int crMode, bool wrap, int width, std::string_view text,
+                               const std::function<int(std::string_view)>& measure);
+// Validation of a numeric field's text (true for other kinds); with store the
+// value model takes the result.
+bool yyDialogValidateText(TextFieldData& d, std::string_view text, bool store, bool allowClear);
+// The number of a numeric field: 0 and the value, or 1010 when undefined.
+int yyDialogNumericValue(const TextFieldData& d, std::string_view text, double& value);
+// Radio group numbers by the creation rule, 0 for other fields; returns the count.
+int yyDialogRadioGroups(const std::vector<int>& types, const std::vector<std::uint32_t>& styles,
+                        std::vector<int>& groups);
+// The stored side of a put into a numeric field (text already in the widget).
+void yyDialogNumericStored(TextFieldData& d, std::string_view text, double number, std::string_view format,
+                           bool clearDefined);
+
+// Engine internals shared by the sources of this folder.
+int yyDialogFind(int dialogid);
+int yyDialogFindField(int fieldid, int dialogIndex);
+// The current dialog's field of that identifier, with 1005 / 1006 reported
+// under `routine`; null on error.
+FieldRecord* yyDialogCurrentField(int fieldid, const char* routine);
+DialogRecord* yyDialogCurrent(const char* routine);
+const DialogFontMetrics& yyDialogFontMetrics(int fontIndex);
+XmRenderTable yyDialogRenderTable(int fontIndex);
+void yyDialogFieldCreate(DialogRecord& d);
+void yyDialogFieldStateX(int state, DialogRecord& d, FieldRecord& f);
+void yyDialogFieldState(int fieldid, int state, int dialogIndex);
+void yyDialogSendMessage(DialogRecord* d, int type, int v1, int v2, int v3, int v4, int x, int y, int win);
+void yyDialogButtonMessage(DialogRecord& d, int buttonId);
+// Stores text into a field as the program (no change reported).
+void yyDialogPutText(FieldRecord& f, std::string_view text, double number, std::string_view format,
+                     bool clearDefined);
+std::string yyDialogGetText(const FieldRecord& f);
+bool yyDialogFieldValidate(FieldRecord* f, bool store);
+void yyDialogRestoreValid(FieldRecord& f);
+// The dialog and field a widget belongs to, null when none.
+DialogRecord* yyDialogFromWidget(Widget w, FieldRecord** field = nullptr);
+int yyDialogIndexOf(const DialogRecord& d);
+void yyDialogFieldChangedValue(DialogRecord& d, FieldRecord& f);
+int yyinfodialogfieldstate(const FieldRecord& f);
+// Escape in a dialog: the field takes back its value, the dialog answers as to button 2.
+void yyDialogEscapeEH(Widget w, XtPointer data, XEvent* event, Boolean* cont);
+// Focus moves inside a shell that holds dialogs.
+void yyDialogFocusMovedCB(Widget shell, XtPointer data, XtPointer call);
+// Drops the engine's focus memory of a dialog's fields before the record goes.
+void yyDialogForgetFields(DialogRecord& d);
+// Options: count (0 for other fields), option type 1..6 (0 none), select
+// by program (0 or 1011), empty the options.
+int yydialoggetmenuoptioncount(int fieldid);
+int yydialoggetmenutype(const FieldRecord& f);
+int yyDialogPutOptionX(FieldRecord& f, int option);
+void yyDialogClearMenu(FieldRecord& f);

@@ -1,0 +1,646 @@
+// Dialog fields after their creation: the common tail, field states, text
+// in and out, and the focus and change reporting that turns widget events
+// into FieldChanged messages.
+#include <X11/keysym.h>
+#include <Xm/Text.h>
+#include <Xm/ToggleB.h>
+#include <Xm/XmP.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <string>
+
+#include "app/resources/yyrc.h"
+#include "toolkit/dialog/dialog_engine.h"
+#include "toolkit/dialog/dialog_fields.h"
+#include "toolkit/kernel/display.h"
+#include "toolkit/kernel/message.h"
+#include "toolkit/kernel/zelvy_data.h"
+#include "toolkit/os/format.h"
+
+using namespace zelvy_dialog;
+
+namespace {
+
+// Focus bookkeeping across dialogs: the field that failed validation when it
+// lost the focus, to get the focus back to it.
+bool bValid = true;
+FieldRecord* pStoredItem = nullptr;
+
+// ---- Change reporting ------------------------------------------------------
+
+void send_state_change(DialogRecord& d, FieldRecord& f) {
+  yyDialogSendMessage(&d, FieldChanged, f.identifier, f.identifier, 1, -1, -1, -1, d.identifier);
+}
+
+// Radio buttons of one group are the adjacent ones with the same number.
+void radio_group_range(DialogRecord& d, const FieldRecord& f, std::size_t& first, std::size_t& last) {
+  const std::size_t i = static_cast<std::size_t>(&f - d.fields.data());
+  first = last = i;
+  while (first > 0 && d.fields[first - 1].type == kRadio && d.fields[first - 1].radioGroup == f.radioGroup) --first;
+  while (last + 1 < d.fields.size() && d.fields[last + 1].type == kRadio &&
+         d.fields[last + 1].radioGroup == f.radioGroup)
+    ++last;
+}
+
+void set_toggle(FieldRecord& f, bool on) {
+  if (f.widget) XmToggleButtonSetState(f.widget, on ? True : False, False);
+}
+
+}  // namespace
+
+void yyDialogFieldChangedStateCB(Widget w, XtPointer, XtPointer) {
+  FieldRecord* f = nullptr;
+  DialogRecord* d = yyDialogFromWidget(w, &f);
+  if (!d || !f) return;
+  if (bInvalidField) {
+    // An invalid number elsewhere holds the dialog: the click is taken back.
+    if (f->type == kCheckbox || f->type == kRadio)
+      set_toggle(*f, !XmToggleButtonGetState(f->widget));
+    return;
+  }
+  if (f->type == kRadio) {
+    std::size_t a = 0, b = 0;
+    radio_group_range(*d, *f, a, b);
+    for (std::size_t k = a; k <= b; ++k) set_toggle(d->fields[k], &d->fields[k] == f);
+  }
+  send_state_change(*d, *f);
+}
+
+namespace {
+
+void field_changed_message(DialogRecord& d, FieldRecord& f) {
+  const int fi = static_cast<int>(&f - d.fields.data());
+  if (fi == d.focusField) return;
+  const int left = d.focusField >= 0 ? d.fields[d.focusField].identifier : 0;
+  yyDialogSendMessage(&d, FieldChanged, left, f.identifier, 0, -1, d.lastCellCode, -1, d.identifier);
+  d.previousFocusField = d.focusField;
+  d.focusField = fi;
+}
+
+void refocus_cb(XtPointer data, XtIntervalId*) {
+  Widget w = static_cast<Widget>(data);
+  FieldRecord* f = nullptr;
+  if (!yyDialogFromWidget(w, &f) || !f) return;
+  bFocusChange = true;
+  XmProcessTraversal(w, XmTRAVERSE_CURRENT);
+  bFocusChange = false;
+}
+
+// Numbers typed by the user are written back in the field's format when they leave it.
+void reformat(FieldRecord& f) {
+  std::string text = yyDialogGetText(f).substr(0, 51);
+  if (text.find_first_not_of(' ') == std::string::npos) return;
+  const std::string fmt = f.data.format.empty() ? std::string(cNumDefFormat) : f.data.format;
+  std::string out;
+  if (f.type == kInteger) {
+    int v = 0;
+    int good = 0;
+    double dv = 0;
+    yyst2dblcheck(dv, good, text);
+    if (!good) return;
+    v = static_cast<int>(dv);
+    out.assign(12, ' ');
+    yyint2st(v, out);
+  } else {
+    double v = 0;
+    int good = 0;
+    yyst2dblcheck(v, good, text);
+    if (!good) return;
+    out.assign(51, ' ');
+    if (f.type == kReal) yyrea2st(static_cast<float>(v), out, fmt);
+    else yydbl2st(v, out, fmt);
+  }
+  while (!out.empty() && (out.back() == ' ' || out.back() == '\0')) out.pop_back();
+  const std::size_t lead = out.find_first_not_of(' ');
+  out = lead == std::string::npos ? std::string{} : out.substr(lead);
+  const int limit = f.data.charLimit, pixels = f.data.pixelLimit;
+  f.data.charLimit = f.data.pixelLimit = 0;
+  bNumericIgnoreChange = true;
+  XmTextSetString(f.valueWidget, const_cast<char*>(out.c_str()));
+  bNumericIgnoreChange = false;
+  f.data.charLimit = limit;
+  f.data.pixelLimit = pixels;
+  f.data.defined = true;
+}
+
+void focus_out(FieldRecord* f) {
+  if (pFieldInputFocus != f) return;
+  pFieldInputFocus = nullptr;
+  if (bNumericFieldChanged && yyDialogIsNumeric(*f)) reformat(*f);
+  bNumericFieldChanged = false;
+  if (!bFocusChange) {
+    bValid = yyDialogFieldValidate(f, true);
+    pStoredItem = bValid ? nullptr : f;
+    if (bValid && (f->capabilities & 0x1000)) XtVaSetValues(f->valueWidget, XmNcursorPositionVisible, False, nullptr);
+  } else {
+    bValid = true;
+  }
+}
+
+void focus_in(DialogRecord* d, FieldRecord* f) {
+  if (pFieldInputFocus == f) return;
+  pFieldInputFocus = f;
+  bNumericFieldChanged = false;
+  if (!bValid && pStoredItem && pStoredItem != f) {
+    if (f->type != kButton || f->identifier == 1) {
+      // Only a button other than the first may leave an invalid number.
+      XBell(zelvy_x::ixDisplay, 0);
+      XtAppAddTimeOut(zelvy_x::ixContext, 0, refocus_cb, pStoredItem->valueWidget);
+      return;
+    }
+    yyDialogRestoreValid(*pStoredItem);
+    bInvalidField = false;
+  }
+  bValid = true;
+  pStoredItem = nullptr;
+  bInvalidField = !yyDialogFieldValidate(f, true);
+  if (f->capabilities & 0x1000) XtVaSetValues(f->valueWidget, XmNcursorPositionVisible, True, nullptr);
+  if (d->focusField < 0) d->focusField = static_cast<int>(f - d->fields.data());
+  else field_changed_message(*d, *f);
+}
+
+}  // namespace
+
+void yyDialogFieldChangedFocusEH(Widget w, XtPointer, XEvent* ev, Boolean*) {
+  if (ev->type != FocusIn && ev->type != FocusOut) return;
+  FieldRecord* f = nullptr;
+  DialogRecord* d = yyDialogFromWidget(w, &f);
+  if (!d || !f) return;
+  if (ev->type == FocusOut) focus_out(f);
+  else focus_in(d, f);
+}
+
+namespace {
+
+// The typed-text filter: limits, case, numeric characters, password echo.
+}  // namespace
+
+void yyDialogStringCB(Widget w, XtPointer, XtPointer call) {
+  FieldRecord* f = nullptr;
+  DialogRecord* d = yyDialogFromWidget(w, &f);
+  if (!d || !f || (!yyDialogIsText(*f) && f->type != kCombo)) return;
+  auto* cbs = static_cast<XmTextVerifyCallbackStruct*>(call);
+  if (cbs->reason == XmCR_MODIFYING_TEXT_VALUE) {
+    if (bNumericIgnoreChange || !cbs->text) return;
+    XmTextBlock b = cbs->text;
+    TextFieldData& t = f->data;
+    if (b->ptr && b->length > 0) {
+      if (t.charLimit > 0) {
+        char* cur = XmTextGetString(w);
+        const int present = cur ? static_cast<int>(std::strlen(cur)) : 0;
+        XtFree(cur);
+        const int allowed = t.charLimit - (present - static_cast<int>(cbs->endPos - cbs->startPos));
+        if (b->length > allowed) b->length = std::max(0, allowed);
+        if (b->length == 0) {
+          cbs->doit = False;
+          return;
+        }
+      }
+      if (t.pixelLimit > 0) {
+        // Without scrolling, typed text stops where the field ends.
+        char* cur = XmTextGetString(w);
+        const std::string present = cur ? cur : "";
+        XtFree(cur);
+        const auto s0 = static_cast<std::size_t>(std::clamp<long>(cbs->startPos, 0, static_cast<long>(present.size())));
+        const auto s1 = static_cast<std::size_t>(std::clamp<long>(cbs->endPos, static_cast<long>(s0), static_cast<long>(present.size())));
+        auto width_with = [&](int n) {
+          return yyDialogTextWidth(f->fontIndex, present.substr(0, s0) + std::string(b->ptr, static_cast<std::size_t>(n)) +
+                                                     present.substr(s1));
+        };
+        while (b->length > 0 && width_with(b->length) > t.pixelLimit) --b->length;
+        if (b->length == 0) {
+          cbs->doit = False;
+          return;
+        }
+      }
+      for (int k = 0; k < b->length; ++k) {
+        if (t.kind == 1) b->ptr[k] = static_cast<char>(std::toupper(static_cast<unsigned char>(b->ptr[k])));
+        if (t.kind == 2) b->ptr[k] = static_cast<char>(std::tolower(static_cast<unsigned char>(b->ptr[k])));
+      }
+      if (t.kind >= 3 && b->length == 1 && !yyDialogStrValidNum(t.kind, b->ptr[0])) {
+        cbs->doit = False;
+        return;
+      }
+      if (f->style & 0x20 && f->type == kString) {
+        std::string& h = t.hiddenText;
+        const auto s = static_cast<std::size_t>(std::min<long>(cbs->startPos, static_cast<long>(h.size())));
+        const auto e = static_cast<std::size_t>(std::min<long>(cbs->endPos, static_cast<long>(h.size())));
+        h.replace(s, e - s, std::string(b->ptr, static_cast<std::size_t>(b->length)));
+        std::memset(b->ptr, '*', static_cast<std::size_t>(b->length));
+      }
+    } else if (f->style & 0x20 && f->type == kString) {
+      std::string& h = f->data.hiddenText;
+      const auto s = static_cast<std::size_t>(std::min<long>(cbs->startPos, static_cast<long>(h.size())));
+      const auto e = static_cast<std::size_t>(std::min<long>(cbs->endPos, static_cast<long>(h.size())));
+      h.erase(s, e - s);
+    }
+    f->data.edited = true;
+    return;
+  }
+  // Value changed: only the user's edits in the focused field count.
+  if (f != pFieldInputFocus) return;
+  if (f->reportEveryChange) yyDialogFieldChangedValue(*d, *f);
+  if (f->type != kString && f->type != kCombo) {
+    if (!bNumericIgnoreChange) bNumericFieldChanged = true;
+    if (yyDialogIsNumeric(*f)) bInvalidField = !yyDialogFieldValidate(f, false);
+    f->data.edited = true;
+  }
+}
+
+
+void yyDialogButtonCB(Widget w, XtPointer, XtPointer) {
+  FieldRecord* f = nullptr;
+  DialogRecord* d = yyDialogFromWidget(w, &f);
+  if (d && f) yyDialogButtonMessage(*d, f->identifier);
+}
+
+namespace {
+
+// The spinner arrows step an integer by one inside its range.
+}  // namespace
+
+void yyDialogSpinCB(Widget w, XtPointer data, XtPointer) {
+  FieldRecord* f = nullptr;
+  DialogRecord* d = yyDialogFromWidget(w, &f);
+  if (!d || !f || bInvalidField) return;
+  double v = 0;
+  if (yyDialogNumericValue(f->data, yyDialogGetText(*f), v) != 0) v = 0;
+  v += data ? 1 : -1;
+  const TextFieldData& t = f->data;
+  if (t.maximum >= t.minimum) v = std::clamp(v, t.minimum, t.maximum);
+  std::string text(12, ' ');
+  yyint2st(static_cast<int>(v), text);
+  while (!text.empty() && (text.back() == ' ' || text.back() == '\0')) text.pop_back();
+  yyDialogPutText(*f, text, v, {}, false);
+  send_state_change(*d, *f);
+}
+
+namespace {
+
+// The common tail: record, geometry, handlers, colours, initial state.
+void field_props(DialogRecord& d, FieldRecord& f) {
+  if (!f.widget) return;
+  XtVaSetValues(f.widget, XmNuserData, static_cast<XtPointer>(&f), nullptr);
+  if (!f.valueWidget) f.valueWidget = f.widget;
+  if (f.capabilities & 0x2) {
+    XtAddEventHandler(f.valueWidget, FocusChangeMask, False, yyDialogFieldChangedFocusEH, nullptr);
+    XtAddEventHandler(f.valueWidget, KeyPressMask, False, yyDialogEscapeEH, nullptr);
+  }
+  if ((f.capabilities & 0x10) && (f.type == kCheckbox || f.type == kRadio))
+    XtAddCallback(f.widget, XmNvalueChangedCallback, yyDialogFieldChangedStateCB, nullptr);
+  std::array<int, 6> col{256, 256, 256, 256, 256, 256};
+  yyrcfieldcolour(d.resourceId, f.identifier, col);
+  if (col[0] != 256 && (f.capabilities & 0x8000)) {
+    XtVaSetValues(f.valueWidget, XtNforeground, yyAllocPixel(col[0], col[1], col[2]), nullptr);
+    f.defaultForeground = false;
+  }
+  if (col[3] != 256 && (f.capabilities & 0x10000)) {
+    const Pixel p = yyAllocPixel(col[3], col[4], col[5]);
+    XtVaSetValues(f.valueWidget, XtNbackground, p, nullptr);
+    if (f.outerWidget) XtVaSetValues(f.outerWidget, XtNbackground, p, nullptr);
+    f.defaultBackground = false;
+  }
+  int state = 1;
+  if (f.style & kDisabledBit) {
+    f.style &= ~kDisabledBit;
+    state = 0;
+  } else if ((f.capabilities & 0x20) && (f.style & kReadOnlyBit)) {
+    f.style &= ~kReadOnlyBit;
+    state = 2;
+  } else {
+    f.style |= kDisabledBit;  // forces the transition
+  }
+  const bool visible = f.style & kVisibleBit;
+  f.style &= ~kVisibleBit;
+  if (visible) {
+    f.style |= kVisibleBit;
+    XtManageChild(f.outerWidget ? f.outerWidget : f.widget);
+  }
+  yyDialogFieldStateX(state, d, f);
+}
+
+bool type_treats_readonly_as_disabled(int type) {
+  switch (type) {
+    case kLabel: case kGroup: case kButton: case kCheckbox: case kRadio: case kCombo: case kList: case kTab:
+    case kTrackbar: case kTreeview: return true;
+    default: return false;
+  }
+}
+
+}  // namespace
+
+// ---- Field routines shared by the engine -----------------------------------
+
+XmString yyDialogXmString(std::string_view text) {
+  int type = 0;
+  const std::string utf8 = yyConvertEncoding(text, zelvy_x::iDialogEncoding, type);
+  return XmStringGenerate(const_cast<char*>(utf8.c_str()), nullptr, XmCHARSET_TEXT, nullptr);
+}
+
+void yyDialogSetLabel(Widget w, std::string_view text) {
+  XmString s = yyDialogXmString(text);
+  XtVaSetValues(w, XmNlabelString, s, nullptr);
+  XmStringFree(s);
+}
+
+int yyDialogTextWidth(int fontIndex, std::string_view text) {
+  XmRenderTable rt = yyDialogRenderTable(fontIndex);
+  if (!rt) return static_cast<int>(text.size()) * 6;
+  XmString s = yyDialogXmString(text);
+  const int w = XmStringWidth(rt, s);
+  XmStringFree(s);
+  return w;
+}
+
+// Labels wrap at blanks to their width unless they ask not to.
+std::string yyDialogLabelText(const FieldRecord& f, std::string_view text) {
+  const bool wrap = (f.style & 0x7F) != 11;
+  return yyDialogStrConvert(1, wrap, f.width, text,
+                            [&](std::string_view line) { return yyDialogTextWidth(f.fontIndex, line); });
+}
+
+
+void yyDialogEscapeEH(Widget w, XtPointer, XEvent* ev, Boolean* cont) {
+  if (ev->type != KeyPress) return;
+  if (XLookupKeysym(&ev->xkey, 0) != XK_Escape) return;
+  FieldRecord* f = nullptr;
+  DialogRecord* d = yyDialogFromWidget(w, &f);
+  if (!d) return;
+  if (cont) *cont = False;  // once, from the field or else from the dialog
+  if (pFieldInputFocus) yyDialogRestoreValid(*pFieldInputFocus);
+  bInvalidField = false;
+  bValid = true;
+  pStoredItem = nullptr;
+  yyDialogButtonMessage(*d, 2);
+}
+
+
+// The shell reports every move of the keyboard focus among its widgets, also
+// those that the widgets take without an X focus event of their own.
+void yyDialogFocusMovedCB(Widget, XtPointer, XtPointer call) {
+  auto* cbs = static_cast<XmFocusMovedCallbackStruct*>(call);
+  if (!cbs) return;
+  FieldRecord* f = nullptr;
+  if (cbs->old_focus && yyDialogFromWidget(cbs->old_focus, &f) && f) focus_out(f);
+  f = nullptr;
+  DialogRecord* d = cbs->new_focus ? yyDialogFromWidget(cbs->new_focus, &f) : nullptr;
+  if (d && f && (f->capabilities & 0x2)) focus_in(d, f);
+}
+
+void yyDialogFieldCreate(DialogRecord& d) {
+  std::vector<int> types, groups;
+  std::vector<std::uint32_t> styles;
+  for (const FieldRecord& f : d.fields) {
+    types.push_back(f.type);
+    styles.push_back(f.style);
+  }
+  d.radioGroupCount = yyDialogRadioGroups(types, styles, groups);
+  for (std::size_t i = 0; i < d.fields.size(); ++i) d.fields[i].radioGroup = groups[i];
+  auto framing = [](const FieldRecord& f) {
+    const std::uint32_t k = f.style & 0x7F;
+    return f.type == kPicture && (k == 7 || k == 8 || k == 9 || k == 18);
+  };
+  // Later fields first, frames and groups last, so that they stack under what they enclose.
+  for (int pass = 1; pass <= 3; ++pass)
+    for (std::size_t k = d.fields.size(); k-- > 0;) {
+      FieldRecord& f = d.fields[k];
+      const int p = f.type == kGroup ? 3 : framing(f) ? 2 : 1;
+      if (p != pass) continue;
+      yyDialogFieldCreateType(d, f);
+      field_props(d, f);
+    }
+}
+
+void yyDialogFieldStateX(int state, DialogRecord&, FieldRecord& f) {
+  if (!f.widget) return;
+  Widget outer = f.outerWidget ? f.outerWidget : f.widget;
+  if (type_treats_readonly_as_disabled(f.type) && state == 2) state = 0;
+  if ((f.type == kPicture || f.type == kProgress) && state != 3) state = 1;
+  auto show = [&] {
+    if (!(f.style & kVisibleBit)) {
+      f.style |= kVisibleBit;
+      XtManageChild(outer);
+    }
+  };
+  auto background = [&](int col) {
+    if (!f.defaultBackground) return;
+    XtVaSetValues(f.valueWidget, XtNbackground, yyDialogScheme(col), nullptr);
+  };
+  auto foreground = [&](int col) {
+    if (f.defaultForeground && (f.capabilities & 0x8000)) XtVaSetValues(f.valueWidget, XtNforeground, yyDialogScheme(col), nullptr);
+  };
+  const int normalFg = f.type == kGroup ? 16 : (f.type == kButton || f.type == kTab || yyDialogPushLike(f)) ? 0 : 14;
+  switch (state) {
+    case 0:
+      show();
+      if ((f.capabilities & 0x40) && !(f.style & kDisabledBit)) {
+        f.style |= kDisabledBit;
+        XtSetSensitive(outer, False);
+      }
+      if (f.capabilities & 0x100) background(3);
+      foreground(10);
+      break;
+    case 1:
+      show();
+      if (f.capabilities & 0x40) {
+        f.style &= ~kDisabledBit;
+        XtSetSensitive(outer, True);
+      }
+      if (f.capabilities & 0x20) {
+        f.style &= ~kReadOnlyBit;
+        if (yyDialogIsText(f) || f.type == kCombo) XtVaSetValues(f.valueWidget, XmNeditable, True, nullptr);
+      }
+      if (f.type == kButton) background(17);
+      else if (f.capabilities & 0x100) background(15);
+      foreground(normalFg);
+      break;
+    case 2:
+      show();
+      if ((f.capabilities & 0x40) && (f.capabilities & 0x20)) {
+        f.style &= ~kDisabledBit;
+        XtSetSensitive(outer, True);
+        f.style |= kReadOnlyBit;
+        if (yyDialogIsText(f) || f.type == kCombo) XtVaSetValues(f.valueWidget, XmNeditable, False, nullptr);
+      }
+      if (f.capabilities & 0x100) background(3);
+      foreground(f.type == kGroup ? 14 : normalFg);
+      break;
+    case 3:
+      if (f.style & kVisibleBit) {
+        f.style &= ~kVisibleBit;
+        XtUnmanageChild(outer);
+      }
+      break;
+    default: break;
+  }
+}
+
+void yyDialogFieldState(int fieldid, int state, int dialogIndex) {
+  const int fi = yyDialogFindField(fieldid, dialogIndex);
+  if (fi < 0) return;
+  DialogRecord& d = wDialogInfo[dialogIndex];
+  FieldRecord& f = d.fields[static_cast<std::size_t>(fi)];
+  f.lastState = state;
+  yyDialogFieldStateX(state, d, f);
+}
+
+int yyinfodialogfieldstate(const FieldRecord& f) {
+  if (!(f.style & kVisibleBit)) return 3;
+  if (f.style & kDisabledBit) return 0;
+  if (f.type >= kString && f.type <= kDouble && (f.style & kReadOnlyBit)) return 2;
+  return 1;
+}
+
+void yyDialogFieldChangedValue(DialogRecord& d, FieldRecord& f) {
+  if (!d.widget || !XtIsRealized(d.widget)) return;
+  // Sent through the server, so the application sees it after this callback.
+  Display* dpy = zelvy_x::ixDisplay;
+  XEvent ev{};
+  ev.xclient.type = ClientMessage;
+  ev.xclient.window = XtWindow(d.widget);
+  ev.xclient.message_type = XInternAtom(dpy, "_ZELV_MESSAGE", False);
+  ev.xclient.format = 32;
+  ev.xclient.data.l[0] = FieldChanged;
+  ev.xclient.data.l[1] = f.identifier;
+  ev.xclient.data.l[2] = -1;
+  ev.xclient.data.l[3] = -1;
+  ev.xclient.data.l[4] = d.identifier;
+  XSendEvent(dpy, ev.xclient.window, False, 0, &ev);
+  XFlush(dpy);
+}
+
+bool yyDialogFieldValidate(FieldRecord* f, bool store) {
+  if (!f || !yyDialogIsNumeric(*f)) return true;
+  return yyDialogValidateText(f->data, yyDialogGetText(*f), store, f->allowClear);
+}
+
+void yyDialogRestoreValid(FieldRecord& f) {
+  if (!yyDialogIsText(f)) return;
+  std::string text;
+  if (yyDialogIsNumeric(f) && f.data.valid) {
+    const std::string fmt = f.data.format.empty() ? std::string(cNumDefFormat) : f.data.format;
+    if (f.type == kInteger) {
+      text.assign(12, ' ');
+      yyint2st(static_cast<int>(f.data.value), text);
+    } else {
+      text.assign(51, ' ');
+      if (f.type == kReal) yyrea2st(static_cast<float>(f.data.value), text, fmt);
+      else yydbl2st(f.data.value, text, fmt);
+    }
+    while (!text.empty() && (text.back() == ' ' || text.back() == '\0')) text.pop_back();
+    const std::size_t lead = text.find_first_not_of(' ');
+    text = lead == std::string::npos ? std::string{} : text.substr(lead);
+  }
+  const double v = f.data.value;
+  const bool valid = f.data.valid;
+  yyDialogPutText(f, text, v, f.data.format, false);
+  f.data.valid = valid && !text.empty();
+  f.data.value = v;
+}
+
+void yyDialogPutText(FieldRecord& f, std::string_view text, double number, std::string_view format,
+                     bool clearDefined) {
+  std::string t;
+  for (char c : text)
+    if (c != '\r') t += c;
+  if (f.textKind == 1 || f.textKind == 3) {
+    char mnemonic = 0;
+    f.text = yyDialogStrGetMnemonic(t, mnemonic);
+    Widget target = f.valueWidget ? f.valueWidget : f.widget;
+    if (f.textKind == 3) {
+      if (f.text.empty()) XtUnmanageChild(target);
+      else XtManageChild(target);
+    }
+    yyDialogSetLabel(target, f.type == kLabel ? yyDialogLabelText(f, f.text) : f.text);
+    return;
+  }
+  if (f.textKind != 2) return;
+  const bool numeric = yyDialogIsNumeric(f);
+  const int limit = f.data.charLimit, pixels = f.data.pixelLimit;
+  if (numeric) f.data.charLimit = f.data.pixelLimit = 0;
+  std::string shown = t;
+  if (f.type == kString && (f.style & 0x20)) {
+    f.data.hiddenText = t;
+    shown.assign(t.size(), '*');
+  }
+  const int savedLimit = f.data.charLimit;
+  f.data.charLimit = 0;
+  bNumericIgnoreChange = true;
+  XmTextSetString(f.valueWidget, const_cast<char*>(shown.c_str()));
+  if (f.type == kString && (f.style & 0x20)) f.data.hiddenText = t;
+  bNumericIgnoreChange = false;
+  f.data.charLimit = savedLimit;
+  if (numeric) {
+    f.data.charLimit = limit;
+    f.data.pixelLimit = pixels;
+    yyDialogNumericStored(f.data, t, number, format, clearDefined);
+  }
+}
+
+std::string yyDialogGetText(const FieldRecord& f) {
+  if (f.textKind == 1 || f.textKind == 3) return f.text;
+  if (f.textKind != 2 || !f.valueWidget) return {};
+  if (f.type == kString && (f.style & 0x20)) return f.data.hiddenText;
+  char* s = XmTextGetString(f.valueWidget);
+  std::string out = s ? s : "";
+  XtFree(s);
+  return out;
+}
+
+// ---- Public routines -------------------------------------------------------
+
+void WDialogFieldState(int fieldid, int state) {
+  FieldRecord* f = yyDialogCurrentField(fieldid, "WDialogFieldState");
+  if (!f) return;
+  if (state < 0 || state > 3) return yyerror(1006, "WDialogFieldState");
+  yyDialogFieldState(fieldid, state, iDlgCur);
+}
+
+void WDialogTooltip(int fieldid, std::optional<std::string_view> text) {
+  FieldRecord* f = yyDialogCurrentField(fieldid, "WDialogTooltip");
+  if (!f) return;
+  f->tooltip.assign(text.value_or(std::string_view{}));
+  while (!f->tooltip.empty() && f->tooltip.back() == ' ') f->tooltip.pop_back();
+}
+
+int winfodialogfield(int fieldid, int item) {
+  if (zelvy_data::icurdialog == 0 || iDlgCur < 0) return 0;
+  const int fi = yyDialogFindField(fieldid, iDlgCur);
+  if (fi < 0) return 0;
+  const FieldRecord& f = wDialogInfo[iDlgCur].fields[static_cast<std::size_t>(fi)];
+  Widget w = f.outerWidget ? f.outerWidget : f.widget;
+  Position x = 0, y = 0;
+  Dimension wd = 0, ht = 0;
+  if (w) XtVaGetValues(w, XtNx, &x, XtNy, &y, XtNwidth, &wd, XtNheight, &ht, nullptr);
+  switch (item) {
+    case 1: return x;
+    case 2: return y;
+    case 3: return wd;
+    case 4: return ht;
+    case 5: return f.type;
+    case 6: return yyinfodialogfieldstate(f);
+    case 7: case 8: {
+      if (f.type != kTrackbar) return 0;
+      int lo = 0, hi = 0;
+      XtVaGetValues(f.widget, XmNminimum, &lo, XmNmaximum, &hi, nullptr);
+      return item == 7 ? lo : hi;
+    }
+    case 9: return yydialoggetmenuoptioncount(fieldid);
+    case 10: return yydialoggetmenutype(f);
+    default: return 0;
+  }
+}
+
+// The focus records of fields of a dialog about to go away.
+void yyDialogForgetFields(DialogRecord& d) {
+  for (FieldRecord& f : d.fields) {
+    if (&f == pFieldInputFocus) pFieldInputFocus = nullptr;
+    if (&f == pStoredItem) {
+      pStoredItem = nullptr;
+      bValid = true;
+      bInvalidField = false;
+    }
+  }
+}

@@ -1,0 +1,47 @@
+// Field types and the pieces shared by the field sources of the dialog engine.
+#pragma once
+
+#include <Xm/Xm.h>
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "toolkit/dialog/dialog_engine.h"
+#include "toolkit/kernel/display.h"
+
+namespace zelvy_dialog {
+
+enum FieldType {
+  kLabel = 1, kPicture, kGroup, kString, kInteger, kReal, kDouble, kButton, kCheckbox, kRadio,
+  kCombo, kList, kTab, kProgress, kGrid, kTrackbar, kTreeview
+};
+
+inline constexpr std::uint32_t kDisabledBit = 0x8000000, kVisibleBit = 0x10000000, kReadOnlyBit = 0x800;
+
+inline Pixel yyDialogScheme(int i) { return zelvy_x::wSchemeCol[static_cast<std::size_t>(i)].pixel; }
+
+inline bool yyDialogIsNumeric(const FieldRecord& f) { return f.type >= kInteger && f.type <= kDouble; }
+inline bool yyDialogIsText(const FieldRecord& f) { return f.type == kString || yyDialogIsNumeric(f); }
+inline bool yyDialogPushLike(const FieldRecord& f) {
+  return (f.type == kCheckbox || f.type == kRadio) && (f.style & 0x1000);
+}
+
+}  // namespace zelvy_dialog
+
+// Label strings in the widgets' encoding.
+XmString yyDialogXmString(std::string_view text);
+void yyDialogSetLabel(Widget w, std::string_view text);
+int yyDialogTextWidth(int fontIndex, std::string_view text);
+// Label text wrapped to the field's width unless its style forbids it.
+std::string yyDialogLabelText(const FieldRecord& f, std::string_view text);
+
+// Creates the widgets of one field by its type (no common tail).
+void yyDialogFieldCreateType(DialogRecord& d, FieldRecord& f);
+
+// Widget callbacks that turn user actions into the engine's messages.
+void yyDialogFieldChangedStateCB(Widget w, XtPointer data, XtPointer call);
+void yyDialogFieldChangedFocusEH(Widget w, XtPointer data, XEvent* event, Boolean* cont);
+void yyDialogStringCB(Widget w, XtPointer data, XtPointer call);
+void yyDialogButtonCB(Widget w, XtPointer data, XtPointer call);
+void yyDialogSpinCB(Widget w, XtPointer data, XtPointer call);

@@ -1,0 +1,166 @@
+// The display-free rules of the dialog engine: dialog units, number
+// validation, mnemonic marks, line wrapping, radio groups.
+#include <cctype>
+#include <algorithm>
+#include <cmath>
+
+#include "toolkit/dialog/dialog_engine.h"
+#include "toolkit/kernel/zelvy_data.h"
+#include "toolkit/os/format.h"
+
+namespace {
+
+// Half away from zero, then truncated: the same rounding both ways.
+int round_units(double v) { return static_cast<int>(v < 0 ? v - 0.5 : v + 0.5); }
+
+}  // namespace
+
+void yyDialogUnitsToPixels(const DialogFontMetrics& font, int x, int y, int& px, int& py) {
+  px = round_units(static_cast<float>(x) * font.averageWidth / 4.0f);
+  py = round_units(static_cast<float>(y) * static_cast<float>(font.charHeight) / 8.0f);
+}
+
+void yyDialogUnitsFromPixels(const DialogFontMetrics& font, int x, int y, int& ux, int& uy) {
+  ux = round_units(x * 4.0 / static_cast<double>(font.averageWidth));
+  uy = round_units(y * 8.0 / static_cast<double>(font.charHeight));
+}
+
+DialogFontMetrics yyDialogMetricsFromSample(int sampleWidth, int sampleHeight, int spaceWidth) {
+  DialogFontMetrics m;
+  m.averageWidth = std::max(1.0f, static_cast<float>(sampleWidth) * 1.07f / 52.0f);
+  m.charWidth = std::max(1, static_cast<int>(m.averageWidth + 0.5f));
+  m.charHeight = std::max(1, static_cast<int>(static_cast<float>(sampleHeight) * 1.07f + 0.5f));
+  m.spaceWidth = std::max(1, spaceWidth);
+  int unused = 0;
+  yyDialogUnitsToPixels(m, 32, 14, m.defaultTabWidth, unused);
+  yyDialogUnitsToPixels(m, 0, 14, unused, m.controlHeight);
+  return m;
+}
+
+bool yyDialogNumericOutOfRange(double minimum, double maximum, double number) {
+  if (maximum < minimum) return false;
+  return number < minimum || number > maximum;
+}
+
+bool yyDialogStrValidNum(int kind, char& c) {
+  if (std::isdigit(static_cast<unsigned char>(c)) || c == '+' || c == '-') return true;
+  if (kind < 4) return false;
+  const char point = zelvy_data::idecimal == 1 ? zelvy_data::cdecimal : '.';
+  if (c == point) return true;
+  if (c == 'E' || c == 'e') {
+    c = 'E';
+    return true;
+  }
+  if (kind == 5 && (c == 'D' || c == 'd')) {
+    c = 'D';
+    return true;
+  }
+  return false;
+}
+
+std::string yyDialogStrGetMnemonic(std::string_view text, char& mnemonic) {
+  std::string out;
+  mnemonic = 0;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (text[i] == '&' && i + 1 < text.size() && text[i + 1] != '&') {
+      mnemonic = text[i + 1];
+      continue;
+    }
+    out += text[i];
+    if (text[i] == '&' && i + 1 < text.size()) out += text[++i];  // "&&" stays as it is
+  }
+  return out;
+}
+
+std::string yyDialogStrConvert(int crMode, bool wrap, int width, std::string_view text,
+                               const std::function<int(std::string_view)>& measure) {
+  std::string out;
+  out.reserve(text.size());
+  for (char c : text) {
+    if (c == '\r' && crMode == 0) out += '\n';
+    else if (c == '\r' && crMode == 1) continue;
+    else out += c;
+  }
+  if (!wrap || !measure) return out;
+  std::size_t lineStart = 0, lastBlank = std::string::npos;
+  for (std::size_t i = 0; i < out.size(); ++i) {
+    if (out[i] == '\n') {
+      lineStart = i + 1;
+      lastBlank = std::string::npos;
+      continue;
+    }
+    if (out[i] == ' ') lastBlank = i;
+    if (lastBlank != std::string::npos &&
+        measure(std::string_view(out).substr(lineStart, i + 1 - lineStart)) > width) {
+      out[lastBlank] = '\n';
+      lineStart = lastBlank + 1;
+      lastBlank = std::string::npos;
+    }
+  }
+  return out;
+}
+
+bool yyDialogValidateText(TextFieldData& d, std::string_view text, bool store, bool allowClear) {
+  if (d.kind < 3) return true;
+  if (text.find_first_not_of(' ') == std::string_view::npos) {
+    const bool ok = d.maximum < d.minimum || !d.defined || allowClear;
+    if (ok && store) d.valid = d.edited = false;
+    return ok;
+  }
+  double v = 0;
+  int good = 0;
+  yyst2dblcheck(v, good, text);
+  if (!good || yyDialogNumericOutOfRange(d.minimum, d.maximum, v)) return false;
+  if (store) {
+    d.valid = true;
+    d.value = v;
+    d.edited = false;
+  }
+  return true;
+}
+
+int yyDialogNumericValue(const TextFieldData& d, std::string_view text, double& value) {
+  if (d.edited) {
+    if (text.find_first_not_of(' ') == std::string_view::npos) return 1010;
+    int good = 0;
+    yyst2dblcheck(value, good, text);
+    return good ? 0 : 1010;
+  }
+  if (!d.valid) return 1010;
+  value = d.value;
+  return 0;
+}
+
+void yyDialogNumericStored(TextFieldData& d, std::string_view text, double number, std::string_view format,
+                           bool clearDefined) {
+  d.edited = false;
+  if (!text.empty()) {
+    d.defined = d.valid = true;
+    d.value = number;
+    if (number == 0.0) {
+      double parsed = 0;
+      int good = 0;
+      yyst2dblcheck(parsed, good, text);
+      if (good) d.value = parsed;
+    }
+  } else {
+    d.valid = false;
+    if (clearDefined) d.defined = false;
+  }
+  d.format.assign(format.find_first_not_of(' ') == std::string_view::npos ? std::string_view{} : format);
+}
+
+int yyDialogRadioGroups(const std::vector<int>& types, const std::vector<std::uint32_t>& styles,
+                        std::vector<int>& groups) {
+  constexpr int kRadio = 10;
+  constexpr std::uint32_t kGroupStart = 0x20000;
+  groups.assign(types.size(), 0);
+  int group = 1, count = 0;
+  for (std::size_t k = types.size(); k-- > 0;) {
+    if (types[k] != kRadio) continue;
+    groups[k] = group;
+    count = group;
+    if (k == 0 || types[k - 1] != kRadio || (styles[k] & kGroupStart)) ++group;
+  }
+  return count;
+}

@@ -1,0 +1,231 @@
+// Field values by identifier on the current dialog: texts, numbers with
+// their range and undefined values, check boxes and radio groups.
+#include <Xm/ComboBox.h>
+#include <Xm/List.h>
+#include <Xm/Text.h>
+#include <Xm/ToggleB.h>
+
+#include <string>
+
+#include "toolkit/dialog/dialog_engine.h"
+#include "toolkit/kernel/zelvy_data.h"
+#include "toolkit/os/fixed_text.h"
+#include "toolkit/os/format.h"
+
+using namespace zelvy_dialog;
+
+namespace {
+
+bool numeric(const FieldRecord& f) { return f.type >= 5 && f.type <= 7; }
+
+std::string_view trim_right(std::string_view t) {
+  while (!t.empty() && (t.back() == ' ' || t.back() == '\0')) t.remove_suffix(1);
+  return t;
+}
+
+std::string trim_both(std::string s) {
+  s.assign(trim_right(s));
+  const std::size_t lead = s.find_first_not_of(' ');
+  return lead == std::string::npos ? std::string{} : s.substr(lead);
+}
+
+// Stores a program number: refused outside the range, else shown as text.
+void put_numeric(FieldRecord& f, const std::string& text, double number, std::string_view format,
+                 const char* routine) {
+  if (yyDialogNumericOutOfRange(f.data.minimum, f.data.maximum, number)) return yyerror(1009, routine);
+  yyDialogPutText(f, text, number, format, false);
+}
+
+void get_numeric(int fieldid, double& value, int& error, const char* routine) {
+  error = 0;
+  FieldRecord* f = yyDialogCurrentField(fieldid, routine);
+  if (!f) {
+    error = -1;
+    return;
+  }
+  if (!numeric(*f)) {
+    yyerror(1006, routine);
+    error = -1;
+    return;
+  }
+  error = yyDialogNumericValue(f->data, yyDialogGetText(*f), value);
+  if (error) yyerror(error, routine);
+}
+
+bool toggle(const FieldRecord& f) { return f.type == 9 || f.type == 10; }
+
+}  // namespace
+
+void WDialogPutString(int fieldid, std::optional<std::string_view> text) {
+  FieldRecord* f = yyDialogCurrentField(fieldid, "WDialogPutString");
+  if (!f) return;
+  yyDialogPutText(*f, trim_right(text.value_or(std::string_view{})), 0.0, {}, false);
+}
+
+void WDialogGetString(int fieldid, std::string& text) {
+  FieldRecord* f = yyDialogCurrentField(fieldid, "WDialogGetString");
+  if (!f || f->textKind == 0) {
+    if (f) yyerror(1006, "WDialogGetString");
+    assign_out(text, "");
+    return;
+  }
+  assign_out(text, yyDialogGetText(*f));
+}
+
+void WDialogGetStringLength(int fieldid, int& length) {
+  length = 0;
+  FieldRecord* f = yyDialogCurrentField(fieldid, "WDialogGetStringLength");
+  if (!f) return;
+  if (f->textKind == 0) return yyerror(1006, "WDialogGetStringLength");
+  length = static_cast<int>(yyDialogGetText(*f).size());
+}
+
+void WDialogPutInteger(int fieldid, int value) {
+  FieldRecord* f = yyDialogCurrentField(fieldid, "WDialogPutInteger");
+  if (!f) return;
+  if (!numeric(*f)) return yyerror(1006, "WDialogPutInteger");
+  std::string text(12, ' ');
+  yyint2st(value, text);
+  put_numeric(*f, trim_both(text), value, {}, "WDialogPutInteger");
+}
+
+void WDialogPutReal(int fieldid, float value, std::string_view format) {
+  FieldRecord* f = yyDialogCurrentField(fieldid, "WDialogPutReal");
+  if (!f) return;
+  if (!numeric(*f)) return yyerror(1006, "WDialogPutReal");
+  std::string fmt(trim_right(format));
+  if (fmt.find_first_not_of(' ') == std::string::npos) fmt = f->data.format;
+  if (fmt.empty()) fmt = cNumDefFormat;
+  std::string text(100, ' ');
+  yyrea2st(value, text, fmt);
+  put_numeric(*f, trim_both(text), value, trim_right(format), "WDialogPutReal");
+}
+
+void WDialogGetInteger(int fieldid, int& value) {
+  double v = 0;
+  int err = 0;
+  get_numeric(fieldid, v, err, "WDialogGetInteger");
+  value = err ? zelvy_data::iundef : static_cast<int>(v);
+}
+
+void WDialogGetReal(int fieldid, float& value) {
+  double v = 0;
+  int err = 0;
+  get_numeric(fieldid, v, err, "WDialogGetReal");
+  value = err ? zelvy_data::rundef : static_cast<float>(v);
+}
+
+void WDialogPutCheckBox(int fieldid, int state) {
+  FieldRecord* f = yyDialogCurrentField(fieldid, "WDialogPutCheckBox");
+  if (!f) return;
+  if (f->type != 9) return yyerror(1006, "WDialogPutCheckBox");
+  XmToggleButtonSetState(f->widget, state == 1 ? True : False, False);
+}
+
+void WDialogGetCheckBox(int fieldid, int& state) {
+  state = 0;
+  FieldRecord* f = yyDialogCurrentField(fieldid, "WDialogGetCheckBox");
+  if (!f) return;
+  if (!toggle(*f)) return yyerror(1006, "WDialogGetCheckBox");
+  state = XmToggleButtonGetState(f->widget) ? 1 : 0;
+}
+
+void WDialogPutRadioButton(int fieldid) {
+  FieldRecord* f = yyDialogCurrentField(fieldid, "WDialogPutRadioButton");
+  if (!f) return;
+  if (f->type != 10) return yyerror(1006, "WDialogPutRadioButton");
+  for (FieldRecord& g : wDialogInfo[iDlgCur].fields)
+    if (g.type == 10 && g.radioGroup == f->radioGroup) XmToggleButtonSetState(g.widget, &g == f, False);
+}
+
+void WDialogGetRadioButton(int fieldid, int& position) {
+  FieldRecord* f = yyDialogCurrentField(fieldid, "WDialogGetRadioButton");
+  if (!f) {
+    position = zelvy_data::iundef;
+    return;
+  }
+  if (f->type != 10) {
+    position = zelvy_data::iundef;
+    return yyerror(1006, "WDialogGetRadioButton");
+  }
+  // The position counts from the group's first button in table order.
+  const auto& fields = wDialogInfo[iDlgCur].fields;
+  int first = -1;
+  for (std::size_t i = 0; i < fields.size(); ++i) {
+    const FieldRecord& g = fields[i];
+    if (g.type != 10 || g.radioGroup != f->radioGroup) continue;
+    if (first < 0) first = static_cast<int>(i);
+    if (XmToggleButtonGetState(g.widget)) {
+      position = static_cast<int>(i) - first + 1;
+      return;
+    }
+  }
+  position = zelvy_data::iundef;
+  yyerror(1010, "WDialogGetRadioButton");
+}
+
+void WDialogClearField(int fieldid) {
+  FieldRecord* f = yyDialogCurrentField(fieldid, "WDialogClearField");
+  if (!f) return;
+  switch (f->type) {
+    case 9: XmToggleButtonSetState(f->widget, False, False); break;
+    case 10:
+      for (FieldRecord& g : wDialogInfo[iDlgCur].fields)
+        if (g.type == 10 && g.radioGroup == f->radioGroup) XmToggleButtonSetState(g.widget, False, False);
+      break;
+    case 11: case 12: yyDialogClearMenu(*f); break;
+    case 4: case 5: case 6: case 7: yyDialogPutText(*f, "", 0.0, {}, true); break;
+    case 1: case 3: case 8: yyDialogPutText(*f, "", 0.0, {}, true); break;
+    default: break;
+  }
+}
+
+void WDialogRangeInteger(int fieldid, std::optional<int> minimum, std::optional<int> maximum) {
+  FieldRecord* f = yyDialogCurrentField(fieldid, "WDialogRangeInteger");
+  if (!f) return;
+  if (!numeric(*f)) return yyerror(1006, "WDialogRangeInteger");
+  double lo = 1000.0, hi = -1000.0;
+  if (minimum || maximum) {
+    lo = minimum ? *minimum : -2147483647.0;
+    hi = maximum ? *maximum : 2147483647.0;
+  }
+  f->data.minimum = lo;
+  f->data.maximum = hi;
+}
+
+void wdialograngeoptions(int option, int value) {
+  if (option == 4) bRangeClear = value != 0;
+}
+
+void yydialogfieldoptions(int fieldid, int option, int value, int& error) {
+  error = 0;
+  if (zelvy_data::icurdialog == 0 || iDlgCur < 0) {
+    error = 1005;
+    return;
+  }
+  const int fi = yyDialogFindField(fieldid, iDlgCur);
+  if (fi < 0) {
+    error = 1006;
+    return;
+  }
+  FieldRecord& f = wDialogInfo[iDlgCur].fields[static_cast<std::size_t>(fi)];
+  const bool on = value != 0;
+  switch (option) {
+    case 3:
+      if (f.type == 4 || numeric(f) || f.type == 11 || f.type == 15) f.reportEveryChange = on;
+      else error = 1006;
+      break;
+    case 4:
+      if (numeric(f) || f.type == 15) f.allowClear = on;
+      else error = 1006;
+      break;
+    case 5:
+      if (f.type == 12 || f.type == 17 || f.type == 15 || f.type == 13 || (f.type == 11 && (f.style & 3) == 1))
+        f.extraFlags = on ? (f.extraFlags | 0x8) : (f.extraFlags & ~0x8u);
+      else error = 1006;
+      break;
+    default:
+      if (f.type != 15) error = 1006;  // the grid's own options come with the grid
+      break;
+  }
+}
