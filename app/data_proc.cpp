@@ -3,6 +3,8 @@
 
 #include "app/data_init.h"
 #include "app/data_param.h"
+#include "app/form.h"
+#include "toolkit/dialog/dialog.h"
 #include "toolkit/kernel/menu.h"
 #include "toolkit/kernel/message.h"
 
@@ -24,11 +26,24 @@ void set_job_items(int value) {
   WMenuSetState(kMenuRun, 1, value);
 }
 
-// The form and the remaining commands come with the dialog engine; until then
-// the form has nothing to show and only New and Exit act.
-void write_dialog_info() {}
+constexpr int kMenuAbout = 40011;
+constexpr int kMainForm = 102;
+constexpr int kAboutDialog = 104;
+
+// Keeping the form consistent while the user types, and the push buttons of the
+// form, come with the remaining commands.
 void evento_fieldchanged() {}
 void evento_pushbutton() {}
+
+void about() {
+  WDialogLoad(kAboutDialog);
+  WDialogPutString(1047, "Version: July - 2010");
+  WDialogShow(-1, -1, 0, 1);
+  // The box is gone once OK was pressed; the form must be the current dialog
+  // again for every later command.
+  WDialogUnload();
+  WDialogSelect(kMainForm);
+}
 
 void evento_menu() {
   switch (mensaje.Value1) {
@@ -39,6 +54,9 @@ void evento_menu() {
       break;
     case kMenuExit:
       exit_code = -1;
+      break;
+    case kMenuAbout:
+      about();
       break;
     default:
       break;

@@ -16,6 +16,7 @@
 #include <string>
 
 #include "app/resources/yyrc.h"
+#include "toolkit/dialog/dialog_engine.h"
 #include "toolkit/kernel/display.h"
 #include "toolkit/kernel/menu.h"
 #include "toolkit/kernel/message.h"
@@ -396,10 +397,12 @@ void WindowOpen(std::optional<int> flags, std::optional<int> x, std::optional<in
   q.dialogid = dialogid.value_or(0);
   q.title = title;
   q.colour = colour.value_or(-1);
+  yyDialogEngineInit();
   open_window(0, q, "WindowOpen");
   zelvy_data::brootopen = true;
   zelvy_data::iwflags[0] = q.flags;
-  zelvy_data::icurdialog = 0;  // the dialog engine records a combined dialog
+  // The dialog the root window carries is the selected one from here on.
+  zelvy_data::icurdialog = WinInfo[0].Kind == 3 ? q.dialogid : 0;
   take_selection(0);
   yyMsgApplyMasks(0);
 }
@@ -479,6 +482,7 @@ void WindowClose() {
   if (!zelvy_data::brootopen) return;
   for (int h = iWinMax; h >= 1; --h)
     if (wWindow[h]) close_window(h);
+  yyDialogShutdown();  // while the windows the dialogs live in still exist
   close_window(0);
   iWinMax = -1;
   iWinCur = 0;
