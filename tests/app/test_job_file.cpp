@@ -80,9 +80,25 @@ class JobFile : public ::testing::Test {
     return slurp(dir / name);
   }
 
+  // Exactly one message, and the failure code.
+  void expect_fault(const std::string& message) {
+    EXPECT_EQ(data_proc::exit_code, -1);
+    EXPECT_EQ(messages, std::vector<std::string>{message});
+  }
+  void expect_no_fault() {
+    EXPECT_EQ(data_proc::exit_code, 0);
+    EXPECT_TRUE(messages.empty()) << messages.front();
+  }
+
   fs::path dir;
   std::vector<std::string> messages;
 };
+
+// Title, reflection file, job name, space group, twin name, machine, twin space group.
+using Texts = std::array<std::string, 7>;
+Texts texts() {
+  return {title.str(), file_dat.str(), file_out.str(), spgr.str(), twin_name.str(), machine.str(), twin_spg.str()};
+}
 
 // ---------------------------------------------------------------- writer
 
@@ -101,8 +117,7 @@ TEST_F(JobFile, WriterGivesTheSiliconJobColumnForColumn) {
             "TITLE silicon test\nINPFIL si.hkl\nOUTFIL si\n"
             "CELL     5.431000    5.431000    5.431000     90.0000     90.0000     90.0000\n"
             "SPGR F d -3 m\nWAVE      1.54180\nHKL_T    1\n");
-  EXPECT_EQ(data_proc::exit_code, 0);
-  EXPECT_TRUE(messages.empty());
+  expect_no_fault();
 }
 
 TEST_F(JobFile, WriterEmitsEveryOptionalLineInOrder) {
@@ -145,15 +160,13 @@ TEST_F(JobFile, ValuesTheLayoutCannotHoldBecomeAsterisksThatTheReaderRefuses) {
         std::string("HKL_T ****"), "KVEC " + stars + "      0.0000      0.0000", "SCALE " + stars})
     EXPECT_NE(text.find(line + "\n"), std::string::npos) << line << "\n" << text;
   read_file(dir / "job.omb");
-  EXPECT_EQ(data_proc::exit_code, -1);
-  EXPECT_EQ(messages, std::vector<std::string>{"Error reading the cell parameters!"});
+  expect_fault("Error reading the cell parameters!");
 }
 
 TEST_F(JobFile, FailedSaveShowsItsMessageAndLeavesTheOldFileAlone) {
   const std::string message = "Save procedure was impossible for the Input Ombrel File!";
   write("missing-dir/job.omb");
-  EXPECT_EQ(data_proc::exit_code, -1);
-  EXPECT_EQ(messages, std::vector<std::string>{message});
+  expect_fault(message);
 
   // The disk fills up half-way: the old job survives, and no temporary file stays.
   std::ofstream(dir / "job.omb") << "TITLE old\n";
@@ -162,14 +175,12 @@ TEST_F(JobFile, FailedSaveShowsItsMessageAndLeavesTheOldFileAlone) {
   std::signal(SIGXFSZ, SIG_IGN);
   rlimit old{};
   ::getrlimit(RLIMIT_FSIZE, &old);
-  rlimit small = old;
-  small.rlim_cur = 100;
+  const rlimit small{100, old.rlim_max};
   ::setrlimit(RLIMIT_FSIZE, &small);
   const std::string after = write("job.omb");
   ::setrlimit(RLIMIT_FSIZE, &old);
   std::signal(SIGXFSZ, SIG_DFL);
-  EXPECT_EQ(data_proc::exit_code, -1);
-  EXPECT_EQ(messages, std::vector<std::string>{message});
+  expect_fault(message);
   EXPECT_EQ(after, "TITLE old\n");
   EXPECT_EQ(std::distance(fs::directory_iterator(dir), fs::directory_iterator()), 1);
 }
@@ -193,18 +204,15 @@ TEST_F(JobFile, MissingEmptyAndCommentOnlyFiles) {
   title = "kept";
   friedel = false;
   read_file(dir / "none.omb");
-  EXPECT_EQ(data_proc::exit_code, -1);
-  EXPECT_EQ(messages, std::vector<std::string>{"Cannot Found the Input Ombrel File!"});
+  expect_fault("Cannot Found the Input Ombrel File!");
   read_file("");
-  EXPECT_EQ(messages, std::vector<std::string>{"Cannot Found the Input Ombrel File!"});
+  expect_fault("Cannot Found the Input Ombrel File!");
   fs::create_directory(dir / "d.omb");
   read_file(dir / "d.omb");
-  EXPECT_EQ(data_proc::exit_code, -1);
-  EXPECT_EQ(messages, std::vector<std::string>{"Open procedure was impossible for the Input Ombrel File!"});
+  expect_fault("Open procedure was impossible for the Input Ombrel File!");
   for (const char* text : {"", "\n\n   \n", "! one\n    ! two\n!"}) {
     read(text);
-    EXPECT_EQ(data_proc::exit_code, 0);
-    EXPECT_TRUE(messages.empty());
+    expect_no_fault();
   }
   EXPECT_EQ(title.str(), "kept");
   EXPECT_FALSE(friedel);
@@ -224,24 +232,17 @@ TEST_F(JobFile, KeysAreFiveCharactersOfAnyCaseAndTheLastOneWins) {
        "OUTFIL res\n"
        "TITLE    spaced   title\n"
        "NFRDL\n");
-  EXPECT_EQ(data_proc::exit_code, 0);
-  EXPECT_TRUE(messages.empty());
+  expect_no_fault();
   EXPECT_EQ(cel, (Vec3{4, 5, 6}));
   EXPECT_EQ(ang, (Vec3{80, 85, 95}));
   EXPECT_EQ(transhkl, kIdentity);
-  EXPECT_TRUE(cell_given && transf_ind && wave_given);
+  EXPECT_TRUE(cell_given && transf_ind && wave_given && !friedel);
   EXPECT_EQ(hkl_type, 42);
   EXPECT_FLOAT_EQ(wavel, 0.7107f);
-  EXPECT_EQ(spgr.str(), "P 21/c");
   EXPECT_FLOAT_EQ(warning, 0.5f);
-  EXPECT_EQ(file_dat.str(), "my data.hkl ! run 2");
-  EXPECT_EQ(file_out.str(), "res");
-  EXPECT_EQ(title.str(), "spaced   title");
-  EXPECT_FALSE(friedel);
-  EXPECT_TRUE(twin_name.blank());
+  EXPECT_EQ(texts(), (Texts{"spaced   title", "my data.hkl ! run 2", "res", "P 21/c", "", "", ""}));
   read("TITLE\nINPFIL\n");  // bare keys clear what an earlier file set
-  EXPECT_TRUE(title.blank());
-  EXPECT_TRUE(file_dat.blank());
+  EXPECT_TRUE(title.blank() && file_dat.blank());
 }
 
 // Each failure: its one message, exit_code -1, keys before it kept, the rest
@@ -273,8 +274,7 @@ TEST_F(JobFile, UnreadableValueStopsTheReadingWithItsMessage) {
     SCOPED_TRACE(line);
     reset_job();
     read(std::string("TITLE before\n") + line + "\nTWIN_end\nSPGR after\n");
-    EXPECT_EQ(data_proc::exit_code, -1);
-    EXPECT_EQ(messages, std::vector<std::string>{message});
+    expect_fault(message);
     EXPECT_EQ(title.str(), "before");
     EXPECT_TRUE(spgr.blank());
     EXPECT_FALSE(prop || cell_given || wave_given || transf_ind || scale_given || eps_given || twinned);
@@ -284,10 +284,10 @@ TEST_F(JobFile, UnreadableValueStopsTheReadingWithItsMessage) {
 
 TEST_F(JobFile, OnlyTheFirst132CharactersOfALineCount) {
   read("CELL 1 2 3 90 90 90" + std::string(120, ' ') + "garbage\n");
-  EXPECT_EQ(data_proc::exit_code, 0);
+  expect_no_fault();
   EXPECT_EQ(cel, (Vec3{1, 2, 3}));
   read("   TRANSF 1 0 0 0 1 0 0 0" + std::string(108, ' ') + "1\n");  // the 9th value is cut off
-  EXPECT_EQ(messages, std::vector<std::string>{"Error reading the transformation matrix!"});
+  expect_fault("Error reading the transformation matrix!");
   // The cut comes before the left-adjusting: leading blanks use up columns.
   read(std::string(10, ' ') + "INPFIL " + std::string(150, 'i') + "\n");
   EXPECT_EQ(file_dat.str(), std::string(132 - 10 - 7, 'i'));
@@ -299,15 +299,10 @@ TEST_F(JobFile, OnlyTheFirst132CharactersOfALineCount) {
 TEST_F(JobFile, CarriageReturnLineEndsAreNotPartOfTheValues) {
   read("TITLE crlf job\r\nINPFIL data.hkl\r\nHKL_T 1\r\nSPGR P 1\r\n"
        "TWIN\r\nTWIN_nam law\r\nTWIN_typ 3\r\nTWIN_mac D9\r\nTWIN_end\r\nKVEC 0 0 0.5\r");
-  EXPECT_EQ(data_proc::exit_code, 0);
-  EXPECT_TRUE(messages.empty());
-  EXPECT_EQ(title.str(), "crlf job");
-  EXPECT_EQ(file_dat.str(), "data.hkl");
+  expect_no_fault();
+  EXPECT_EQ(texts(), (Texts{"crlf job", "data.hkl", "", "P 1", " law", " D9", ""}));
   EXPECT_EQ(hkl_type, 1);
-  EXPECT_EQ(spgr.str(), "P 1");
-  EXPECT_EQ(twin_name.str(), " law");
   EXPECT_EQ(itwin, 3);
-  EXPECT_EQ(machine.str(), " D9");
   EXPECT_TRUE(twinned && prop);
   read("TITLE a\rb\n");  // inside a line it is text
   EXPECT_EQ(title.str(), "a\rb");
@@ -328,19 +323,14 @@ TEST_F(JobFile, TwinBlockValuesCommentsAndForeignLines) {
        "TWIN_mac D23\n"
        "TWIN_end\n"
        "SPGR P 2\n");
-  EXPECT_EQ(data_proc::exit_code, 0);
-  EXPECT_TRUE(messages.empty());
-  EXPECT_TRUE(twinned);
-  EXPECT_EQ(twin_name.str(), " law A ! note");
+  expect_no_fault();
+  EXPECT_TRUE(twinned && ispg && !cell_given);
+  // Reading goes on behind the block.
+  EXPECT_EQ(texts(), (Texts{"", "", "", "P 2", " law A ! note", " D23", "P m m m"}));
   EXPECT_EQ(itwin, 2);
   EXPECT_EQ(nmat, 2);
   EXPECT_EQ(twin[1], kIdentity);
   EXPECT_EQ(twin[2][0][0], -1);
-  EXPECT_EQ(twin_spg.str(), "P m m m");
-  EXPECT_TRUE(ispg);
-  EXPECT_EQ(machine.str(), " D23");
-  EXPECT_FALSE(cell_given);
-  EXPECT_EQ(spgr.str(), "P 2");  // reading goes on behind the block
 }
 
 TEST_F(JobFile, TwinBlockCountsOfMatrices) {
@@ -348,7 +338,7 @@ TEST_F(JobFile, TwinBlockCountsOfMatrices) {
   EXPECT_TRUE(twinned);
   EXPECT_EQ(nmat, 0);
   read("TWIN\nTWIN_mat 1 0 0 0 1 0 0 0 1\nTWIN_mat 1 0 0 0 1 0 0 0 1\n");  // the file ends inside
-  EXPECT_EQ(data_proc::exit_code, 0);
+  expect_no_fault();
   EXPECT_EQ(nmat, 2);
   read("TWIN\nTWIN_mat 1 0 0 0 1 0 0 0 1\nTWIN_end\nTWIN\nTWIN_mat 2 0 0 0 2 0 0 0 2\n");
   EXPECT_EQ(nmat, 1);  // a second block starts counting again
@@ -358,9 +348,7 @@ TEST_F(JobFile, TwinBlockCountsOfMatrices) {
   std::string text = "TWIN\n";
   for (int i = 1; i <= 25; ++i) text += "TWIN_mat " + std::to_string(i) + " 0 0 0 1 0 0 0 1\n";
   read(text);
-  EXPECT_EQ(data_proc::exit_code, -1);
-  EXPECT_EQ(messages,
-            std::vector<std::string>{"Error reading the TWIN law file, item: TWIN_mat (more than 24 domains)"});
+  expect_fault("Error reading the TWIN law file, item: TWIN_mat (more than 24 domains)");
   EXPECT_EQ(nmat, max_domains);
   EXPECT_EQ(twin[24][0][0], 24);
   EXPECT_FALSE(twinned);

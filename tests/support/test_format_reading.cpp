@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <memory>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace lsu = lorx_string_utilities;
@@ -48,24 +49,21 @@ std::vector<std::string> messages() {
 }  // namespace
 
 TEST(Findfmt, BuildsFormatsThatFitTheLine) {
-  EXPECT_EQ(scan("  12 3.5  abc", "IF3").format, "(i4,f4.0,tr2,a3)");
-  EXPECT_EQ(scan("  12 3.5  abc", "if3").format, "(i4,f4.0,tr2,a3)");
-  EXPECT_EQ(lsu::ierr_fmt, 0);
-  // Fields the line does not reach read blank.
-  EXPECT_EQ(scan("12", "IFI").format, "(i2,f1.0,i1)");
-  EXPECT_EQ(scan("7", "I3B").format, "(i1,tr1,a3,tr1,a11)");
-  // Text behind the template's last field is ignored.
-  EXPECT_EQ(scan("1 2 3 4", "II").format, "(i1,i2)");
-  // Signs start a new number; exponents keep theirs.
-  EXPECT_EQ(scan("1.5-2.5", "FF").format, "(f3.0,f4.0)");
-  EXPECT_EQ(scan("-3-4", "II").format, "(i2,i2)");
-  EXPECT_EQ(scan(" 1.5E-3  2", "FI").format, "(f7.0,i3)");
-  EXPECT_EQ(scan("12E3", "I").format, "(i4)");
-  EXPECT_EQ(scan("1E 5", "FI").format, "(f2.0,i2)");
-  // Text fields take at most their width, and never a blank.
-  EXPECT_EQ(scan("Fe1  0.25", "AF").format, "(a3,f6.0)");
-  EXPECT_EQ(scan("O1 x", "21").format, "(a2,tr1,a1)");
-  EXPECT_EQ(scan("abcdefghijklmn", "E").format, "(a14)");
+  const std::tuple<const char*, const char*, const char*> cases[] = {
+      {"  12 3.5  abc", "IF3", "(i4,f4.0,tr2,a3)"}, {"  12 3.5  abc", "if3", "(i4,f4.0,tr2,a3)"},
+      // Fields the line does not reach read blank.
+      {"12", "IFI", "(i2,f1.0,i1)"}, {"7", "I3B", "(i1,tr1,a3,tr1,a11)"},
+      {"1 2 3 4", "II", "(i1,i2)"},  // text behind the template's last field is ignored
+      // Signs start a new number; exponents keep theirs.
+      {"1.5-2.5", "FF", "(f3.0,f4.0)"}, {"-3-4", "II", "(i2,i2)"}, {" 1.5E-3  2", "FI", "(f7.0,i3)"},
+      {"12E3", "I", "(i4)"}, {"1E 5", "FI", "(f2.0,i2)"},
+      // Text fields take at most their width, and never a blank.
+      {"Fe1  0.25", "AF", "(a3,f6.0)"}, {"O1 x", "21", "(a2,tr1,a1)"}, {"abcdefghijklmn", "E", "(a14)"}};
+  for (auto [line, tpl, format] : cases) {
+    const Scan s = scan(line, tpl);
+    EXPECT_EQ(s.format, format) << line << " / " << tpl;
+    EXPECT_EQ(s.ierr, 0) << line << " / " << tpl;
+  }
 }
 
 TEST(Findfmt, TabsSeparateFields) {
@@ -81,28 +79,18 @@ TEST(Findfmt, TabsSeparateFields) {
 }
 
 TEST(Findfmt, FaultsCarryACaretUnderTheCharacter) {
-  Scan s = scan("3.5", "I");
-  EXPECT_EQ(s.ierr, 3);
+  EXPECT_EQ(scan("3.5", "I").ierr, 3);
   EXPECT_EQ(messages(), (std::vector<std::string>{
                             " FindFMT: integer field found real !", " '3.5'", " --^",
                             " => Please check your input file at line:      1 !"}));
-  s = scan("1,2", "II");
-  EXPECT_EQ(s.ierr, 7);
-  EXPECT_EQ(messages()[2], " --^");
-  s = scan("abcdefg", "5I");
-  EXPECT_EQ(s.ierr, 10);
-  EXPECT_EQ(messages()[2], " ------^");  // under the "f"
-  s = scan("x", "F");
-  EXPECT_EQ(s.ierr, 7);
-  EXPECT_EQ(messages()[2], "   ^----");
+  // "abcdefg": the caret under the "f".
+  for (auto [line, tpl, ierr, caret] : {std::tuple{"1,2", "II", 7, " --^"}, {"abcdefg", "5I", 10, " ------^"},
+                                        {"x", "F", 7, "   ^----"}}) {
+    EXPECT_EQ(scan(line, tpl).ierr, ierr) << line;
+    EXPECT_EQ(messages()[2], caret) << line;
+  }
 
-  struct Case {
-    const char* line;
-    const char* tpl;
-    int ierr;
-    const char* message;
-  };
-  const Case cases[] = {
+  const std::tuple<const char*, const char*, int, const char*> cases[] = {
       {"1.2.3", "F", 4, " FindFMT: begged dot, sign or 'e' character !"},
       {"1EE", "F", 4, " FindFMT: begged dot, sign or 'e' character !"},
       {"1E+-2", "F", 4, " FindFMT: begged dot, sign or 'e' character !"},
@@ -115,13 +103,13 @@ TEST(Findfmt, FaultsCarryACaretUnderTheCharacter) {
       {"1 2", "I0", 6, " FindFMT: invalid field in format descriptor !"},
       {"1 2", "I2", 0, nullptr},
   };
-  for (const Case& c : cases) {
+  for (auto [line, tpl, ierr, message] : cases) {
     lsu::init_findfmt(41);
-    scan(c.line, c.tpl);
-    EXPECT_EQ(lsu::ierr_fmt, c.ierr) << c.line << " / " << c.tpl;
-    if (c.message) {
-      ASSERT_GE(lsu::mess_findfmt.nlines, 3) << c.line;
-      EXPECT_EQ(messages()[0], c.message) << c.line;
+    scan(line, tpl);
+    EXPECT_EQ(lsu::ierr_fmt, ierr) << line << " / " << tpl;
+    if (message) {
+      ASSERT_GE(lsu::mess_findfmt.nlines, 3) << line;
+      EXPECT_EQ(messages()[0], message) << line;
     }
   }
 }
@@ -138,10 +126,7 @@ TEST(Findfmt, EmptyTemplateLineAndFormatLimits) {
   EXPECT_EQ(std::ftell(in.get()), 0L);
 
   // A blank line with a numeric first field: code 8 and no messages.
-  lsu::init_findfmt();
-  std::string blank(10, ' ');
-  lsu::findfmt(nullptr, blank, "IF", format);
-  EXPECT_EQ(lsu::ierr_fmt, 8);
+  EXPECT_EQ(scan(std::string(10, ' '), "IF").ierr, 8);
   EXPECT_EQ(lsu::mess_findfmt.nlines, 0);
 
   // The format text's own width bounds what can be built.

@@ -6,6 +6,7 @@
 #include <array>
 #include <cmath>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace lsu = lorx_string_utilities;
@@ -85,68 +86,47 @@ void expect_round_trip(const Operation& op) {
 }  // namespace
 
 TEST(Fractions, SmallRationalsAreWrittenAsFractions) {
-  EXPECT_EQ(fraction1(1.5f), "+3/2");
-  EXPECT_EQ(fraction1(-0.25f), "-1/4");
-  EXPECT_EQ(fraction1(0.0f), "0");
-  EXPECT_EQ(fraction1(2.0f), "+2");
-  EXPECT_EQ(fraction1(-3.0f), "-3");
-  EXPECT_EQ(fraction1(0.5f), "+1/2");
-  EXPECT_EQ(fraction1(2.0f / 3.0f), "+2/3");
-  EXPECT_EQ(fraction1(0.123f), "+0.123");
-  EXPECT_EQ(fraction1(-0.123f), "-0.1230");
-  EXPECT_EQ(fraction1(1.0f + 5.0E-6f), "+1");  // within the tolerance of an integer
-  EXPECT_EQ(fraction1(5.0f / 24.0f), "+0.208");
-  EXPECT_EQ(fraction2(5.0f / 24.0f), "+5/24");
-  EXPECT_EQ(fraction2(-0.123f), "-0.1230");
-  EXPECT_EQ(fraction2(0.123f), "+0.1230");
-  EXPECT_EQ(fraction2(-12.0f), "-12");
-  // An integer too wide for its columns is starred, as the fixed format does.
-  EXPECT_EQ(fraction1(150.0f), "+**");
-
-  // A text of declared width comes back padded to it.
-  std::string field(6, 'x');
+  const std::pair<float, const char*> one_digit[] = {
+      {1.5f, "+3/2"},     {-0.25f, "-1/4"},   {0.0f, "0"},       {2.0f, "+2"},          {-3.0f, "-3"},
+      {0.5f, "+1/2"},     {2.0f / 3.0f, "+2/3"}, {0.123f, "+0.123"}, {-0.123f, "-0.1230"}, {5.0f / 24.0f, "+0.208"},
+      {1.0f + 5.0E-6f, "+1"},  // within the tolerance of an integer
+      {150.0f, "+**"}};        // too wide for its columns: starred, as the fixed format does
+  for (auto [v, text] : one_digit) EXPECT_EQ(fraction1(v), text) << v;
+  for (auto [v, text] : {std::pair{5.0f / 24.0f, "+5/24"}, {-0.123f, "-0.1230"}, {0.123f, "+0.1230"}, {-12.0f, "-12"}})
+    EXPECT_EQ(fraction2(v), text) << v;
+  std::string field(6, 'x');  // a text of declared width comes back padded to it
   lsu::get_fraction_1dig(0.75f, field);
   EXPECT_EQ(field, "+3/4  ");
-
   EXPECT_EQ(lsu::frac_trans_1dig(std::array<float, 3>{0.5f, 0.0f, -0.25f}), "(1/2,0,-1/4)");
-  EXPECT_EQ(lsu::frac_trans_2dig(std::array<float, 3>{1.0f / 12.0f, 2.0f, -7.0f / 24.0f}),
-            "(1/12,2,-7/24)");
+  EXPECT_EQ(lsu::frac_trans_2dig(std::array<float, 3>{1.0f / 12.0f, 2.0f, -7.0f / 24.0f}), "(1/12,2,-7/24)");
 }
 
 TEST(Fractions, ReadingNumbersAndFractions) {
   lsu::err_string = false;
-  EXPECT_EQ(fract("   "), 1.0f);
-  EXPECT_EQ(fract("+"), 1.0f);
-  EXPECT_EQ(fract(" - "), -1.0f);
-  EXPECT_EQ(fract("1/4"), 0.25f);
-  EXPECT_EQ(fract("-3/2"), -1.5f);
-  EXPECT_EQ(fract("0.75"), 0.75f);
-  EXPECT_EQ(fract("2.5d0"), 2.5f);
+  const std::pair<const char*, float> good[] = {{"   ", 1.0f}, {"+", 1.0f},    {" - ", -1.0f},   {"1/4", 0.25f},
+                                               {"-3/2", -1.5f}, {"0.75", 0.75f}, {"2.5d0", 2.5f}};
+  for (auto [text, v] : good) EXPECT_EQ(fract(text), v) << text;
   EXPECT_FALSE(lsu::err_string);
-
-  EXPECT_EQ(fract("x"), 0.0f);
-  EXPECT_TRUE(lsu::err_string);
-  EXPECT_EQ(lsu::err_string_mess, " The provided symbol is illegal: x");
-  EXPECT_EQ(fract("1/q"), 0.0f);
-  EXPECT_EQ(lsu::err_string_mess, " The provided symbol is illegal: q");
+  for (auto [text, bad] : {std::pair{"x", "x"}, {"1/q", "q"}}) {
+    EXPECT_EQ(fract(text), 0.0f) << text;
+    EXPECT_TRUE(lsu::err_string);
+    EXPECT_EQ(lsu::err_string_mess, std::string(" The provided symbol is illegal: ") + bad);
+  }
   EXPECT_EQ(fract("1/"), 0.0f);
 }
 
 TEST(Fractions, LinearFormsInThreeLetters) {
   lsu::init_err_string();
-  EXPECT_EQ(linear_form("a"), (std::array<float, 3>{1, 0, 0}));
-  EXPECT_EQ(linear_form("2a-b/3"), (std::array<float, 3>{2, -1.0f / 3.0f, 0}));
-  EXPECT_EQ(linear_form("-a/2+c"), (std::array<float, 3>{-0.5f, 0, 1}));
-  EXPECT_EQ(linear_form("a+1/2"), (std::array<float, 3>{1, 0, 0}));
-  EXPECT_EQ(linear_form("-b+c+1/4"), (std::array<float, 3>{0, -1, 1}));
-  EXPECT_EQ(linear_form("3c/4"), (std::array<float, 3>{0, 0, 0.75f}));
-  EXPECT_EQ(linear_form("x-y", "xyz"), (std::array<float, 3>{1, -1, 0}));
+  using V = std::array<float, 3>;
+  const std::tuple<const char*, const char*, V> cases[] = {
+      {"a", "abc", {1, 0, 0}},          {"2a-b/3", "abc", {2, -1.0f / 3.0f, 0}}, {"-a/2+c", "abc", {-0.5f, 0, 1}},
+      {"a+1/2", "abc", {1, 0, 0}},      {"-b+c+1/4", "abc", {0, -1, 1}},        {"3c/4", "abc", {0, 0, 0.75f}},
+      {"x-y", "xyz", {1, -1, 0}},
+      {"-a+b-c+1/2", "abc", {0, 0, 0}},  // four signs are more terms than the form holds: nothing is read
+  };
+  for (auto [text, code, v] : cases) EXPECT_EQ(linear_form(text, code), v) << text;
   EXPECT_FALSE(lsu::err_string);
-  // Four signs are more terms than the form holds: nothing is read.
-  EXPECT_EQ(linear_form("-a+b-c+1/2"), (std::array<float, 3>{0, 0, 0}));
-  EXPECT_FALSE(lsu::err_string);
-
-  EXPECT_EQ(linear_form("a+a"), (std::array<float, 3>{1, 0, 0}));
+  EXPECT_EQ(linear_form("a+a"), (V{1, 0, 0}));
   EXPECT_TRUE(lsu::err_string);
   EXPECT_EQ(lsu::err_string_mess, " The provided symbol is illegal: a+a");
 }
@@ -159,13 +139,7 @@ TEST(SymmetrySymbols, MatrixAndSymbolOfAChangeOfAxes) {
 
   // Fractional coefficients, and a row that starts with a zero.
   lsu::get_mat_from_symb("a/2-b/2,b/2+c/3,-2c", m, "abc");
-  Matrix<float> expected(3, 3);
-  expected(0, 0) = 0.5f;
-  expected(0, 1) = -0.5f;
-  expected(1, 1) = 0.5f;
-  expected(1, 2) = 1.0f / 3.0f;
-  expected(2, 2) = -2.0f;
-  EXPECT_EQ(m, expected);
+  EXPECT_EQ(m, Matrix<float>::from_rows({{0.5f, -0.5f, 0}, {0, 0.5f, 1.0f / 3.0f}, {0, 0, -2}}));
   EXPECT_EQ(symbol_of(m, "abc"), "a/2-b/2,b/2+c/3,-2c");
   EXPECT_EQ(symbol_of(matrix_of({{{2, 0, 1}, {0, 3, 0}, {-1, 0, -1}}}), "abc"), "2a+c,3b,-a-c");
   // Only the first "+-" of the whole text loses its "+".
@@ -241,33 +215,20 @@ TEST(SymmetrySymbols, HexagonalGroupReadBackIsClosed) {
 }
 
 TEST(SymmetrySymbols, SettingTextsAndTheirFaults) {
-  Matrix<float> m1, m2, m3;
-  std::array<float, 3> o1{}, o2{}, o3{};
-  lsu::get_transf("a,b,c;1/2,0,0", m1, o1);
-  lsu::get_transf("1/2,0,0;a,b,c", m2, o2);
-  lsu::get_transf("(A,B,C;1/2,0,0)", m3, o3);
-  EXPECT_FALSE(lsu::err_string);
-  EXPECT_EQ(m1, Matrix<float>::identity(3));
-  EXPECT_EQ(m2, m1);
-  EXPECT_EQ(m3, m1);
-  EXPECT_EQ(o1, (std::array<float, 3>{0.5f, 0, 0}));
-  EXPECT_EQ(o2, o1);
-  EXPECT_EQ(o3, o1);
-
-  lsu::get_transf("a,b,c;,0,0", m1, o1);  // a blank piece reads as 1
-  EXPECT_FALSE(lsu::err_string);
-  EXPECT_EQ(o1, (std::array<float, 3>{1, 0, 0}));
-
-  lsu::get_transf("x+y,-x+y,z | 0,0,1/4", m1, o1, "xyz|");
-  EXPECT_FALSE(lsu::err_string);
-  EXPECT_EQ(m1, matrix_of({{{1, 1, 0}, {-1, 1, 0}, {0, 0, 1}}}));
-  EXPECT_EQ(o1, (std::array<float, 3>{0, 0, 0.25f}));
-
-  struct Fault {
-    const char* text;
-    const char* message;
-  };
-  const Fault faults[] = {
+  Matrix<float> m1;
+  std::array<float, 3> o1{};
+  const Matrix<float> id = Matrix<float>::identity(3), hex = matrix_of({{{1, 1, 0}, {-1, 1, 0}, {0, 0, 1}}});
+  const std::tuple<const char*, const char*, const Matrix<float>*, std::array<float, 3>> settings[] = {
+      {"a,b,c;1/2,0,0", "abc;", &id, {0.5f, 0, 0}},     {"1/2,0,0;a,b,c", "abc;", &id, {0.5f, 0, 0}},
+      {"(A,B,C;1/2,0,0)", "abc;", &id, {0.5f, 0, 0}},   {"a,b,c;,0,0", "abc;", &id, {1, 0, 0}},  // blank reads as 1
+      {"x+y,-x+y,z | 0,0,1/4", "xyz|", &hex, {0, 0, 0.25f}}};
+  for (const auto& [text, code, m, o] : settings) {
+    lsu::get_transf(text, m1, o1, code);
+    EXPECT_FALSE(lsu::err_string) << text;
+    EXPECT_EQ(m1, *m) << text;
+    EXPECT_EQ(o1, o) << text;
+  }
+  const std::pair<const char*, const char*> faults[] = {
       {"a,b,c", " No appropriate separator (;) is present in the input string:a,b,c"},
       {"a,b,c;0,0", " Bad origin setting...: 0,0"},
       {"a,b,c;0,0,0,0", " Bad origin setting...: 0,0,0,0"},
@@ -275,10 +236,10 @@ TEST(SymmetrySymbols, SettingTextsAndTheirFaults) {
       {"a,b,c;0,x,0",
        " Bad origing setting...:  The provided symbol is illegal: x :: 0,x,0"},
   };
-  for (const Fault& f : faults) {
-    lsu::get_transf(f.text, m1, o1);
-    EXPECT_TRUE(lsu::err_string) << f.text;
-    EXPECT_EQ(lsu::err_string_mess, f.message);
+  for (auto [text, message] : faults) {
+    lsu::get_transf(text, m1, o1);
+    EXPECT_TRUE(lsu::err_string) << text;
+    EXPECT_EQ(lsu::err_string_mess, message);
   }
   // Messages are held to their 150 characters.
   lsu::get_transf(std::string(200, 'q'), m1, o1);

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdint>
 #include <random>
+#include <type_traits>
 #include <vector>
 
 #include "support/math_helpers.h"
@@ -99,15 +100,13 @@ TEST(IntegerForms, EchelonTransformIsUnimodularAndReduces) {
 }
 
 TEST(IntegerForms, EchelonEdges) {
-  auto m = Matrix<int>::from_rows({{2, 4}, {3, 5}});
-  lmg::rowechelonformm(m);
-  EXPECT_EQ(m, Matrix<int>::from_rows({{1, 1}, {0, 2}}));
-  Matrix<int> zero(3, 2);
-  lmg::rowechelonformm(zero);
-  EXPECT_EQ(zero, Matrix<int>(3, 2));
-  auto neg = Matrix<int>::from_rows({{-3, 1}});
-  lmg::rowechelonformm(neg);
-  EXPECT_EQ(neg, Matrix<int>::from_rows({{3, -1}}));
+  auto echelon = [](Matrix<int> m) {
+    lmg::rowechelonformm(m);
+    return m;
+  };
+  EXPECT_EQ(echelon(Matrix<int>::from_rows({{2, 4}, {3, 5}})), Matrix<int>::from_rows({{1, 1}, {0, 2}}));
+  EXPECT_EQ(echelon(Matrix<int>(3, 2)), Matrix<int>(3, 2));
+  EXPECT_EQ(echelon(Matrix<int>::from_rows({{-3, 1}})), Matrix<int>::from_rows({{3, -1}}));
   // A leading zero column is passed over with the same row.
   auto skip = Matrix<int>::from_rows({{0, 0, 5}, {0, 2, 1}});
   Matrix<int> t = Matrix<int>::identity(2);
@@ -139,29 +138,30 @@ TEST(IntegerForms, SmithFormFromUnimodularSteps) {
   EXPECT_EQ(q, Matrix<int>::identity(2));
 }
 
-TEST(LinearDependence, RowsAndColumns) {
-  const auto row = Matrix<int>::from_rows({{1, 0}});
+// Whether v depends on the first nb vectors (rows, or columns when nb > 1 and mb == 1) of b.
+template <class T>
+bool dependent(std::vector<T> v, const Matrix<T>& b, int nb, int mb) {
   bool dep = false;
-  lmg::linear_dependenti(std::vector<int>{1, 1}, 2, row, 1, 2, dep);
+  const int n = static_cast<int>(v.size());
+  if constexpr (std::is_same_v<T, int>) lmg::linear_dependenti(v, n, b, nb, mb, dep);
+  else if constexpr (std::is_same_v<T, float>) lmg::linear_dependentr(v, n, b, nb, mb, dep);
+  else lmg::linear_dependentc(v, n, b, nb, mb, dep);
+  return dep;
+}
+
+TEST(LinearDependence, RowsAndColumns) {
+  const auto row = Matrix<int>::from_rows({{1, 0}}), col = Matrix<int>::from_rows({{1}, {2}});
+  EXPECT_FALSE(dependent<int>({1, 1}, row, 1, 2));
   EXPECT_FALSE(lmg::err_mathgen);
-  EXPECT_FALSE(dep);
-  lmg::linear_dependenti(std::vector<int>{2, 0}, 2, row, 1, 2, dep);
-  EXPECT_TRUE(dep);
-  // As a new column of a 2 by 1 matrix.
-  const auto col = Matrix<int>::from_rows({{1}, {2}});
-  lmg::linear_dependenti(std::vector<int>{-2, -4}, 2, col, 2, 1, dep);
-  EXPECT_TRUE(dep);
-  lmg::linear_dependenti(std::vector<int>{1, 0}, 2, col, 2, 1, dep);
-  EXPECT_FALSE(dep);
+  EXPECT_TRUE(dependent<int>({2, 0}, row, 1, 2));
+  EXPECT_TRUE(dependent<int>({-2, -4}, col, 2, 1));  // as a new column of a 2 by 1 matrix
+  EXPECT_FALSE(dependent<int>({1, 0}, col, 2, 1));
   // As many vectors as their length: dependent without a look.
-  lmg::linear_dependenti(std::vector<int>{0, 1}, 2, Matrix<int>::identity(2), 2, 2, dep);
-  EXPECT_TRUE(dep);
+  EXPECT_TRUE(dependent<int>({0, 1}, Matrix<int>::identity(2), 2, 2));
   // Only the leading block of b counts.
   const auto wide = Matrix<float>::from_rows({{1, 0, 0}, {0, 1, 0}, {9, 9, 9}});
-  lmg::linear_dependentr(std::vector<float>{0, 0, 1}, 3, wide, 2, 3, dep);
-  EXPECT_FALSE(dep);
-  lmg::linear_dependentr(std::vector<float>{0.5f, -2, 0}, 3, wide, 2, 3, dep);
-  EXPECT_TRUE(dep);
+  EXPECT_FALSE(dependent<float>({0, 0, 1}, wide, 2, 3));
+  EXPECT_TRUE(dependent<float>({0.5f, -2, 0}, wide, 2, 3));
 }
 
 TEST(LinearDependence, KnownRankInRealMatrices) {
@@ -177,27 +177,19 @@ TEST(LinearDependence, KnownRankInRealMatrices) {
       for (int i = 0; i < nb; ++i) in_span[j] += (i + 1) * b(i, j);
       outside[j] = u(rng);
     }
-    bool dep = false;
-    lmg::linear_dependentr(in_span, mb, b, nb, mb, dep);
-    EXPECT_TRUE(dep) << nb;
-    lmg::linear_dependentr(outside, mb, b, nb, mb, dep);
-    EXPECT_FALSE(dep) << nb;
+    EXPECT_TRUE(dependent(in_span, b, nb, mb)) << nb;
+    EXPECT_FALSE(dependent(outside, b, nb, mb)) << nb;
   }
 }
 
 TEST(LinearDependence, ComplexMultiplesAreDependent) {
-  const auto row = Matrix<complex_sp>::from_rows({{{1, 0}, {0, 0}}});
-  bool dep = false;
-  lmg::linear_dependentc(std::vector<complex_sp>{{0, 1}, {0, 0}}, 2, row, 1, 2, dep);
+  using C = complex_sp;
+  const auto row = Matrix<C>::from_rows({{{1, 0}, {0, 0}}}), col = Matrix<C>::from_rows({{{1, 1}}, {{0, 2}}});
+  EXPECT_TRUE(dependent<C>({{0, 1}, {0, 0}}, row, 1, 2));
   EXPECT_FALSE(lmg::err_mathgen);
-  EXPECT_TRUE(dep);
-  lmg::linear_dependentc(std::vector<complex_sp>{{1, 0}, {1, 0}}, 2, row, 1, 2, dep);
-  EXPECT_FALSE(dep);
-  const auto col = Matrix<complex_sp>::from_rows({{{1, 1}}, {{0, 2}}});
-  lmg::linear_dependentc(std::vector<complex_sp>{{2, 0}, {2, 2}}, 2, col, 2, 1, dep);  // (1 - i) times
-  EXPECT_TRUE(dep);
-  lmg::linear_dependentc(std::vector<complex_sp>{{2, 0}, {1, -1}}, 2, col, 2, 1, dep);
-  EXPECT_FALSE(dep);
+  EXPECT_FALSE(dependent<C>({{1, 0}, {1, 0}}, row, 1, 2));
+  EXPECT_TRUE(dependent<C>({{2, 0}, {2, 2}}, col, 2, 1));  // (1 - i) times
+  EXPECT_FALSE(dependent<C>({{2, 0}, {1, -1}}, col, 2, 1));
 }
 
 TEST(LinearDependence, DimensionFaultsLeaveTrue) {

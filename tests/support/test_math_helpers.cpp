@@ -3,10 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
 #include <numbers>
 #include <random>
+#include <tuple>
 #include <vector>
 
 namespace lmg = lorx_math_general;
@@ -35,17 +37,11 @@ TEST_F(MathHelpers, FactorialsAtTheirLimits) {
 }
 
 TEST_F(MathHelpers, GcdLcmAndPrimeTable) {
-  EXPECT_EQ(lmg::pgcd(12, 18), 6);
-  EXPECT_EQ(lmg::pgcd(18, 12), 6);
-  EXPECT_EQ(lmg::pgcd(17, 5), 1);
-  EXPECT_EQ(lmg::pgcd(7, 0), 7);
-  EXPECT_EQ(lmg::ppcm(4, 6), 12);
-  EXPECT_EQ(lmg::ppcm(12, 18), 36);
+  for (auto [a, b, g] : {std::array{12, 18, 6}, {18, 12, 6}, {17, 5, 1}, {7, 0, 7}})
+    EXPECT_EQ(lmg::pgcd(a, b), g) << a << ' ' << b;
   // Prime factors beyond the square root of the larger value are left out.
-  EXPECT_EQ(lmg::ppcm(2, 3), 2);
-  EXPECT_EQ(lmg::ppcm(3, 5), 3);
-  EXPECT_EQ(lmg::ppcm(21, 6), 6);
-  EXPECT_EQ(lmg::ppcm(1, 7), 7);
+  for (auto [a, b, l] : {std::array{4, 6, 12}, {12, 18, 36}, {2, 3, 2}, {3, 5, 3}, {21, 6, 6}, {1, 7, 7}})
+    EXPECT_EQ(lmg::ppcm(a, b), l) << a << ' ' << b;
 
   EXPECT_EQ(lmg::primes.front(), 2);
   EXPECT_EQ(lmg::primes[999], 7919);
@@ -55,44 +51,35 @@ TEST_F(MathHelpers, GcdLcmAndPrimeTable) {
 }
 
 TEST_F(MathHelpers, CoPrimeAndCommonFactors) {
-  EXPECT_FALSE(lmg::co_prime(std::vector<int>{2, 4, 6}));
-  EXPECT_TRUE(lmg::co_prime(std::vector<int>{2, 3}));
-  EXPECT_FALSE(lmg::co_prime(std::vector<int>{0, 0}));
-  EXPECT_TRUE(lmg::co_prime(std::vector<int>{0, 1, -1}));
-  EXPECT_FALSE(lmg::co_prime(std::vector<int>{}));
-  EXPECT_FALSE(lmg::co_prime(std::vector<int>{0, -14, 21}));
-  // Only the primes up to the first one not below the limit are tried.
-  EXPECT_TRUE(lmg::co_prime(std::vector<int>{9, 15}, 2));
-  EXPECT_FALSE(lmg::co_prime(std::vector<int>{9, 15}, 3));
-  EXPECT_FALSE(lmg::co_prime(std::vector<int>{7919 * 2, 7919}, 8000));
+  using V = std::vector<int>;
+  // {values, limit (0: default), co-prime}; only the primes up to the first one
+  // not below the limit are tried.
+  const std::tuple<V, int, bool> cases[] = {
+      {{2, 4, 6}, 0, false}, {{2, 3}, 0, true},  {{0, 0}, 0, false},  {{0, 1, -1}, 0, true},       {{}, 0, false},
+      {{0, -14, 21}, 0, false}, {{9, 15}, 2, true}, {{9, 15}, 3, false}, {{7919 * 2, 7919}, 8000, false}};
+  for (const auto& [v, limit, want] : cases)
+    EXPECT_EQ(limit ? lmg::co_prime(v, limit) : lmg::co_prime(v), want) << ::testing::PrintToString(v) << limit;
 
-  std::vector<int> out;
-  int factor = 0;
-  lmg::co_prime_vector(std::vector<int>{2, 4, 6}, out, &factor);
-  EXPECT_EQ(out, (std::vector<int>{1, 2, 3}));
-  EXPECT_EQ(factor, 2);
-  lmg::co_prime_vector(std::vector<int>{24, -36, 0}, out, &factor);
-  EXPECT_EQ(out, (std::vector<int>{2, -3, 0}));
-  EXPECT_EQ(factor, 12);
-  lmg::co_prime_vector(std::vector<int>{0, 0}, out, &factor);
-  EXPECT_EQ(out, (std::vector<int>{0, 0}));
-  EXPECT_EQ(factor, 1);
-  lmg::co_prime_vector(std::vector<int>{7, 7}, out, &factor);
-  EXPECT_EQ(out, (std::vector<int>{1, 1}));
-  EXPECT_EQ(factor, 7);
-  // From the last prime of the table on, nothing is tried.
-  lmg::co_prime_vector(std::vector<int>{7919, 0}, out, &factor);
-  EXPECT_EQ(out, (std::vector<int>{7919, 0}));
-  EXPECT_EQ(factor, 1);
+  // {values, reduced, factor}; from the last prime of the table on, nothing is tried.
+  const std::tuple<V, V, int> vectors[] = {{{2, 4, 6}, {1, 2, 3}, 2}, {{24, -36, 0}, {2, -3, 0}, 12},
+                                           {{0, 0}, {0, 0}, 1},       {{7, 7}, {1, 1}, 7},
+                                           {{7919, 0}, {7919, 0}, 1}};
+  for (const auto& [v, want, want_factor] : vectors) {
+    V out;
+    int factor = 0;
+    lmg::co_prime_vector(v, out, &factor);
+    EXPECT_EQ(out, want);
+    EXPECT_EQ(factor, want_factor) << ::testing::PrintToString(v);
+  }
 }
 
 TEST_F(MathHelpers, CoLinearVectors) {
-  EXPECT_TRUE(lmg::co_linear_i(std::vector<int>{0, 1, 2}, std::vector<int>{0, 2, 4}, 3));
-  EXPECT_TRUE(lmg::co_linear_i(std::vector<int>{1, 2}, std::vector<int>{2, 4}, 2));
-  EXPECT_FALSE(lmg::co_linear_i(std::vector<int>{1, 2}, std::vector<int>{2, 5}, 2));
-  EXPECT_TRUE(lmg::co_linear_i(std::vector<int>{1, 2}, std::vector<int>{2, 5}, 1));
-  EXPECT_FALSE(lmg::co_linear_i(std::vector<int>{0, 1}, std::vector<int>{1, 1}, 2));
-  EXPECT_TRUE(lmg::co_linear_i(std::vector<int>{0, 0}, std::vector<int>{0, 0}, 2));
+  using V = std::vector<int>;
+  const std::tuple<V, V, int, bool> cases[] = {{{0, 1, 2}, {0, 2, 4}, 3, true}, {{1, 2}, {2, 4}, 2, true},
+                                               {{1, 2}, {2, 5}, 2, false},      {{1, 2}, {2, 5}, 1, true},
+                                               {{0, 1}, {1, 1}, 2, false},      {{0, 0}, {0, 0}, 2, true}};
+  for (const auto& [a, b, n, want] : cases)
+    EXPECT_EQ(lmg::co_linear_i(a, b, n), want) << ::testing::PrintToString(a) << ::testing::PrintToString(b) << n;
   EXPECT_TRUE(lmg::co_linear_r(std::vector<float>{1.5f, -3.0f}, std::vector<float>{-0.5f, 1.0f}, 2));
   EXPECT_FALSE(lmg::co_linear_r(std::vector<float>{1.5f, -3.0f}, std::vector<float>{-0.5f, 1.1f}, 2));
   using C = lmg::complex_sp;
@@ -129,42 +116,35 @@ TEST_F(MathHelpers, DegreeTrigonometry) {
   EXPECT_EQ(lmg::asind_dp(-2.0), -90.0);
 
   constexpr double pi = std::numbers::pi;
-  double a = 7;
-  lmg::rtan_dp(1.0, 0.0, a);
-  EXPECT_DOUBLE_EQ(a, pi / 2);
-  lmg::rtan_dp(-1.0, -1.0, a);
-  EXPECT_DOUBLE_EQ(a, -0.75 * pi);
-  lmg::rtan_dp(-1.0, -1.0, a, true);
-  EXPECT_NEAR(a, -135.0, 1e-12);
-  lmg::rtan_dp(1.0e-6, -1.0e-6, a);
-  EXPECT_EQ(a, 0.0);
-  lmg::rtan_dp(-2.0, 1.0e-6, a);
-  EXPECT_DOUBLE_EQ(a, -pi / 2);
+  auto rtan = [](double y, double x, bool degrees = false) {
+    double a = 7;
+    lmg::rtan_dp(y, x, a, degrees);
+    return a;
+  };
+  EXPECT_DOUBLE_EQ(rtan(1.0, 0.0), pi / 2);
+  EXPECT_DOUBLE_EQ(rtan(-1.0, -1.0), -0.75 * pi);
+  EXPECT_NEAR(rtan(-1.0, -1.0, true), -135.0, 1e-12);
+  EXPECT_EQ(rtan(1.0e-6, -1.0e-6), 0.0);
+  EXPECT_DOUBLE_EQ(rtan(-2.0, 1.0e-6), -pi / 2);
   float f = 0;
   lmg::rtan_sp(1.0f, -2.0f, f, true);
   EXPECT_NEAR(f, 180.0f - 26.565051f, 1e-4f);
   // Away from the axes the result agrees with atan2 in every quadrant.
   for (double y : {-3.0, -0.5, 0.25, 2.0})
-    for (double x : {-4.0, -0.1, 0.3, 5.0}) {
-      lmg::rtan_dp(y, x, a);
-      EXPECT_NEAR(a, std::atan2(y, x), 1e-14) << y << ' ' << x;
-    }
+    for (double x : {-4.0, -0.1, 0.3, 5.0}) EXPECT_NEAR(rtan(y, x), std::atan2(y, x), 1e-14) << y << ' ' << x;
 }
 
 TEST_F(MathHelpers, SearchAndLocate) {
-  EXPECT_EQ(lmg::imaxloc_i(std::vector<int>{1, 3, 3}), 2);
+  EXPECT_EQ(lmg::imaxloc_i(std::vector<int>{1, 3, 3}), 2);  // the first of equals
   EXPECT_EQ(lmg::iminloc_sp(std::vector<float>{2, -1, 5, -1}), 2);
   EXPECT_EQ(lmg::imaxloc_dp(std::vector<double>{}), 1);
   EXPECT_EQ(lmg::iminloc_i(std::vector<int>{}), 1);
 
   const std::vector<float> rising{1, 2, 3, 4};
-  EXPECT_EQ(lmg::locate_r(rising, 4, 2.5f), 2);
-  EXPECT_EQ(lmg::locate_r(rising, 4, 0.0f), 1);
-  EXPECT_EQ(lmg::locate_r(rising, 4, 9.0f), 4);
-  EXPECT_EQ(lmg::locate_r(rising, 4, 3.0f), 2);
+  const std::tuple<int, float, int> locate[] = {{4, 2.5f, 2}, {4, 0.0f, 1}, {4, 9.0f, 4},
+                                                {4, 3.0f, 2}, {0, 2.5f, 0}, {3, 3.5f, 3}};
+  for (auto [n, x, want] : locate) EXPECT_EQ(lmg::locate_r(rising, n, x), want) << n << ' ' << x;
   EXPECT_EQ(lmg::locate_rb(rising, 3.5f), 3);
-  EXPECT_EQ(lmg::locate_r(rising, 0, 2.5f), 0);
-  EXPECT_EQ(lmg::locate_r(rising, 3, 3.5f), 3);
   const std::vector<int> steps{0, 10, 20, 30, 40, 50, 60};
   for (int x = 1; x < 60; ++x) EXPECT_EQ(lmg::locate_ib(steps, x), (x - 1) / 10 + 1) << x;
   EXPECT_EQ(lmg::locate_i(steps, 3, 15), 2);
@@ -224,26 +204,23 @@ TEST_F(MathHelpers, MatrixArithmetic) {
 }
 
 TEST_F(MathHelpers, EuclideanNormAvoidsOverflowAndUnderflow) {
-  EXPECT_FLOAT_EQ(lmg::euclidean_norm(2, std::vector<float>{3, -4}), 5.0f);
-  EXPECT_EQ(lmg::euclidean_norm(0, std::vector<float>{3}), 0.0f);
-  EXPECT_FLOAT_EQ(lmg::euclidean_norm(2, std::vector<float>{1e30f, -1e30f}), 1.41421356e30f);
-  EXPECT_FLOAT_EQ(lmg::euclidean_norm(3, std::vector<float>{1e-25f, 1e-25f, 0.0f}), 1.41421356e-25f);
-  EXPECT_FLOAT_EQ(lmg::euclidean_norm(3, std::vector<float>{3e-25f, 3.0f, 4.0f}), 5.0f);
-  EXPECT_FLOAT_EQ(lmg::euclidean_norm(3, std::vector<float>{4e25f, 1.0f, 3e25f}), 5e25f);
-  EXPECT_FLOAT_EQ(lmg::euclidean_norm(1, std::vector<float>{3, 4}), 3.0f);  // only the first n
+  // Only the first n count.
+  const std::tuple<int, std::vector<float>, float> cases[] = {
+      {2, {3, -4}, 5.0f},                        {0, {3}, 0.0f},
+      {2, {1e30f, -1e30f}, 1.41421356e30f},      {3, {1e-25f, 1e-25f, 0.0f}, 1.41421356e-25f},
+      {3, {3e-25f, 3.0f, 4.0f}, 5.0f},           {3, {4e25f, 1.0f, 3e25f}, 5e25f},
+      {1, {3, 4}, 3.0f}};
+  for (const auto& [n, v, want] : cases) EXPECT_FLOAT_EQ(lmg::euclidean_norm(n, v), want) << want;
 }
 
 TEST_F(MathHelpers, MedianBySelection) {
   float med = -1;
   std::vector<float> v;
-  lmg::am_median(v, 0, med);
-  EXPECT_EQ(med, 0.0f);
-  v = {4};
-  lmg::am_median(v, 1, med);
-  EXPECT_EQ(med, 4.0f);
-  v = {4, 1};
-  lmg::am_median(v, 2, med);
-  EXPECT_EQ(med, 2.5f);
+  for (auto [values, want] : {std::pair<std::vector<float>, float>{{}, 0.0f}, {{4}, 4.0f}, {{4, 1}, 2.5f}}) {
+    v = values;
+    lmg::am_median(v, static_cast<int>(v.size()), med);
+    EXPECT_EQ(med, want);
+  }
 
   std::mt19937 rng(7);
   std::uniform_int_distribution<int> pick(-20, 20);  // many ties

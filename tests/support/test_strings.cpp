@@ -68,39 +68,32 @@ TEST(LorxStringsGetnum, CountsBeyondShortArraysAndLeavesTheTextAlone) {
   const std::string text = "1 2 3 4 5 6 7 8 9 10 11 12";
   lsu::getnum(text, r, i, n);
   EXPECT_EQ(n, 12);
-  EXPECT_EQ(r[2], 3.0f);
+  EXPECT_EQ(r, (std::array<float, 3>{1, 2, 3}));
   EXPECT_EQ(text, "1 2 3 4 5 6 7 8 9 10 11 12");
   lsu::getnum("1 2", {}, {}, n);
   EXPECT_EQ(n, 2);
 }
 
 TEST(LorxStringsCutst, WordsAndWidths) {
-  std::string text(10, ' '), word(5, 'x');
-  int rest = -1, wl = -1;
-  lsu::cutst(text, &rest, &word, &wl);
-  EXPECT_EQ(word, "     ");
-  EXPECT_EQ(rest, 0);
-  EXPECT_EQ(wl, 0);
-
-  text = "ab";
-  word.clear();
-  lsu::cutst(text, &rest, &word, &wl);
-  EXPECT_EQ(word, "ab");
-  EXPECT_EQ(wl, 2);
-  EXPECT_EQ(text, "  ");
-
-  text = "   one,\ttwo   three   ";
-  word.clear();
-  lsu::cutst(text, &rest, &word, &wl);
-  EXPECT_EQ(word, "one,\ttwo");  // only blanks separate words
-  EXPECT_EQ(text, "three" + std::string(17, ' '));
-  EXPECT_EQ(rest, 5);
-
-  text = "abcdef gh";
-  word = "   ";  // a narrow word output is cut to its width
-  lsu::cutst(text, &rest, &word, &wl);
-  EXPECT_EQ(word, "abc");
-  EXPECT_EQ(wl, 3);
+  struct Case {
+    std::string text, word;  // the word output arrives with its declared width
+    const char *want_word, *want_text;
+    int rest, wl;
+  };
+  const Case cases[] = {
+      {std::string(10, ' '), "xxxxx", "     ", "          ", 0, 0},
+      {"ab", "", "ab", "  ", 0, 2},
+      {"   one,\ttwo   three   ", "", "one,\ttwo", "three                 ", 5, 8},  // only blanks separate words
+      {"abcdef gh", "   ", "abc", "gh       ", 2, 3},  // a narrow word output is cut to its width
+  };
+  for (Case c : cases) {
+    int rest = -1, wl = -1;
+    lsu::cutst(c.text, &rest, &c.word, &wl);
+    EXPECT_EQ(c.word, c.want_word);
+    EXPECT_EQ(c.text, c.want_text) << c.want_word;
+    EXPECT_EQ(rest, c.rest) << c.want_word;
+    EXPECT_EQ(wl, c.wl) << c.want_word;
+  }
 }
 
 TEST(LorxStringsGetword, QuotesAndLimits) {
@@ -108,8 +101,7 @@ TEST(LorxStringsGetword, QuotesAndLimits) {
   int n = 0;
   lsu::getword(R"(open "a b"  c)", w, n);
   EXPECT_EQ(n, 3);
-  EXPECT_EQ(w[1], "a b");
-  EXPECT_EQ(w[2], "c");
+  EXPECT_EQ(w, (std::array<std::string, 4>{"open", "a b", "c", ""}));
   lsu::getword(R"(x "" y)", w, n);
   EXPECT_EQ(n, 1);  // an empty pair of quotes ends the scan
   lsu::getword(R"(x "open)", w, n);
@@ -126,11 +118,8 @@ TEST(LorxStringsGetnumStd, ValuesAndUncertainties) {
   lsu::getnum_std("1.234(5) 7 2(1)  ! comment 9", v, u, n);
   EXPECT_EQ(n, 3);
   EXPECT_FALSE(lsu::err_string);
-  EXPECT_FLOAT_EQ(v[0], 1.234f);
-  EXPECT_FLOAT_EQ(u[0], 0.005f);
-  EXPECT_FLOAT_EQ(v[1], 7.0f);
-  EXPECT_EQ(u[1], 0.0f);
-  EXPECT_FLOAT_EQ(u[2], 1.0f);
+  EXPECT_EQ(v, (std::array<float, 5>{1.234f, 7.0f, 2.0f, 0, 0}));
+  EXPECT_EQ(u, (std::array<float, 5>{0.005f, 0.0f, 1.0f, 0, 0}));
   lsu::getnum_std("5.0(12) # 4", v, u, n);
   EXPECT_EQ(n, 1);
   EXPECT_FLOAT_EQ(u[0], 1.2f);
@@ -166,7 +155,6 @@ TEST(LorxStringsSetnumStd, IsTheInverseOfGetnumStd) {
   std::string text;
   lsu::setnum_std(3.25f, 0.0f, text);
   EXPECT_EQ(text, " 3.25000");
-
   text = std::string(10, ' ');  // too narrow: the value gives up its last digit
   lsu::setnum_std(1.23456f, 0.00002f, text);
   EXPECT_EQ(text, " 1.2345(2)");
@@ -218,17 +206,15 @@ TEST(LorxStringsReadKey, ScansLinesForKeywords) {
   const std::vector<std::string> lines{"! cell 9 9 9", "# cell 8 8 8", "   ", "  Title  My Job",
                                        "supercell 1 2 3", "CELL 4.0 5.0 6.0", "spgr P 1",
                                        "wave 1.5406(2) 0.1"};
+  using Hit = std::pair<std::string, int>;  // the text behind the key and the line
   std::string text;
   int first = 1;
   lsu::read_key_str(lines, first, 99, "cell", text, '#');
-  EXPECT_EQ(text, "1 2 3");  // a hit anywhere in the line
-  EXPECT_EQ(first, 5);
-
+  EXPECT_EQ(Hit(text, first), Hit("1 2 3", 5));  // a hit anywhere in the line
   first = 1;
   text = std::string(6, '?');
   lsu::read_key_str(lines, first, 4, "spgr", text);  // beyond the last line
-  EXPECT_EQ(text, "      ");
-  EXPECT_EQ(first, 1);
+  EXPECT_EQ(Hit(text, first), Hit("      ", 1));
 
   std::array<float, 3> r{}, u{};
   std::array<int, 3> i{};
@@ -243,12 +229,10 @@ TEST(LorxStringsReadKey, ScansLinesForKeywords) {
   text.clear();
   lsu::read_key_value(lines, first, 99, "spgr", r, i, n, {}, &text);
   EXPECT_TRUE(lsu::err_string);
-  EXPECT_EQ(first, 1);  // numbers were required
-  EXPECT_EQ(text, "P 1");
+  EXPECT_EQ(Hit(text, first), Hit("P 1", 1));  // numbers were required
 
   lsu::read_key_valuestd(lines, first, 99, "wave", r, u, n);
-  EXPECT_EQ(first, 8);
-  EXPECT_EQ(n, 2);
+  EXPECT_EQ(std::pair(first, n), std::pair(8, 2));
   EXPECT_FLOAT_EQ(u[0], 0.0002f);
 }
 

@@ -4,7 +4,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "app/resources/yyrc.h"
@@ -28,6 +30,13 @@ const RcField* field(const RcDialog& d, int id) {
   ADD_FAILURE() << "no field " << id;
   static const RcField none;
   return &none;
+}
+
+// Width, height, style, anchor field and font index.
+std::vector<long long> header(const RcDialog& d) { return {d.width, d.height, d.style, d.anchor_field, d.font_index}; }
+
+std::vector<long long> record_of(const RcField* f) {
+  return {f->type, f->x, f->y, f->width, f->height, f->style, f->extra};
 }
 
 std::vector<std::string> options(int dialog_id, int field_id, int& selected) {
@@ -55,9 +64,9 @@ TEST(ResourceMenus, MainMenuTreeAndTexts) {
   std::vector<int> bar;
   for (int i = 0; i >= 0; i = m.next[i]) bar.push_back(m.ids[i]);
   EXPECT_THAT(bar, ElementsAre(40001, 40008, 40009, 40004));
-  EXPECT_EQ(m.flags[0], 65536);
-  EXPECT_EQ(m.flags[8], 0);  // Run acts from the bar itself
-  EXPECT_EQ(m.child[8], -1);
+  // A popup's flag; Run acts from the bar itself; a separator has flag 1 and no text.
+  EXPECT_THAT((std::vector<int>{m.flags[0], m.flags[8], m.child[8], m.flags[4], m.text_pos[4]}),
+              ElementsAre(65536, 0, -1, 1, -1));
 
   auto children = [&](int item) {
     std::vector<std::pair<int, std::string>> v;
@@ -71,9 +80,6 @@ TEST(ResourceMenus, MainMenuTreeAndTexts) {
                                        P{40015, "Intensity File *.int"}, P{40014, "Rejected reflections *.rej"}));
   EXPECT_THAT(children(14), ElementsAre(P{40010, "Manual"}, P{0, ""}, P{40011, "About ..."}));
   for (int i = 0; i < count; ++i) EXPECT_EQ(m.mnemonic[i], -1) << "item " << i;
-  // Separators: flag 1, no text.
-  EXPECT_EQ(m.flags[4], 1);
-  EXPECT_EQ(m.text_pos[4], -1);
 }
 
 TEST(ResourceMenus, FileSelectorMenus) {
@@ -114,11 +120,7 @@ TEST(ResourceDialogs, MainFormRecordAndFieldOrder) {
   EXPECT_EQ(count, 44);
   EXPECT_EQ(title_length, 0);
   RcDialog d = dialog(102);
-  EXPECT_EQ(d.width, 383);
-  EXPECT_EQ(d.height, 351);
-  EXPECT_EQ(d.style, 0x40000404u);
-  EXPECT_EQ(d.anchor_field, 0);
-  EXPECT_EQ(d.font_index, 0);
+  EXPECT_THAT(header(d), ElementsAre(383, 351, 0x40000404, 0, 0));
   EXPECT_EQ(d.title, "");
 
   std::vector<int> ids;
@@ -128,10 +130,7 @@ TEST(ResourceDialogs, MainFormRecordAndFieldOrder) {
                                      1043, 1005, 1007, 1009, 1010, 1012, 1013, 1015, 1018, 1020, 1023,
                                      1003, 1028, 1036, 1026, 1029, 1031, 1033, 1035, 1040, 1041, 1044}));
 
-  auto rec = [&](int id) {
-    const RcField* f = field(d, id);
-    return std::vector<long long>{f->type, f->x, f->y, f->width, f->height, f->style, f->extra};
-  };
+  auto rec = [&](int id) { return record_of(field(d, id)); };
   EXPECT_THAT(rec(1001), ElementsAre(1, 12, 46, 18, 10, 0x50020000, 0));
   EXPECT_THAT(rec(1016), ElementsAre(6, 233, 77, 66, 12, 0x50830006, 0));
   EXPECT_THAT(rec(1014), ElementsAre(11, 38, 130, 276, 100, 0x50230242, 0));
@@ -161,29 +160,23 @@ TEST(ResourceDialogs, FieldTextOffsetsAndPool) {
   std::vector<char> text(bytes);
   yyrcfieldload(102, ids, type, x, y, wd, ht, s1, s2, s3, pos, text);
   // "Title:" comes first, at offset 0; a field of length 0 comes as -1.
-  EXPECT_EQ(pos[0], 0);
+  EXPECT_THAT((std::vector<int>{pos[0], pos[1], pos[2]}), ElementsAre(0, -1, -1));
   EXPECT_EQ(std::string(text.data()), "Title:");
-  EXPECT_EQ(pos[1], -1);
-  EXPECT_EQ(pos[2], -1);
   EXPECT_EQ(text.back(), '\0');
   EXPECT_EQ(std::string(text.data() + pos[43]), "Scale Factor:");
 }
 
 TEST(ResourceDialogs, MainFormLookups) {
-  int v = 0;
-  yyrcfieldcheckbox(102, 1017, v);
-  EXPECT_EQ(v, 1);
-  for (int id : {1024, 1022, 1025}) {
+  for (auto [id, checked] : {std::pair{1017, 1}, {1024, 0}, {1022, 0}, {1025, 0}}) {
+    int v = -1;
     yyrcfieldcheckbox(102, id, v);
-    EXPECT_EQ(v, 0) << id;
+    EXPECT_EQ(v, checked) << id;
   }
   double lo = 0, hi = 0;
   yyrcfieldrange(102, 1037, lo, hi);
-  EXPECT_EQ(lo, 0.0);
-  EXPECT_EQ(hi, 24.0);
+  EXPECT_EQ(std::pair(lo, hi), std::pair(0.0, 24.0));
   yyrcfieldrange(102, 1016, lo, hi);  // no range: maximum below minimum
-  EXPECT_EQ(lo, 1.0);
-  EXPECT_EQ(hi, -1.0);
+  EXPECT_EQ(std::pair(lo, hi), std::pair(1.0, -1.0));
 
   int selected = 5;
   auto formats = options(102, 1014, selected);
@@ -196,8 +189,7 @@ TEST(ResourceDialogs, MainFormLookups) {
   EXPECT_EQ(selected, -1);
   int n = 0, bytes = 0;
   yyrcfieldmenucheck(102, 1011, n, bytes);  // a string has no options
-  EXPECT_EQ(n, -1);
-  EXPECT_EQ(bytes, 0);
+  EXPECT_EQ(std::pair(n, bytes), std::pair(-1, 0));
 
   int cols, rows, tpl, width, label_bytes;
   yyrcfieldgridcheck(102, 1038, cols, rows, tpl, width, label_bytes);
@@ -207,31 +199,24 @@ TEST(ResourceDialogs, MainFormLookups) {
   yyrcfieldgridload(102, 1038, pos, labels);
   EXPECT_EQ(std::string(labels.data() + pos[0]), "Domain 1");
   EXPECT_EQ(std::string(labels.data() + pos[4]), "Domain 5");
-  EXPECT_EQ(pos[5], -1);
-  EXPECT_EQ(pos[99], -1);
+  EXPECT_EQ(std::pair(pos[5], pos[99]), std::pair(-1, -1));
   yyrcfieldgridcheck(102, 1037, cols, rows, tpl, width, label_bytes);
   EXPECT_THAT((std::vector<int>{cols, rows, tpl, width, label_bytes}), ElementsAre(-1, -1, -1, -1, 0));
 }
 
 TEST(ResourceDialogs, ColumnAndAboutDialogs) {
   RcDialog c = dialog(101);
-  EXPECT_EQ(c.width, 1000);
-  EXPECT_EQ(c.height, 16);
-  EXPECT_EQ(c.style, 4u);
+  EXPECT_THAT(header(c), ElementsAre(1000, 16, 4, 0, 0));
   ASSERT_EQ(c.fields.size(), 1u);
   EXPECT_EQ(c.fields[0].id, 1039);
-  EXPECT_EQ(c.fields[0].type, 4);
-  EXPECT_EQ(c.fields[0].width, 414);
-  EXPECT_EQ(c.fields[0].style, 0x50810000u);
+  EXPECT_THAT(record_of(&c.fields[0]), ElementsAre(4, ::testing::_, ::testing::_, 414, ::testing::_, 0x50810000, 0));
   EXPECT_EQ(c.fields[0].text, "Matrix");
   int length = 0;
   yyrcfieldlength(101, 1039, length);
   EXPECT_EQ(length, 150);
 
   RcDialog a = dialog(104);
-  EXPECT_EQ(a.width, 271);
-  EXPECT_EQ(a.height, 88);
-  EXPECT_EQ(a.style, 0x80c80084u);
+  EXPECT_THAT(header(a), ElementsAre(271, 88, 0x80c80084, ::testing::_, ::testing::_));
   EXPECT_EQ(a.title, "About...");
   std::vector<int> ids;
   for (const RcField& f : a.fields) ids.push_back(f.id);
@@ -246,11 +231,10 @@ TEST(ResourceDialogs, ColumnAndAboutDialogs) {
   EXPECT_THAT(colour, ElementsAre(0, 0, 255, 256, 256, 256));
   yyrcfieldcolour(104, 1001, colour);
   EXPECT_THAT(colour, ElementsAre(256, 256, 256, 256, 256, 256));
-  int font = -1;
+  int font = -1, default_font = -1;
   yyrcfieldfont(104, 1001, font);
-  EXPECT_EQ(font, 1);
-  yyrcfieldfont(104, 1046, font);  // the dialog's default
-  EXPECT_EQ(font, 0);
+  yyrcfieldfont(104, 1046, default_font);  // the dialog's default
+  EXPECT_EQ(std::pair(font, default_font), std::pair(1, 0));
 }
 
 TEST(ResourceDialogs, ToolkitDialogs) {
@@ -268,22 +252,23 @@ TEST(ResourceDialogs, ToolkitDialogs) {
                           Expect{32104, 10, 230, 87, 0x80c80084, "Replace"}}) {
     RcDialog d = dialog(e.id);
     EXPECT_EQ(static_cast<int>(d.fields.size()), e.fields) << e.id;
-    EXPECT_EQ(d.width, e.width) << e.id;
-    EXPECT_EQ(d.height, e.height) << e.id;
-    EXPECT_EQ(d.style, e.style) << e.id;
+    EXPECT_THAT(header(d), ElementsAre(e.width, e.height, e.style, ::testing::_, ::testing::_)) << e.id;
     EXPECT_EQ(d.title, e.title) << e.id;
   }
 
-  RcDialog open = dialog(32110), save = dialog(32111);
-  EXPECT_EQ(field(open, 32114)->style, 0x58030040u);
-  EXPECT_EQ(field(open, 1101)->style, 0x50a300c1u);
+  // {dialog, field, style}, then {dialog, field, text}.
+  const std::tuple<int, int, std::uint32_t> styles[] = {
+      {32110, 32114, 0x58030040}, {32110, 1101, 0x50a300c1}, {32111, 1102, 0x50a308c1},
+      {32110, 1001, 0x50820880},  {32110, 1009, 0x50230203}};
+  for (auto [d, f, style] : styles) EXPECT_EQ(field(dialog(d), f)->style, style) << d << '/' << f;
+  const std::tuple<int, int, const char*> texts[] = {
+      {32110, 32120, "Back or right-click for history"}, {32111, 32120, "Back"},
+      {32117, 1013, "Permissions"}, {32103, 1006, "Match whole word only"}, {32104, 1507, "Replace All"},
+      {32120, 1002, "1"}, {32120, 1003, "(1-xxxxxx)"}};
+  for (auto [d, f, text] : texts) EXPECT_EQ(field(dialog(d), f)->text, text) << d << '/' << f;
+  RcDialog open = dialog(32110);
   EXPECT_EQ(field(open, 1101)->extra, 8u);
-  EXPECT_EQ(field(save, 1102)->style, 0x50a308c1u);
-  EXPECT_EQ(field(open, 1001)->style, 0x50820880u);
-  EXPECT_EQ(field(open, 1009)->style, 0x50230203u);
   EXPECT_EQ(field(open, 1009)->height, 62);
-  EXPECT_EQ(field(open, 32120)->text, "Back or right-click for history");
-  EXPECT_EQ(field(save, 32120)->text, "Back");
   int key = 0;
   for (auto [id, ch] : std::initializer_list<std::pair<int, char>>{
            {32120, 'B'}, {32121, 'F'}, {32105, 'H'}, {32104, 'U'}, {32113, 'd'}, {32114, 'P'}, {32119, 'M'}, {1012, 'n'}}) {
@@ -293,29 +278,19 @@ TEST(ResourceDialogs, ToolkitDialogs) {
   yyrcfieldshortcut(32110, 1007, key);
   EXPECT_EQ(key, 0);
 
-  int length = 0;
-  yyrcfieldlength(32116, 1001, length);
-  EXPECT_EQ(length, 1024);
-  yyrcfieldlength(32103, 1020, length);
-  EXPECT_EQ(length, 1023);
-  yyrcfieldlength(32123, 1007, length);
-  EXPECT_EQ(length, 0);
-
+  for (auto [d, f, want] : {std::array{32116, 1001, 1024}, {32103, 1020, 1023}, {32123, 1007, 0}}) {
+    int length = -1;
+    yyrcfieldlength(d, f, length);
+    EXPECT_EQ(length, want) << d << '/' << f;
+  }
   RcDialog props = dialog(32117);
   EXPECT_EQ(field(props, 1013)->type, 3);
-  EXPECT_EQ(field(props, 1013)->text, "Permissions");
   EXPECT_EQ(field(props, 1002)->x, 88);
   EXPECT_EQ(field(props, 1002)->y, 34);
-
-  RcDialog find = dialog(32103), replace = dialog(32104), go = dialog(32120);
-  EXPECT_EQ(field(find, 1003)->type, 10);
-  EXPECT_EQ(field(find, 1006)->text, "Match whole word only");
-  EXPECT_EQ(field(replace, 1507)->text, "Replace All");
-  EXPECT_EQ(field(replace, 2)->y, 57);
-  EXPECT_EQ(field(go, 1002)->type, 5);
-  EXPECT_EQ(field(go, 1002)->extra, 0x8000u);
-  EXPECT_EQ(field(go, 1002)->text, "1");
-  EXPECT_EQ(field(go, 1003)->text, "(1-xxxxxx)");
+  EXPECT_EQ(field(dialog(32103), 1003)->type, 10);
+  EXPECT_EQ(field(dialog(32104), 2)->y, 57);
+  EXPECT_EQ(field(dialog(32120), 1002)->type, 5);
+  EXPECT_EQ(field(dialog(32120), 1002)->extra, 0x8000u);
 }
 
 TEST(ResourceDialogs, TablesWithoutDataAnswerNone) {
@@ -345,8 +320,7 @@ TEST(ResourceFonts, OneExtraFont) {
   yyrcfontcount(count);
   EXPECT_EQ(count, 1);
   yyrcfontlist(1, family, size);
-  EXPECT_EQ(family, 1);
-  EXPECT_EQ(size, 12);
+  EXPECT_THAT((std::vector<int>{family, size}), ElementsAre(1, 12));
   yyrcfontlist(2, family, size);
   EXPECT_EQ(family, -1);
 }
@@ -357,8 +331,7 @@ TEST(ResourceToolbar, ButtonsAndTooltips) {
   yyrctoolbarget(30101, ids, w, h, status);
   ASSERT_EQ(status, 0);
   EXPECT_THAT(ids, ElementsAre(40002, 40003, 40005, 40006, 0, 40008, 40009, 0, 40007));
-  EXPECT_EQ(w, 16);
-  EXPECT_EQ(h, 16);
+  EXPECT_THAT((std::vector<int>{w, h}), ElementsAre(16, 16));
 
   using P = std::pair<int, std::string>;
   for (const P& p : {P{40002, "New Data"}, P{40005, "Save a Ombrel File"}, P{40006, "Print a Ombrel File"},
@@ -393,9 +366,7 @@ TEST(ResourceImages, AllImagesInflateToTheirSize) {
                           Expect{32137, 2, 16, 16}}) {
     int w, h, hx, hy, bytes;
     yyrcimagecheck(e.id, e.type, w, h, hx, hy, bytes);
-    EXPECT_EQ(w, e.w) << e.id;
-    EXPECT_EQ(h, e.h) << e.id;
-    EXPECT_EQ(hx, -1);
+    EXPECT_THAT((std::vector<int>{w, h, hx}), ElementsAre(e.w, e.h, -1)) << e.id;
     EXPECT_GT(bytes, 0);
     const std::uint8_t* data = nullptr;
     yyrcimageload(e.id, e.type, data);
@@ -443,21 +414,17 @@ TEST(ResourceMissing, UnknownIdentifiersAnswerNone) {
     yyrcstringcheck(id, a);
     EXPECT_EQ(a, -1);
   }
-  int v = 7;
-  yyrcfieldcheckbox(99999, 1017, v);
-  EXPECT_EQ(v, 0);
-  yyrcfieldlength(102, 99999, v);
-  EXPECT_EQ(v, 0);
-  yyrcfieldshortcut(102, 1017, v);
-  EXPECT_EQ(v, 0);
-  yyrcfieldfont(99999, 1, v);
-  EXPECT_EQ(v, 0);
+  // The last: a field of another dialog isn't found through this one.
+  using Lookup = void (*)(int, int, int&);
+  for (auto [lookup, d, f] : {std::tuple<Lookup, int, int>{yyrcfieldcheckbox, 99999, 1017}, {yyrcfieldlength, 102, 99999},
+                              {yyrcfieldshortcut, 102, 1017}, {yyrcfieldfont, 99999, 1}, {yyrcfieldcheckbox, 104, 1017}}) {
+    int v = 7;
+    lookup(d, f, v);
+    EXPECT_EQ(v, 0) << d << '/' << f;
+  }
   double lo, hi;
   yyrcfieldrange(99999, 1037, lo, hi);
   EXPECT_GT(lo, hi);
-  // A field of another dialog isn't found through this one.
-  yyrcfieldcheckbox(104, 1017, v);
-  EXPECT_EQ(v, 0);
 
   int status = 0;
   RcMenu m;

@@ -32,7 +32,7 @@ void xdotool(const std::string& args) {
   ASSERT_EQ(std::system(("xdotool " + args).c_str()), 0) << args;
 }
 
-void click_widget(Widget w) {
+void click(Widget w) {
   int x = 0, y = 0;
   Window child = 0;
   XTranslateCoordinates(ixDisplay, XtWindow(w), DefaultRootWindow(ixDisplay), 4, 4, &x, &y, &child);
@@ -99,7 +99,11 @@ class DialogDisplay : public ::testing::Test {
     settle();
   }
 
-  static void click(Widget w) { click_widget(w); }
+  // For the clicks whose messages don't matter.
+  static void click_and_settle(Widget w) {
+    click(w);
+    settle();
+  }
 
   static void type_text(std::string_view text) { xdotool("type --delay 20 '" + std::string(text) + "'"); }
 
@@ -108,13 +112,29 @@ class DialogDisplay : public ::testing::Test {
     WDialogGetString(id, s);
     return s;
   }
+  static int get_int(int id) {
+    int n = 0;
+    WDialogGetInteger(id, n);
+    return n;
+  }
+  static float get_real(int id) {
+    float r = 0;
+    WDialogGetReal(id, r);
+    return r;
+  }
+  static int get_check(int id) {
+    int on = -1;
+    WDialogGetCheckBox(id, on);
+    return on;
+  }
+  static std::vector<int> values(const MessageRecord& m) { return {m.Value1, m.Value2, m.Value3, m.Value4}; }
 };
+using V = std::vector<int>;
 
 TEST_F(DialogDisplay, MainFormHasItsFieldsWhereTheUnitsPutThem) {
   int w = 0, h = 0;
   ASSERT_TRUE(yyDialogPixelSize(kForm, w, h));
-  EXPECT_EQ(WInfoDialog(12), w);
-  EXPECT_EQ(WInfoDialog(13), h);
+  EXPECT_EQ(std::pair(WInfoDialog(12), WInfoDialog(13)), std::pair(w, h));
   EXPECT_EQ(zelvy_win::WinInfo[0].Kind, 3);
   RcDialog rc;
   int status = 0;
@@ -123,43 +143,28 @@ TEST_F(DialogDisplay, MainFormHasItsFieldsWhereTheUnitsPutThem) {
   const DialogFontMetrics& fm = yyDialogFontMetrics(0);
   for (const RcField& r : rc.fields) {
     SCOPED_TRACE(r.id);
-    EXPECT_EQ(winfodialogfield(r.id, 5), r.type);
     int x = 0, y = 0, w = 0, h = 0;
     yyDialogUnitsToPixels(fm, r.x, r.y, x, y);
     yyDialogUnitsToPixels(fm, r.width, r.height, w, h);
     if (r.type == 11) h = fm.controlHeight;  // a closed combo
-    EXPECT_EQ(winfodialogfield(r.id, 1), x);
-    EXPECT_EQ(winfodialogfield(r.id, 2), y);
-    EXPECT_EQ(winfodialogfield(r.id, 3), w);
-    EXPECT_EQ(winfodialogfield(r.id, 4), h);
-    EXPECT_EQ(winfodialogfield(r.id, 6), 1);
+    V got;
+    for (int item = 1; item <= 6; ++item) got.push_back(winfodialogfield(r.id, item));
+    EXPECT_EQ(got, (V{x, y, w, h, r.type, 1}));  // enabled
   }
   EXPECT_EQ(winfodialogfield(9999, 5), 0);
-  EXPECT_EQ(WInfoDialog(3), kForm);
-  EXPECT_EQ(WInfoDialog(10), 4);
-  EXPECT_EQ(WInfoDialog(11), 99);
+  EXPECT_EQ((V{WInfoDialog(3), WInfoDialog(10), WInfoDialog(11)}), (V{kForm, 4, 99}));
 }
 
 TEST_F(DialogDisplay, LabelsGroupsAndResourceValuesShow) {
-  EXPECT_EQ(get_string(1001), "Title:");
-  EXPECT_EQ(get_string(1028), "General Information");
-  EXPECT_EQ(get_string(1041), "UB-Matrix Transformation:");
-  EXPECT_EQ(get_string(1012), "Browse...");
-  EXPECT_EQ(get_string(1037), "0");
-  EXPECT_EQ(get_string(1045), "1.0000");
-  int on = -1;
-  WDialogGetCheckBox(1017, on);
-  EXPECT_EQ(on, 1);
-  WDialogGetCheckBox(1024, on);
-  EXPECT_EQ(on, 0);
-  int n = 0;
-  float r = 0;
-  WDialogGetInteger(1037, n);
-  WDialogGetReal(1045, r);
-  EXPECT_EQ(n, 0);
-  EXPECT_FLOAT_EQ(r, 1.0f);
-  EXPECT_EQ(winfodialogfield(1014, 9), 11);
-  EXPECT_EQ(winfodialogfield(1030, 9), 3);
+  const std::pair<int, const char*> texts[] = {{1001, "Title:"},    {1028, "General Information"},
+                                               {1041, "UB-Matrix Transformation:"},
+                                               {1012, "Browse..."}, {1037, "0"},
+                                               {1045, "1.0000"}};
+  for (const auto& [id, text] : texts) EXPECT_EQ(get_string(id), text) << id;
+  EXPECT_EQ(std::pair(get_check(1017), get_check(1024)), std::pair(1, 0));
+  EXPECT_EQ(get_int(1037), 0);
+  EXPECT_FLOAT_EQ(get_real(1045), 1.0f);
+  EXPECT_EQ(std::pair(winfodialogfield(1014, 9), winfodialogfield(1030, 9)), std::pair(11, 3));  // options
   EXPECT_EQ(WInfoError(1), 0);
 
   // A fixed-width output comes back blank-padded.
@@ -180,15 +185,11 @@ TEST_F(DialogDisplay, PutThenGetOfEveryKind) {
   EXPECT_EQ(get_string(1009), "");
 
   WDialogPutInteger(1037, 7);
-  int n = 0;
-  WDialogGetInteger(1037, n);
-  EXPECT_EQ(n, 7);
+  EXPECT_EQ(get_int(1037), 7);
   EXPECT_EQ(get_string(1037), "7");
 
   WDialogPutReal(1016, 0.7107f, "(F8.4)");
-  float r = 0;
-  WDialogGetReal(1016, r);
-  EXPECT_FLOAT_EQ(r, 0.7107f);
+  EXPECT_FLOAT_EQ(get_real(1016), 0.7107f);
   EXPECT_EQ(get_string(1016), "0.7107");
   // A put without format returns to the default one.
   WDialogPutInteger(1016, 2);
@@ -197,16 +198,12 @@ TEST_F(DialogDisplay, PutThenGetOfEveryKind) {
 
   // A number written as text keeps its value.
   WDialogPutString(1045, "2.25");
-  WDialogGetReal(1045, r);
-  EXPECT_FLOAT_EQ(r, 2.25f);
+  EXPECT_FLOAT_EQ(get_real(1045), 2.25f);
 
   WDialogPutCheckBox(1024, 1);
-  int on = 0;
-  WDialogGetCheckBox(1024, on);
-  EXPECT_EQ(on, 1);
+  EXPECT_EQ(get_check(1024), 1);
   WDialogPutCheckBox(1024, 2);  // anything but 1 clears
-  WDialogGetCheckBox(1024, on);
-  EXPECT_EQ(on, 0);
+  EXPECT_EQ(get_check(1024), 0);
 
   WDialogPutString(1014, "h, k, l");
   EXPECT_EQ(get_string(1014), "h, k, l");
@@ -248,15 +245,11 @@ TEST_F(DialogDisplay, ComboOptions) {
 }
 
 TEST_F(DialogDisplay, ErrorsUndefinedValuesAndRanges) {
-  int n = 0;
   WDialogPutString(1037, "");
-  WDialogGetInteger(1037, n);
-  EXPECT_EQ(n, -999);
+  EXPECT_EQ(get_int(1037), -999);
   EXPECT_EQ(WInfoError(1), 1010);
-  float r = 0;
   WDialogClearField(1016);
-  WDialogGetReal(1016, r);
-  EXPECT_FLOAT_EQ(r, -999.0f);
+  EXPECT_FLOAT_EQ(get_real(1016), -999.0f);
   EXPECT_EQ(WInfoError(1), 1010);
 
   WDialogPutInteger(1037, 5);
@@ -276,7 +269,7 @@ TEST_F(DialogDisplay, ErrorsUndefinedValuesAndRanges) {
   EXPECT_EQ(WInfoError(1), 1006);
   WDialogPutString(4242, "x");
   EXPECT_EQ(WInfoError(1), 1006);
-  WDialogGetCheckBox(1002, n);
+  get_check(1002);
   EXPECT_EQ(WInfoError(1), 1006);
   std::string s(6, 'x');
   WDialogGetString(1038, s);  // a grid has no text
@@ -285,51 +278,31 @@ TEST_F(DialogDisplay, ErrorsUndefinedValuesAndRanges) {
 }
 
 TEST_F(DialogDisplay, FieldStates) {
-  WDialogFieldState(1002, 0);
-  EXPECT_EQ(winfodialogfield(1002, 6), 0);
-  WDialogFieldState(1002, 2);
-  EXPECT_EQ(winfodialogfield(1002, 6), 2);
-  WDialogFieldState(1001, 2);  // a label treats read-only as disabled
-  EXPECT_EQ(winfodialogfield(1001, 6), 0);
-  WDialogFieldState(1012, 3);
-  EXPECT_EQ(winfodialogfield(1012, 6), 3);
-  EXPECT_FALSE(XtIsManaged(field(1012).widget));
-  WDialogFieldState(1012, 1);
-  EXPECT_EQ(winfodialogfield(1012, 6), 1);
-  EXPECT_TRUE(XtIsManaged(field(1012).widget));
-  WDialogFieldState(1002, 1);
-  EXPECT_EQ(winfodialogfield(1002, 6), 1);
+  // {field, state set, state read}: a label treats read-only as disabled; 3 hides.
+  const int cases[][3] = {{1002, 0, 0}, {1002, 2, 2}, {1001, 2, 0}, {1012, 3, 3}, {1012, 1, 1}, {1002, 1, 1}};
+  for (const auto& c : cases) {
+    WDialogFieldState(c[0], c[1]);
+    EXPECT_EQ(winfodialogfield(c[0], 6), c[2]) << c[0] << " to " << c[1];
+    EXPECT_EQ(XtIsManaged(field(c[0]).widget), c[2] != 3) << c[0] << " to " << c[1];
+  }
 }
 
 TEST_F(DialogDisplay, FocusMovesAndCheckBoxFlipsReportFieldChanged) {
   focus_window();
-  click(field(1002).widget);  // first focus of the dialog may report from the field focused at show
-  settle();
+  click_and_settle(field(1002).widget);  // first focus of the dialog may report from the field focused at show
   click(field(1006).widget);
   MessageRecord m;
-  int type = next_message(m);
-  ASSERT_EQ(type, FieldChanged);
-  EXPECT_EQ(m.Value1, 1002);
-  EXPECT_EQ(m.Value2, 1006);
-  EXPECT_EQ(m.Value3, 0);
-  EXPECT_EQ(m.Value4, -1);
+  ASSERT_EQ(next_message(m), FieldChanged);
+  EXPECT_EQ(values(m), (V{1002, 1006, 0, -1}));
   EXPECT_EQ(m.Win, kForm);
   settle();
 
   click(field(1024).widget);
-  type = next_message(m);
-  ASSERT_EQ(type, FieldChanged);  // focus first
-  EXPECT_EQ(m.Value1, 1006);
-  EXPECT_EQ(m.Value2, 1024);
-  type = next_message(m);
-  ASSERT_EQ(type, FieldChanged);  // then the flip
-  EXPECT_EQ(m.Value1, 1024);
-  EXPECT_EQ(m.Value2, 1024);
-  EXPECT_EQ(m.Value3, 1);
-  EXPECT_EQ(m.Value4, -1);
-  int on = 0;
-  WDialogGetCheckBox(1024, on);
-  EXPECT_EQ(on, 1);
+  ASSERT_EQ(next_message(m), FieldChanged);  // focus first
+  EXPECT_EQ(std::pair(m.Value1, m.Value2), std::pair(1006, 1024));
+  ASSERT_EQ(next_message(m), FieldChanged);  // then the flip
+  EXPECT_EQ(values(m), (V{1024, 1024, 1, -1}));
+  EXPECT_EQ(get_check(1024), 1);
 
   // Program stores send nothing.
   WDialogPutString(1002, "quiet");
@@ -347,18 +320,11 @@ TEST_F(DialogDisplay, SpinnerStepsInsideItsRange) {
   int type = 0;
   while ((type = next_message(m)) == FieldChanged && m.Value3 == 0) {}  // focus moves come first
   ASSERT_EQ(type, FieldChanged);
-  EXPECT_EQ(m.Value1, 1037);
-  EXPECT_EQ(m.Value2, 1037);
-  EXPECT_EQ(m.Value3, 1);
-  click(spin.parts[0]);
-  settle();
-  int n = 0;
-  WDialogGetInteger(1037, n);
-  EXPECT_EQ(n, 24);  // the top of the range holds
-  click(spin.parts[1]);
-  settle();
-  WDialogGetInteger(1037, n);
-  EXPECT_EQ(n, 23);
+  EXPECT_EQ((V{m.Value1, m.Value2, m.Value3}), (V{1037, 1037, 1}));
+  click_and_settle(spin.parts[0]);
+  EXPECT_EQ(get_int(1037), 24);  // the top of the range holds
+  click_and_settle(spin.parts[1]);
+  EXPECT_EQ(get_int(1037), 23);
 }
 
 TEST_F(DialogDisplay, EditsAreReportedWhenAsked) {
@@ -368,20 +334,15 @@ TEST_F(DialogDisplay, EditsAreReportedWhenAsked) {
   yydialogfieldoptions(1001, 4, 1, err);  // a label has no empty-number rule
   EXPECT_EQ(err, 1006);
   focus_window();
-  click(field(1002).widget);
-  settle();
+  click_and_settle(field(1002).widget);
   type_text("a");
   MessageRecord m;
   ASSERT_EQ(next_message(m), FieldChanged);
-  EXPECT_EQ(m.Value1, 1002);
-  EXPECT_EQ(m.Value2, 1002);
-  EXPECT_EQ(m.Value3, 1);
-  EXPECT_EQ(m.Value4, -1);
+  EXPECT_EQ(values(m), (V{1002, 1002, 1, -1}));
   EXPECT_EQ(m.Win, kForm);
   EXPECT_EQ(get_string(1002), "a");
   // Typing stops at the end of a field that doesn't scroll; a program store doesn't.
-  click(field(1034).widget);
-  settle();
+  click_and_settle(field(1034).widget);
   type_text("D9-ZZZZZZZZZZZZZZZZZZZZZZZZZZZZZZ");
   settle();
   const std::string typed = get_string(1034);
@@ -391,41 +352,32 @@ TEST_F(DialogDisplay, EditsAreReportedWhenAsked) {
   WDialogPutString(1034, std::string(40, 'Z'));
   EXPECT_EQ(get_string(1034).size(), 40u);
   // Without the option typing is silent.
-  click(field(1008).widget);
-  settle();
+  click_and_settle(field(1008).widget);
   type_text("P");
   EXPECT_EQ(next_message(m, 300), 0);
 }
 
 TEST_F(DialogDisplay, TypedNumbersAreFilteredAndValidated) {
   focus_window();
-  click(field(1045).widget);
-  settle();
+  click_and_settle(field(1045).widget);
   WDialogPutString(1045, "");
   type_text("1e5x");  // x is refused, e becomes E
   settle();
   EXPECT_EQ(get_string(1045), "1E5");
-  float r = 0;
-  WDialogGetReal(1045, r);
-  EXPECT_FLOAT_EQ(r, 100000.0f);
+  EXPECT_FLOAT_EQ(get_real(1045), 100000.0f);
 
   // Out of range while typing: the dialog holds its messages until it's corrected.
   WDialogPutInteger(1037, 5);
-  click(field(1037).widget);
-  settle();
+  click_and_settle(field(1037).widget);
   xdotool("key End");
   type_text("99");
   settle();
   EXPECT_TRUE(zelvy_dialog::bInvalidField);
-  click(field(1024).widget);  // the click is taken back, nothing is reported
-  settle();
-  int on = 1;
-  WDialogGetCheckBox(1024, on);
-  EXPECT_EQ(on, 0);
+  click_and_settle(field(1024).widget);  // the click is taken back, nothing is reported
+  EXPECT_EQ(get_check(1024), 0);
   // Escape takes back the last good value.
   focus_window();
-  click(field(1037).widget);
-  settle();
+  click_and_settle(field(1037).widget);
   xdotool("key Escape");
   settle();
   EXPECT_FALSE(zelvy_dialog::bInvalidField);
@@ -457,12 +409,10 @@ TEST_F(DialogDisplay, FreeStandingDialogLifecycle) {
   click(field(1).widget);
   MessageRecord m;
   ASSERT_EQ(next_message(m), PushButton);
-  EXPECT_EQ(m.Value1, 1);
-  EXPECT_EQ(m.Win, kAbout);
+  EXPECT_EQ(std::pair(m.Value1, m.Win), std::pair(1, kAbout));
   WDialogHide();
   WDialogUnload();
-  EXPECT_EQ(WInfoDialog(3), 0);
-  EXPECT_EQ(WInfoDialog(11), 99);
+  EXPECT_EQ(std::pair(WInfoDialog(3), WInfoDialog(11)), std::pair(0, 99));
   WDialogHide();
   EXPECT_EQ(WInfoError(1), 1005);
   WDialogSelect(kAbout);
@@ -471,18 +421,7 @@ TEST_F(DialogDisplay, FreeStandingDialogLifecycle) {
   EXPECT_EQ(WInfoError(1), 1007);
 }
 
-TEST_F(DialogDisplay, ClosingTheWindowTakesItsDialogAlong) {
-  WindowClose();
-  settle();
-  EXPECT_EQ(WInfoDialog(11), 100);
-  EXPECT_EQ(WInfoDialog(3), 0);
-  WDialogPutString(1002, "x");
-  EXPECT_EQ(WInfoError(1), 1005);
-  int w = 0, h = 0;
-  EXPECT_FALSE(yyDialogPixelSize(4711, w, h));
-}
-
-TEST_F(DialogDisplay, AHundredDialogsAndNoMore) {
+TEST_F(DialogDisplay, AHundredDialogsAndNoMoreAndTheWindowTakesItsOwnAlong) {
   for (int i = 1; i <= 99; ++i) {
     WDialogLoad(kAbout, 5000 + i);
     ASSERT_EQ(WInfoError(1), 0) << i;
@@ -495,12 +434,23 @@ TEST_F(DialogDisplay, AHundredDialogsAndNoMore) {
     WDialogUnload();
   }
   EXPECT_EQ(WInfoDialog(11), 99);
+
+  // Closing the window takes its dialog along.
+  WDialogSelect(kForm);
+  ASSERT_EQ(WInfoDialog(3), kForm);
+  WindowClose();
+  settle();
+  EXPECT_EQ(std::pair(WInfoDialog(3), WInfoDialog(11)), std::pair(0, 100));
+  WDialogPutString(1002, "x");
+  EXPECT_EQ(WInfoError(1), 1005);
+  int w = 0, h = 0;
+  EXPECT_FALSE(yyDialogPixelSize(4711, w, h));
 }
 
 void press_ok_later(XtPointer, XtIntervalId*) {
   auto& d = zelvy_dialog::wDialogInfo[static_cast<std::size_t>(yyDialogFind(kAbout))];
   for (FieldRecord& f : d.fields)
-    if (f.identifier == 1) click_widget(f.widget);
+    if (f.identifier == 1) click(f.widget);
 }
 
 // What a window manager does when the user closes the dialog's window.
@@ -517,22 +467,17 @@ void close_box_later(XtPointer, XtIntervalId*) {
   XFlush(ixDisplay);
 }
 
-TEST_F(DialogDisplay, CloseBoxAnswersAsButtonTwo) {
+TEST_F(DialogDisplay, ModalShowWaitsForAButtonOrTheCloseBox) {
   WDialogLoad(kAbout);
   XtAppAddTimeOut(zelvy_x::ixContext, 300, close_box_later, nullptr);
-  WDialogShow(-1, -1, 0, 1);  // the dialog has no button 2
-  EXPECT_EQ(WInfoDialog(1), 2);
-  EXPECT_EQ(WInfoDialog(2), 1);  // the field that had the focus: OK
+  WDialogShow(-1, -1, 0, 1);  // the close box answers as button 2, which the dialog doesn't have
+  EXPECT_EQ(std::pair(WInfoDialog(1), WInfoDialog(2)), std::pair(2, 1));  // the field with the focus: OK
   WDialogUnload();
-}
-
-TEST_F(DialogDisplay, ModalShowWaitsForAButton) {
   WDialogLoad(kAbout);
   XtAppAddTimeOut(zelvy_x::ixContext, 300, press_ok_later, nullptr);
   WDialogShow(-1, -1, 0, 1);
   EXPECT_EQ(WInfoError(1), 0);
-  EXPECT_EQ(WInfoDialog(1), 1);
-  EXPECT_EQ(WInfoDialog(5), kAbout);
+  EXPECT_EQ(std::pair(WInfoDialog(1), WInfoDialog(5)), std::pair(1, kAbout));
   EXPECT_EQ(zelvy_dialog::wDialogInfo[static_cast<std::size_t>(zelvy_dialog::iDlgCur)].shownMode, -1);
   WDialogUnload();
   // The form belongs to the window: no modal show, and it returns at once.

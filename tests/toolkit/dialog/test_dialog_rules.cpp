@@ -21,14 +21,11 @@ TEST(DialogUnits, ToPixelsRoundsHalfAwayFromZero) {
   const DialogFontMetrics m = metrics(6.0f, 14);
   int x = 0, y = 0;
   yyDialogUnitsToPixels(m, 383, 351, x, y);
-  EXPECT_EQ(x, 575);  // 574.5 up
-  EXPECT_EQ(y, 614);  // 614.25 down
+  EXPECT_EQ(std::pair(x, y), std::pair(575, 614));  // 574.5 up, 614.25 down
   yyDialogUnitsToPixels(m, -3, -1, x, y);
-  EXPECT_EQ(x, -5);  // -4.5 away from zero
-  EXPECT_EQ(y, -2);  // -1.75
+  EXPECT_EQ(std::pair(x, y), std::pair(-5, -2));  // -4.5 away from zero, -1.75
   yyDialogUnitsToPixels(m, 0, 0, x, y);
-  EXPECT_EQ(x, 0);
-  EXPECT_EQ(y, 0);
+  EXPECT_EQ(std::pair(x, y), std::pair(0, 0));
 }
 
 TEST(DialogUnits, FromPixelsInvertsToPixels) {
@@ -46,14 +43,10 @@ TEST(DialogUnits, MetricsFromTheSample) {
   // 52 letters 312 pixels wide: 6.42 average; 12 high: 13 after the 1.07 margin.
   const DialogFontMetrics m = yyDialogMetricsFromSample(312, 12, 3);
   EXPECT_FLOAT_EQ(m.averageWidth, 312 * 1.07f / 52);
-  EXPECT_EQ(m.charWidth, 6);
-  EXPECT_EQ(m.charHeight, 13);
-  EXPECT_EQ(m.controlHeight, 23);  // 14 units of 13/8
-  EXPECT_EQ(m.defaultTabWidth, 51);
+  // The control height is 14 units of 13/8.
+  EXPECT_EQ((std::vector{m.charWidth, m.charHeight, m.controlHeight, m.defaultTabWidth}), (std::vector{6, 13, 23, 51}));
   const DialogFontMetrics tiny = yyDialogMetricsFromSample(0, 0, 0);
-  EXPECT_EQ(tiny.charWidth, 1);
-  EXPECT_EQ(tiny.charHeight, 1);
-  EXPECT_EQ(tiny.spaceWidth, 1);
+  EXPECT_EQ((std::vector{tiny.charWidth, tiny.charHeight, tiny.spaceWidth}), (std::vector{1, 1, 1}));
 }
 
 TEST(DialogCells, PackedCodes) {
@@ -63,12 +56,10 @@ TEST(DialogCells, PackedCodes) {
 }
 
 TEST(DialogNumbers, RangeAndCharacterFilter) {
-  EXPECT_FALSE(yyDialogNumericOutOfRange(1.0, -1.0, 1e9));  // no range
-  EXPECT_FALSE(yyDialogNumericOutOfRange(0, 24, 0));
-  EXPECT_FALSE(yyDialogNumericOutOfRange(0, 24, 24));
-  EXPECT_TRUE(yyDialogNumericOutOfRange(0, 24, 24.5));
-  EXPECT_FALSE(yyDialogNumericOutOfRange(3, 3, 3));
-  EXPECT_TRUE(yyDialogNumericOutOfRange(3, 3, 2.999));
+  // {minimum, maximum, value, out of range}; the first has no range.
+  const double ranges[][4] = {{1, -1, 1e9, 0}, {0, 24, 0, 0}, {0, 24, 24, 0},
+                              {0, 24, 24.5, 1}, {3, 3, 3, 0},  {3, 3, 2.999, 1}};
+  for (const auto& r : ranges) EXPECT_EQ(yyDialogNumericOutOfRange(r[0], r[1], r[2]), r[3] != 0) << r[2];
 
   auto ok = [](int kind, char c, char expect) {
     char k = c;

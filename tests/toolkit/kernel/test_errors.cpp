@@ -23,14 +23,11 @@ class ErrorTest : public ::testing::Test {
   void TearDown() override { SetUp(); }
 };
 
-TEST_F(ErrorTest, ReportTexts) {
+TEST_F(ErrorTest, ReportTextsAndTheirDetails) {
   EXPECT_EQ(yyerrortext(1007, "WDialogLoad"), "Routine:WDialogLoad Error=1007:Dialog not present in resource");
   EXPECT_EQ(yyerrortext(1003, "YYWindowSelect"), "Internal routine:YYWindowSelect Error=1003:Invalid window handle");
   EXPECT_EQ(yyerrortext(27, "xxdriver"), "Internal routine:xxdriver Error=  27:Image file format not supported");
   EXPECT_EQ(yyerrortext(5, "WGrThing"), "Routine:WGrThing Error=   5:");  // a gap in the table
-}
-
-TEST_F(ErrorTest, DetailsFollowTheirCodes) {
   zelvy_data::iapierr = 2;  // ENOENT
   EXPECT_EQ(yyerrortext(13, "IOsDirChange"), "Routine:IOsDirChange Error=  13:Operating system error: No such file or directory");
   zelvy_data::iapierr = -3;
@@ -44,20 +41,17 @@ TEST_F(ErrorTest, DetailsFollowTheirCodes) {
             "Routine:IOsCopyFile Error=   1:Error opening file or device: No such file or directory");
 }
 
-TEST_F(ErrorTest, LevelZeroOnlyRecords) {
+TEST_F(ErrorTest, LevelsZeroAndOne) {
   testing::internal::CaptureStdout();
   yyerror(1121, "WindowOpenChild");
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
   EXPECT_EQ(WInfoError(1), 1121);
   EXPECT_EQ(WInfoError(1), 0);  // cleared by reading
-}
 
-TEST_F(ErrorTest, LevelOnePrintsAndKeepsState) {
   IDebugLevel(1);
   testing::internal::CaptureStdout();
   yyerror(1007, "WDialogLoad");
-  EXPECT_EQ(testing::internal::GetCapturedStdout(),
-            "Routine:WDialogLoad Error=1007:Dialog not present in resource\n");
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "Routine:WDialogLoad Error=1007:Dialog not present in resource\n");
   EXPECT_EQ(WInfoError(4), 1);
   EXPECT_EQ(WInfoError(4), 1);  // not cleared
   EXPECT_EQ(WInfoError(1), 1007);
@@ -114,14 +108,12 @@ TEST_F(ErrorTest, ReadingItemsAndLevelBounds) {
   iapierr = 6;
   ioetype = 2;
   zelvy_comdlg::icderr = 7;
-  EXPECT_EQ(WInfoError(2), 5);
-  EXPECT_EQ(WInfoError(2), 0);
-  EXPECT_EQ(WInfoError(3), 6);
-  EXPECT_EQ(WInfoError(3), 0);
-  EXPECT_EQ(WInfoError(5), 2);
-  EXPECT_EQ(WInfoError(5), 2);
-  EXPECT_EQ(WInfoError(6), 7);
-  EXPECT_EQ(WInfoError(6), 0);
+  // Each item read twice: all but the i/o type are cleared by reading.
+  const int item_first_second[][3] = {{2, 5, 0}, {3, 6, 0}, {5, 2, 2}, {6, 7, 0}};
+  for (const auto& c : item_first_second) {
+    EXPECT_EQ(WInfoError(c[0]), c[1]) << c[0];
+    EXPECT_EQ(WInfoError(c[0]), c[2]) << c[0];
+  }
   IDebugLevel(2);
   IDebugLevel(5);
   IDebugLevel(-1);
@@ -129,12 +121,11 @@ TEST_F(ErrorTest, ReadingItemsAndLevelBounds) {
 }
 
 TEST_F(ErrorTest, MessageTextsByCategory) {
-  std::string text(20, '#');
-  WInfoErrorMessage(1121, text);
-  EXPECT_EQ(text, "Too many windows    ");
-  text.assign(10, '#');
-  WInfoErrorMessage(1121, text);
-  EXPECT_EQ(text, "Too many w");
+  for (const std::string expected : {"Too many windows    ", "Too many w"}) {
+    std::string text(expected.size(), '#');  // a sized output is padded or cut to its width
+    WInfoErrorMessage(1121, text);
+    EXPECT_EQ(text, expected);
+  }
   std::string free_text;
   WInfoErrorMessage(4, free_text, 4);
   EXPECT_EQ(free_text, "Failed to attach GLX context to target drawable");

@@ -1,12 +1,11 @@
 // Display-free pieces of the message loop and the windows: key translation,
-// window units, text encoding and the recorded menu states.
+// window units, text encoding and file names.
 #include <gtest/gtest.h>  // before the X headers, whose macros it would trip over
 
 #include <X11/keysym.h>
 #include <unistd.h>
 
 #include "toolkit/kernel/display.h"
-#include "toolkit/kernel/menu.h"
 #include "toolkit/kernel/message.h"
 #include "toolkit/kernel/window.h"
 #include "toolkit/kernel/zelvy_data.h"
@@ -76,25 +75,20 @@ TEST(KeyTranslation, ModifierKeysMakeNoMessage) {
 }
 
 TEST(WindowUnits, ConversionAndItsRounding) {
-  EXPECT_EQ(yyunitstopixels(9999, 100), 99);
-  EXPECT_EQ(yyunitstopixels(0, 100), 0);
-  EXPECT_EQ(yyunitstopixels(5000, 100), 49);
-  EXPECT_EQ(yyunitsfrompixels(99, 100), 9949);  // no way back to 9999
-  EXPECT_EQ(yyunitsfrompixels(0, 100), 49);
-  EXPECT_EQ(yyunitsfrompixels(50, 400), 1262);
-  EXPECT_EQ(yyunitsfrompixels(0, 1), 0);  // a window of one pixel has only unit 0
-  EXPECT_EQ(yyunitsfrompixels(5, 1), 0);
-  EXPECT_EQ(yyunitstopixels(9999, 1), 0);
+  // {units or pixels, window size, result}
+  const int to_pixels[][3] = {{9999, 100, 99}, {0, 100, 0}, {5000, 100, 49}, {9999, 1, 0}};
+  for (const auto& c : to_pixels) EXPECT_EQ(yyunitstopixels(c[0], c[1]), c[2]) << c[0] << "/" << c[1];
+  // No way back to 9999; a window of one pixel has only unit 0.
+  const int from_pixels[][3] = {{99, 100, 9949}, {0, 100, 49}, {50, 400, 1262}, {0, 1, 0}, {5, 1, 0}};
+  for (const auto& c : from_pixels) EXPECT_EQ(yyunitsfrompixels(c[0], c[1]), c[2]) << c[0] << "/" << c[1];
   // Through the selected window's size.
   zelvy_data::iwinwid = 1024;
   zelvy_data::iwinhgt = 819;
   int px = 0, py = 0, ux = 0, uy = 0;
   WindowUnitsToPixels(1000, 9999, px, py);
-  EXPECT_EQ(px, 102);
-  EXPECT_EQ(py, 818);
+  EXPECT_EQ(std::pair(px, py), std::pair(102, 818));
   WindowUnitsFromPixels(px, py, ux, uy);
-  EXPECT_EQ(ux, 1000);  // the round trip loses a unit
-  EXPECT_EQ(uy, 9992);
+  EXPECT_EQ(std::pair(ux, uy), std::pair(1000, 9992));  // the round trip loses a unit
 }
 
 TEST(WindowUnits, PositionKeptOnTheScreen) {
@@ -102,13 +96,10 @@ TEST(WindowUnits, PositionKeptOnTheScreen) {
   zelvy_x::iDispHeight = 1024;
   int x = 1200, y = -5;
   yyWindowPositionOnScreen(200, 100, x, y);
-  EXPECT_EQ(x, 1080);
-  EXPECT_EQ(y, 0);
-  x = 10;
-  y = 2000;
+  EXPECT_EQ(std::pair(x, y), std::pair(1080, 0));
+  x = 10, y = 2000;
   yyWindowPositionOnScreen(2000, 100, x, y);  // wider than the screen: the left edge wins
-  EXPECT_EQ(x, 0);
-  EXPECT_EQ(y, 924);
+  EXPECT_EQ(std::pair(x, y), std::pair(0, 924));
 }
 
 TEST(TextEncoding, LatinOneBecomesUtf8) {
@@ -120,25 +111,6 @@ TEST(TextEncoding, LatinOneBecomesUtf8) {
   EXPECT_EQ(yyConvertEncoding("\xc3\xa9", 1, type), "\xc3\xa9");  // already UTF-8
   EXPECT_EQ(type, 1);
 }
-
-TEST(MenuStates, RecordedByItem) {
-  zelvy_data::ierr = 0;
-  EXPECT_EQ(WMenuGetState(40005, 1), 1);  // unknown items are enabled and unchecked
-  WMenuSetState(40005, 1, 0);
-  WMenuSetState(40005, 2, 1);
-  EXPECT_EQ(WMenuGetState(40005, 1), 0);
-  EXPECT_EQ(WMenuGetState(40005, 2), 1);
-  WMenuSetState(40005, 1, 1);
-  EXPECT_EQ(WMenuGetState(40005, 1), 1);
-  EXPECT_EQ(WMenuGetState(40005, 2), 1);
-  EXPECT_EQ(zelvy_data::ierr, 0);
-  WMenuSetState(40005, 3, 1);
-  EXPECT_EQ(zelvy_data::ierr, 1126);
-}
-
-}  // namespace
-
-namespace {
 
 TEST(FileParts, AbsoluteDirectoryAndName) {
   EXPECT_EQ(yyGetFilePart(0, "/data/run1/job.omb"), "/data/run1");

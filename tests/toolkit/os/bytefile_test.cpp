@@ -3,7 +3,6 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 #include <fstream>
 #include <sstream>
 #include <string>
@@ -91,26 +90,22 @@ TEST_F(OsByteFileTest, SeekOrigins) {
   int h = 0, n = 0;
   IFileOpen(path_, 2, h);
   IFileWriteChar(h, "0123456789", 10, n);
-  int pos = -3;
-  IFileSeek(h, pos, 2);
-  EXPECT_EQ(pos, 7);
-  pos = -2;
-  IFileSeek(h, pos, 1);
-  EXPECT_EQ(pos, 5);
-  std::string c(1, ' ');
-  IFileReadChar(h, c, 1, n);
-  EXPECT_EQ(c, "5");
-  pos = 2;
-  IFileSeek(h, pos, 0);
-  EXPECT_EQ(pos, 2);
-  pos = 8;
-  IFileSeek(h, pos, 5);  // ignored: neither moves nor reports
-  EXPECT_EQ(pos, 8);
-  IFileReadChar(h, c, 1, n);
-  EXPECT_EQ(c, "2");
-  pos = -1;
-  IFileSeek(h, pos, 0);
-  EXPECT_EQ(pos, -1);
+  auto seek = [&](int pos, int origin) {
+    IFileSeek(h, pos, origin);
+    return pos;
+  };
+  auto next = [&] {
+    std::string c(1, ' ');
+    IFileReadChar(h, c, 1, n);
+    return c;
+  };
+  EXPECT_EQ(seek(-3, 2), 7);
+  EXPECT_EQ(seek(-2, 1), 5);
+  EXPECT_EQ(next(), "5");
+  EXPECT_EQ(seek(2, 0), 2);
+  EXPECT_EQ(seek(8, 5), 8);  // ignored: neither moves nor reports
+  EXPECT_EQ(next(), "2");
+  EXPECT_EQ(seek(-1, 0), -1);
   EXPECT_EQ(error(), 2);
   EXPECT_EQ(WInfoError(2), EINVAL);
   ifileclose(h);
@@ -118,16 +113,13 @@ TEST_F(OsByteFileTest, SeekOrigins) {
 
 TEST_F(OsByteFileTest, OpenFailures) {
   int h = 0;
-  IFileOpen(path_, 3, h);
-  EXPECT_EQ(h, -1);
-  EXPECT_EQ(error(), 1);
-  EXPECT_EQ(zelvy_data::ioetype, 2);
-  IFileOpen("    ", 1, h);
-  EXPECT_EQ(h, -1);
-  EXPECT_EQ(error(), 1);
-  IFileOpen(dir_ + "/missing", 0, h);
-  EXPECT_EQ(h, -1);
-  EXPECT_EQ(error(), 1);
+  // A bad mode, no name, a file that isn't there.
+  for (auto [name, mode] : {std::pair{path_, 3}, {std::string("    "), 1}, {dir_ + "/missing", 0}}) {
+    IFileOpen(name, mode, h);
+    EXPECT_EQ(h, -1) << name;
+    EXPECT_EQ(zelvy_data::ioetype, 2);
+    EXPECT_EQ(error(), 1) << name;
+  }
   EXPECT_EQ(WInfoError(2), ENOENT);
   ifileclose(h);  // a failed handle may be closed without harm
   EXPECT_EQ(error(), 0);

@@ -1,5 +1,7 @@
 // Text to number, the word-by-word readers and the C-layer forms.
 #include <string>
+#include <tuple>
+#include <utility>
 
 #include "tests/toolkit/os/os_test_support.h"
 #include "toolkit/os/fixed_text.h"
@@ -9,31 +11,21 @@ namespace {
 
 using OsConvertTest = OsTest;
 
-struct IntCase {
-  const char* text;
-  int value;
-  int err;
-};
-
 TEST_F(OsConvertTest, IntegerFromText) {
-  const IntCase cases[] = {
+  const std::tuple<const char*, int, int> cases[] = {
       {"2147483647", 2147483647, 0}, {"2147483648", 0, 4},  {"3000000000", 0, 4}, {"12345678901", 0, 4},
       {"-12", -12, 0},               {" 7 8", 7, 0},        {"+5", 5, 0},         {"12a", 0, 12},
       {"1.0", 0, 12},                {"   ", 0, 10},        {"", 0, 10},          {"-2147483647", -2147483647, 0},
   };
-  for (const auto& c : cases) {
+  for (auto [text, value, err] : cases) {
     int v = 99;
-    IStringToInteger(c.text, v);
-    EXPECT_EQ(v, c.value) << c.text;
-    EXPECT_EQ(error(), c.err) << c.text;
+    IStringToInteger(text, v);
+    EXPECT_EQ(v, value) << text;
+    EXPECT_EQ(error(), err) << text;
   }
 }
 
-struct RealCase {
-  const char* text;
-  double value;
-  int err;
-};
+using RealCase = std::tuple<const char*, double, int>;
 
 TEST_F(OsConvertTest, RealFromText) {
   const RealCase cases[] = {
@@ -42,11 +34,11 @@ TEST_F(OsConvertTest, RealFromText) {
       {" 2.5 7", 2.5, 0},    {"3.5E38", 0, 4},      {"1E2.5", 0, 12},      {"0E99", 0, 0},
       {"", 0, 10},           {"1x", 0, 12},         {"+.5", 0.5, 0},       {"1E+38", 1e38, 0},
   };
-  for (const auto& c : cases) {
+  for (auto [text, value, err] : cases) {
     float v = 99;
-    IStringToReal(c.text, v);
-    EXPECT_EQ(v, static_cast<float>(c.value)) << c.text;
-    EXPECT_EQ(error(), c.err) << c.text;
+    IStringToReal(text, v);
+    EXPECT_EQ(v, static_cast<float>(value)) << text;
+    EXPECT_EQ(error(), err) << text;
   }
 }
 
@@ -56,11 +48,11 @@ TEST_F(OsConvertTest, DoubleFromText) {
       {"1.7E308", 1.7e308, 0},   {"1.8E308", 0, 4},       {"1E309", 0, 4},          {"1E-400", 0, 0},
       {"-2.5E-300", -2.5e-300, 0}, {"1E39", 1e39, 0},
   };
-  for (const auto& c : cases) {
+  for (auto [text, value, err] : cases) {
     double v = 99;
-    istringtodouble(c.text, v);
-    EXPECT_EQ(v, c.value) << c.text;  // correctly rounded: exactly the nearest double
-    EXPECT_EQ(error(), c.err) << c.text;
+    istringtodouble(text, v);
+    EXPECT_EQ(v, value) << text;  // correctly rounded: exactly the nearest double
+    EXPECT_EQ(error(), err) << text;
   }
   // An integer part longer than the limit, without exponent.
   double v = 1;
@@ -82,79 +74,66 @@ TEST_F(OsConvertTest, DecimalCharacterIsAcceptedWhenSet) {
 
 TEST_F(OsConvertTest, NextWordReadsAndBlanksOneWordAtATime) {
   std::string text = "  12 -3  x";
-  int v = 0;
-  INextInteger(text, v);
-  EXPECT_EQ(v, 12);
+  auto next_int = [&] {
+    int v = 99;
+    INextInteger(text, v);
+    return std::pair{v, error()};
+  };
+  EXPECT_EQ(next_int(), std::pair(12, 0));
   EXPECT_EQ(text, "     -3  x");
-  INextInteger(text, v);
-  EXPECT_EQ(v, -3);
-  INextInteger(text, v);
-  EXPECT_EQ(v, 0);
-  EXPECT_EQ(error(), 12);
+  EXPECT_EQ(next_int(), std::pair(-3, 0));
+  EXPECT_EQ(next_int(), std::pair(0, 12));
   EXPECT_TRUE(is_blank(text));
-  INextInteger(text, v);
-  EXPECT_EQ(error(), 10);
+  EXPECT_EQ(next_int().second, 10);
 
   std::string reals = "1.5 2,5";
-  float r = 0;
-  INextReal(reals, r);
-  EXPECT_EQ(r, 1.5f);
-  INextReal(reals, r);
-  EXPECT_EQ(r, 2.5f);
-  INextReal(reals, r);
-  EXPECT_EQ(r, 0.0f);
-  EXPECT_EQ(error(), 10);
+  auto next_real = [&] {
+    float r = 99;
+    INextReal(reals, r);
+    return std::pair{r, error()};
+  };
+  EXPECT_EQ(next_real(), std::pair(1.5f, 0));
+  EXPECT_EQ(next_real(), std::pair(2.5f, 0));
+  EXPECT_EQ(next_real(), std::pair(0.0f, 10));
+}
+
+// Number to C text: the text arrives with `width` characters (0: unbounded).
+template <class T, class F>
+std::string to_text(F convert, T value, std::size_t width, std::string_view format = {}) {
+  std::string text = padded("", width);
+  convert(value, text, format);
+  return text;
 }
 
 TEST_F(OsConvertTest, IntegerToCText) {
-  std::string text = padded("", 5);  // room for I4 and the terminator
-  yyint2st(42, text);
-  EXPECT_EQ(trimmed(text), "42");
-  yyint2st(-1234, text);
-  EXPECT_EQ(trimmed(text), "****");
+  EXPECT_EQ(trimmed(to_text(yyint2st, 42, 5)), "42");  // room for I4 and the terminator
+  EXPECT_EQ(trimmed(to_text(yyint2st, -1234, 5)), "****");
   EXPECT_EQ(error(), 18);
-  text.clear();  // unbounded: I11
-  yyint2st(-2147483647, text);
-  EXPECT_EQ(text, "-2147483647");
+  EXPECT_EQ(to_text(yyint2st, -2147483647, 0), "-2147483647");  // unbounded: I11
   EXPECT_EQ(error(), 0);
-  text = padded("", 12);
-  yyint2st(7, text);
-  EXPECT_EQ(text, padded("7", 12));
+  EXPECT_EQ(to_text(yyint2st, 7, 12), padded("7", 12));
 }
 
 TEST_F(OsConvertTest, RealToCText) {
-  std::string text;
-  yyrea2st(1.5f, text, "(F8.3)");
-  EXPECT_EQ(text, "1.500");
-  text.clear();
-  yyrea2st(1.5f, text, "");
-  EXPECT_EQ(text, "1.5000");  // the default (G15.5E2), left-adjusted
-  text.clear();
-  yydbl2st(0.1, text, " ");
-  EXPECT_EQ(text, "0.100000000000000");
-  text.clear();
+  EXPECT_EQ(to_text(yyrea2st, 1.5f, 0, "(F8.3)"), "1.500");
+  EXPECT_EQ(to_text(yyrea2st, 1.5f, 0, ""), "1.5000");  // the default (G15.5E2), left-adjusted
+  EXPECT_EQ(to_text(yydbl2st, 0.1, 0, " "), "0.100000000000000");
   zelvy_data::idecimal = 1;
   zelvy_data::cdecimal = ',';
-  yydbl2st(-2.25, text, "(F6.2)");
-  EXPECT_EQ(text, "-2,25");
-  text = padded("", 4);  // three characters of room
-  yyrea2st(1.5f, text, "(F8.3)");
-  EXPECT_EQ(text, "*** ");
+  EXPECT_EQ(to_text(yydbl2st, -2.25, 0, "(F6.2)"), "-2,25");
+  EXPECT_EQ(to_text(yyrea2st, 1.5f, 4, "(F8.3)"), "*** ");  // three characters of room
   EXPECT_EQ(error(), 18);
 }
 
 TEST_F(OsConvertTest, CTextToNumberLeavesTheErrorStateAlone) {
   zelvy_data::ierr = 77;
   zelvy_data::idbug = 2;
-  int i = 5;
-  yyst2int(i, "abc");
-  EXPECT_EQ(i, 0);
-  yyst2int(i, "-12.7");
-  EXPECT_EQ(i, -12);
-  yyst2int(i, std::string("42\0 99", 6));
-  EXPECT_EQ(i, 42);
-  yyst2int(i, "1E20");  // no int has this value
-  EXPECT_EQ(i, 0);
+  // "1E20": no int has this value.
+  for (auto [text, want] : {std::pair<std::string, int>{"abc", 0}, {"-12.7", -12}, {{"42\0 99", 6}, 42}, {"1E20", 0}}) {
+    int i = 5;
+    yyst2int(i, text);
+    EXPECT_EQ(i, want) << text;
+  }
   float r = 0;
   yyst2rea(r, "2.5  ");
   EXPECT_EQ(r, 2.5f);

@@ -11,6 +11,7 @@
 #include <fstream>
 #include <sstream>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "tests/toolkit/os/os_test_support.h"
@@ -66,11 +67,7 @@ class OsFilesTest : public OsTest {
 using Names = std::vector<std::string>;
 
 TEST_F(OsFilesTest, ListingFiltersByPatternHiddenAndType) {
-  make("b.omb");
-  make("a.hkl");
-  make("C.OMB");
-  make("my file.txt");
-  make(".hidden.omb");
+  for (const char* name : {"b.omb", "a.hkl", "C.OMB", "my file.txt", ".hidden.omb"}) make(name);
   mkdir((dir_ + "/sub").c_str(), 0755);
   EXPECT_EQ(list("", 8), (Names{"C.OMB", "a.hkl", "b.omb", "my file.txt"}));
   EXPECT_EQ(list("*.omb *.hkl", 8), (Names{"a.hkl", "b.omb"}));
@@ -100,15 +97,16 @@ TEST_F(OsFilesTest, ListingSortsByNameDateSizeAndExtension) {
   make("A.dat", 10, 1700000100);
   make("c.DAT", 20, 1700000200);
   make("a.bin", 40, 1700000000);
-  EXPECT_EQ(list("", 8), (Names{"A.dat", "a.bin", "b.txt", "c.DAT"}));
-  EXPECT_EQ(list("", 8 | 1), (Names{"c.DAT", "b.txt", "a.bin", "A.dat"}));
-  EXPECT_EQ(list("", 8 | 2), (Names{"a.bin", "A.dat", "b.txt", "c.DAT"}));
-  EXPECT_EQ(list("", 0x10), (Names{"a.bin", "A.dat", "c.DAT", "b.txt"}));
+  for (auto [flags, names] : {std::pair{8, Names{"A.dat", "a.bin", "b.txt", "c.DAT"}},
+                              {8 | 1, Names{"c.DAT", "b.txt", "a.bin", "A.dat"}},
+                              {8 | 2, Names{"a.bin", "A.dat", "b.txt", "c.DAT"}},
+                              {0x10, Names{"a.bin", "A.dat", "c.DAT", "b.txt"}},
+                              {0x400 | 2, Names{"a.bin", "A.dat", "c.DAT", "b.txt"}},
+                              {0x400, Names{"c.DAT", "a.bin", "A.dat", "b.txt"}}})  // "DAT" before "bin"
+    EXPECT_EQ(list("", flags), names) << flags;
   std::vector<int> sizes;
   EXPECT_EQ(list("", 0x20 | 1, 50, &sizes), (Names{"a.bin", "b.txt", "c.DAT", "A.dat"}));
   EXPECT_EQ(sizes, (std::vector<int>{40, 30, 20, 10}));  // moved in step with the names
-  EXPECT_EQ(list("", 0x400 | 2), (Names{"a.bin", "A.dat", "c.DAT", "b.txt"}));
-  EXPECT_EQ(list("", 0x400), (Names{"c.DAT", "a.bin", "A.dat", "b.txt"}));  // "DAT" before "bin"
   EXPECT_EQ(list("", 0x10 | 0x20 | 8), list("", 8));  // name comes first among sort bits
 
   std::vector<std::string> names = {padded("", 4)};
@@ -147,9 +145,7 @@ TEST_F(OsFilesTest, CopyAndDelete) {
   IOsCopyFile("   ", "x");
   EXPECT_EQ(error(), 0);
 
-  make("a.tmp");
-  make("b.tmp");
-  make("with blank.tmp");
+  for (const char* name : {"a.tmp", "b.tmp", "with blank.tmp"}) make(name);
   IOsDeleteFile(dir_ + "/*.tmp");  // a pattern through the shell
   EXPECT_FALSE(iosfileexists(dir_ + "/a.tmp"));
   EXPECT_FALSE(iosfileexists(dir_ + "/with blank.tmp"));
@@ -170,29 +166,29 @@ TEST_F(OsFilesTest, DirectoriesAndPathTypes) {
   const std::string sub = dir_ + "/new";
   IOsDirMake(sub + "   ");
   EXPECT_EQ(error(), 0);
-  EXPECT_TRUE(iosdirexists(sub));
-  EXPECT_EQ(iospathtype(sub), 2);
   IOsDirMake(sub);
   EXPECT_EQ(error(), 13);
   EXPECT_EQ(WInfoError(3), EEXIST);
   const std::string file = make("plain");
-  EXPECT_EQ(iospathtype(file), 1);
-  EXPECT_FALSE(iosdirexists(file));
-  EXPECT_FALSE(iosfileexists(sub));
-  EXPECT_EQ(iospathtype(dir_ + "/none"), 0);
+  symlink(sub.c_str(), (dir_ + "/link").c_str());
+  // {path, type, directory, file}; a link is what it points to.
+  const std::tuple<std::string, int, bool, bool> paths[] = {
+      {sub, 2, true, false}, {file, 1, false, true}, {dir_ + "/none", 0, false, false}, {dir_ + "/link", 2, true, false}};
+  for (const auto& [path, type, is_dir, is_file] : paths) {
+    EXPECT_EQ(iospathtype(path), type) << path;
+    EXPECT_EQ(iosdirexists(path), is_dir) << path;
+    EXPECT_EQ(iosfileexists(path), is_file) << path;
+  }
   EXPECT_TRUE(iosdirexists("  /  "));
   EXPECT_FALSE(iosdirexists("   "));
-  symlink(sub.c_str(), (dir_ + "/link").c_str());
-  EXPECT_EQ(iospathtype(dir_ + "/link"), 2);  // a link is what it points to
 
   IOsDirChange(sub);
-  std::string here;
-  IOsDirName(here);
-  EXPECT_EQ(here, sub);
-  here = padded("", 3);
-  IOsDirName(here);
-  EXPECT_EQ(here, "   ");
-  EXPECT_EQ(error(), 1023);
+  for (auto [width, want, err] : {std::tuple<int, std::string, int>{0, sub, 0}, {3, "   ", 1023}}) {
+    std::string here = padded("", width);
+    IOsDirName(here);
+    EXPECT_EQ(here, want);
+    EXPECT_EQ(error(), err);
+  }
   IOsDirChange(dir_ + "/none");
   EXPECT_EQ(error(), 13);
   IOsDirChange(dir_);
@@ -202,16 +198,9 @@ TEST_F(OsFilesTest, DirectoriesAndPathTypes) {
 }
 
 TEST_F(OsFilesTest, DeleteTreeRemovesEverythingButFollowsNoLink) {
-  const std::string outside = dir_ + "/outside";
-  mkdir(outside.c_str(), 0755);
-  make("outside/keep");
-  const std::string tree = dir_ + "/tree";
-  mkdir(tree.c_str(), 0755);
-  mkdir((tree + "/a").c_str(), 0755);
-  mkdir((tree + "/a/.b").c_str(), 0755);
-  make("tree/a/.b/deep");
-  make("tree/a/file");
-  make("tree/.hidden");
+  const std::string outside = dir_ + "/outside", tree = dir_ + "/tree";
+  for (const char* sub : {"/outside", "/tree", "/tree/a", "/tree/a/.b"}) mkdir((dir_ + sub).c_str(), 0755);
+  for (const char* name : {"outside/keep", "tree/a/.b/deep", "tree/a/file", "tree/.hidden"}) make(name);
   symlink(outside.c_str(), (tree + "/a/link").c_str());
   zelvy_data::idirinfo = 3;
   iosdeletetree(tree);
@@ -248,14 +237,13 @@ TEST_F(OsFilesTest, FileInfoAndTimeStamps) {
 
 TEST_F(OsFilesTest, FullPathName) {
   IOsDirChange(dir_);
-  std::string full;
-  iosfullpathname("./x.omb", full);
-  EXPECT_EQ(full, dir_ + "/x.omb");
-  iosfullpathname("/a/./b/././c", full = "");
-  EXPECT_EQ(full, "/a/b/c");
-  iosfullpathname("a/../b", full = "");
-  EXPECT_EQ(full, dir_ + "/a/../b");
-  full = padded("", 5);
+  for (auto [path, want] : {std::pair<std::string, std::string>{"./x.omb", dir_ + "/x.omb"},
+                            {"/a/./b/././c", "/a/b/c"}, {"a/../b", dir_ + "/a/../b"}}) {
+    std::string full;
+    iosfullpathname(path, full);
+    EXPECT_EQ(full, want);
+  }
+  std::string full = padded("", 5);
   iosfullpathname("/a/b", full);
   EXPECT_EQ(full, "/a/b ");
   iosfullpathname("/abcdef", full);
@@ -265,55 +253,45 @@ TEST_F(OsFilesTest, FullPathName) {
 
 TEST_F(OsFilesTest, EnvironmentVariables) {
   unsetenv("ZELV_TEST_UNSET");
-  std::string v = padded("old", 8);
-  IOsVariable("ZELV_TEST_UNSET", v);
-  EXPECT_EQ(v, "        ");
-  EXPECT_EQ(error(), 0);
   setenv("ZELV_TEST_VAR", "value", 1);
-  IOsVariable("ZELV_TEST_VAR  ", v);
-  EXPECT_EQ(v, "value   ");
-  v = padded("", 4);
-  IOsVariable("ZELV_TEST_VAR", v);
-  EXPECT_EQ(v, "    ");
-  EXPECT_EQ(error(), 1023);
+  // {name, width of the output, value, error}: a value wider than the output is refused.
+  const std::tuple<const char*, int, const char*, int> cases[] = {
+      {"ZELV_TEST_UNSET", 8, "        ", 0}, {"ZELV_TEST_VAR  ", 8, "value   ", 0}, {"ZELV_TEST_VAR", 4, "    ", 1023}};
+  for (auto [name, width, value, err] : cases) {
+    std::string v = padded("old", width);
+    IOsVariable(name, v);
+    EXPECT_EQ(v, value) << name;
+    EXPECT_EQ(error(), err) << name;
+  }
 }
 
 TEST_F(OsFilesTest, CommandLineArguments) {
   const int n = yyosargcount();
-  std::string arg;
-  iosargument(0, arg);
-  EXPECT_NE(arg.find("toolkit_os_test"), std::string::npos);
-  iosargument(-1, arg = "");
-  EXPECT_EQ(arg, "");
-  iosargument(n, arg = "");
-  EXPECT_FALSE(arg.empty());
-  iosargument(n + 1, arg = padded("x", 3));
-  EXPECT_EQ(arg, "   ");
+  auto arg = [](int i, std::string text = "") {
+    iosargument(i, text);
+    return text;
+  };
+  EXPECT_NE(arg(0).find("toolkit_os_test"), std::string::npos);
+  EXPECT_EQ(arg(-1), "");
+  EXPECT_FALSE(arg(n).empty());
+  EXPECT_EQ(arg(n + 1, padded("x", 3)), "   ");
 }
 
 TEST_F(OsFilesTest, ExitWritesItsLineAndEndsWithTheCode) {
   const std::string out = dir_ + "/stdout";
-  EXPECT_EXIT(
-      {
-        if (!std::freopen(out.c_str(), "w", stdout)) std::_Exit(99);
-        IOsExitProgram("Cannot open X display.  ", 9);
-      },
-      ::testing::ExitedWithCode(9), "");
-  EXPECT_EQ(read(out), "Abnormal exit (code 9) : Cannot open X display.\n");
-  EXPECT_EXIT(
-      {
-        if (!std::freopen(out.c_str(), "w", stdout)) std::_Exit(99);
-        iosexitprogram("bye", 12);
-      },
-      ::testing::ExitedWithCode(12), "");
-  EXPECT_EQ(read(out), "Abnormal exit (code 12  ) : bye\n");
-  EXPECT_EXIT(
-      {
-        if (!std::freopen(out.c_str(), "w", stdout)) std::_Exit(99);
-        IOsExitProgram("   ", 0);
-      },
-      ::testing::ExitedWithCode(0), "");
-  EXPECT_EQ(read(out), "");
+  const std::tuple<void (*)(std::string_view, int), const char*, int, const char*> cases[] = {
+      {IOsExitProgram, "Cannot open X display.  ", 9, "Abnormal exit (code 9) : Cannot open X display.\n"},
+      {iosexitprogram, "bye", 12, "Abnormal exit (code 12  ) : bye\n"},
+      {IOsExitProgram, "   ", 0, ""}};
+  for (auto [stop, message, code, line] : cases) {
+    EXPECT_EXIT(
+        {
+          if (!std::freopen(out.c_str(), "w", stdout)) std::_Exit(99);
+          stop(message, code);
+        },
+        ::testing::ExitedWithCode(code), "");
+    EXPECT_EQ(read(out), line);
+  }
 }
 
 }  // namespace

@@ -15,79 +15,63 @@ std::string fmt(std::string_view descriptor, FormatArg value) {
   return format_record(descriptor, args, out) ? out : "<bad>";
 }
 
+struct Row {
+  std::string_view descriptor;
+  FormatArg value;
+  std::string_view record;
+};
+
+void expect_records(std::initializer_list<Row> rows) {
+  for (const Row& r : rows) EXPECT_EQ(fmt(r.descriptor, r.value), r.record) << r.descriptor;
+}
+
 using OsFormatTest = OsTest;
 
 TEST_F(OsFormatTest, ExamplesOfTheDescriptorTable) {
-  EXPECT_EQ(fmt("(F12.5)", 1.0), "     1.00000");
-  EXPECT_EQ(fmt("(G12.4)", 1.0), "   1.000    ");
-  EXPECT_EQ(fmt("(G12.4)", 0.05), "  0.5000E-01");
-  EXPECT_EQ(fmt("(G12.4)", 12345.6), "  0.1235E+05");
-  EXPECT_EQ(fmt("(F5.1)", -1.5), " -1.5");
-  EXPECT_EQ(fmt("(F5.1)", 123456.0), "*****");
-  // Lower case and without brackets mean the same.
-  EXPECT_EQ(fmt("f12.5", 1.0f), "     1.00000");
-  EXPECT_EQ(fmt(" ( g12.4 ) ", 1.0f), "   1.000    ");
+  expect_records({{"(F12.5)", 1.0, "     1.00000"}, {"(G12.4)", 1.0, "   1.000    "},
+                  {"(G12.4)", 0.05, "  0.5000E-01"}, {"(G12.4)", 12345.6, "  0.1235E+05"},
+                  {"(F5.1)", -1.5, " -1.5"}, {"(F5.1)", 123456.0, "*****"},
+                  // Lower case and without brackets mean the same.
+                  {"f12.5", 1.0f, "     1.00000"}, {" ( g12.4 ) ", 1.0f, "   1.000    "}});
 }
 
 TEST_F(OsFormatTest, FixedPointRoundsCorrectlyAndDropsZeroOnlyToFit) {
-  EXPECT_EQ(fmt("(F5.3)", 0.5), "0.500");
-  EXPECT_EQ(fmt("(F4.3)", 0.5), ".500");
-  EXPECT_EQ(fmt("(F5.3)", -0.5), "-.500");
-  EXPECT_EQ(fmt("(F4.3)", -0.5), "****");
-  EXPECT_EQ(fmt("(F6.3)", -0.5), "-0.500");
-  // 2.675 is stored just below the tie; a careless formatter gives 2.68.
-  EXPECT_EQ(fmt("(F6.2)", 2.675), "  2.67");
-  // A float is written as the float it is, not as a rounded decimal.
-  EXPECT_EQ(fmt("(F13.10)", 0.1f), " 0.1000000015");
-  EXPECT_EQ(fmt("(F6.0)", 42.7), "   43.");
-  EXPECT_EQ(fmt("(F8.1)", 1e300), "********");
+  expect_records({{"(F5.3)", 0.5, "0.500"}, {"(F4.3)", 0.5, ".500"}, {"(F5.3)", -0.5, "-.500"},
+                  {"(F4.3)", -0.5, "****"}, {"(F6.3)", -0.5, "-0.500"},
+                  {"(F6.2)", 2.675, "  2.67"},  // stored just below the tie; a careless formatter gives 2.68
+                  {"(F13.10)", 0.1f, " 0.1000000015"},  // a float is written as the float it is
+                  {"(F6.0)", 42.7, "   43."}, {"(F8.1)", 1e300, "********"}});
 }
 
 TEST_F(OsFormatTest, NegativeZeroNeverWidensTheField) {
-  EXPECT_EQ(fmt("(F5.1)", -0.0), " -0.0");
-  EXPECT_EQ(fmt("(F3.1)", -0.0), "-.0");
-  EXPECT_EQ(fmt("(F2.1)", -0.0), "**");
-  EXPECT_EQ(fmt("(F5.2)", -0.001), "-0.00");
-  EXPECT_EQ(fmt("(F4.2)", -0.001), "-.00");
+  expect_records({{"(F5.1)", -0.0, " -0.0"}, {"(F3.1)", -0.0, "-.0"}, {"(F2.1)", -0.0, "**"},
+                  {"(F5.2)", -0.001, "-0.00"}, {"(F4.2)", -0.001, "-.00"}});
 }
 
 TEST_F(OsFormatTest, GeneralSwitchesOnTheRoundedValue) {
-  EXPECT_EQ(fmt("(G12.4)", 0.0), "   0.000    ");
-  EXPECT_EQ(fmt("(G12.4)", 0.1), "  0.1000    ");
-  EXPECT_EQ(fmt("(G12.4)", 0.099996), "  0.1000    ");   // rounds up into fixed range
-  EXPECT_EQ(fmt("(G12.4)", 0.0999949), "  0.9999E-01");
-  EXPECT_EQ(fmt("(G12.4)", 9.99996), "   10.00    ");   // 10.00 keeps 4 digits
-  EXPECT_EQ(fmt("(G12.4)", 9999.4), "   9999.    ");
-  EXPECT_EQ(fmt("(G12.4)", 9999.6), "  0.1000E+05");    // 10000 needs 5 digits
-  EXPECT_EQ(fmt("(G12.4)", -123.456), "  -123.5    ");
-  EXPECT_EQ(fmt("(G6.4)", 1.0), "******");
-  EXPECT_EQ(fmt("(G12.4)", 5), "           5");  // an integer through G is Iw
+  expect_records({{"(G12.4)", 0.0, "   0.000    "}, {"(G12.4)", 0.1, "  0.1000    "},
+                  {"(G12.4)", 0.099996, "  0.1000    "},  // rounds up into fixed range
+                  {"(G12.4)", 0.0999949, "  0.9999E-01"},
+                  {"(G12.4)", 9.99996, "   10.00    "},  // 10.00 keeps 4 digits
+                  {"(G12.4)", 9999.4, "   9999.    "},
+                  {"(G12.4)", 9999.6, "  0.1000E+05"},  // 10000 needs 5 digits
+                  {"(G12.4)", -123.456, "  -123.5    "}, {"(G6.4)", 1.0, "******"},
+                  {"(G12.4)", 5, "           5"}});  // an integer through G is Iw
 }
 
 TEST_F(OsFormatTest, ExponentForms) {
-  EXPECT_EQ(fmt("(E12.4)", 0.0), "  0.0000E+00");
-  EXPECT_EQ(fmt("(E12.4)", -1234.56), " -0.1235E+04");
-  EXPECT_EQ(fmt("(E10.4)", -1234.56), "-.1235E+04");
-  EXPECT_EQ(fmt("(E9.4)", -1234.56), "*********");
-  // Three exponent digits take the place of the letter.
-  EXPECT_EQ(fmt("(E12.4)", 1e-150), "  0.1000-149");
-  EXPECT_EQ(fmt("(G15.5E2)", 1.0), "     1.0000    ");
-  EXPECT_EQ(fmt("(G15.5E2)", 1.0e-3f), "    0.10000E-02");
-  EXPECT_EQ(fmt("(G15.5E2)", 1e100), "***************");
-  EXPECT_EQ(fmt("(G12.4E3)", 1e100), " 0.1000E+101");
-  EXPECT_EQ(fmt("(G12.4E3)", 1.0), "  1.000     ");
-  EXPECT_EQ(fmt("(E12.4E1)", 1e10), "************");
+  expect_records({{"(E12.4)", 0.0, "  0.0000E+00"}, {"(E12.4)", -1234.56, " -0.1235E+04"},
+                  {"(E10.4)", -1234.56, "-.1235E+04"}, {"(E9.4)", -1234.56, "*********"},
+                  {"(E12.4)", 1e-150, "  0.1000-149"},  // three exponent digits take the letter's place
+                  {"(G15.5E2)", 1.0, "     1.0000    "}, {"(G15.5E2)", 1.0e-3f, "    0.10000E-02"},
+                  {"(G15.5E2)", 1e100, "***************"}, {"(G12.4E3)", 1e100, " 0.1000E+101"},
+                  {"(G12.4E3)", 1.0, "  1.000     "}, {"(E12.4E1)", 1e10, "************"}});
 }
 
 TEST_F(OsFormatTest, IntegerItems) {
-  EXPECT_EQ(fmt("(I4)", 42), "  42");
-  EXPECT_EQ(fmt("(I4)", -123), "-123");
-  EXPECT_EQ(fmt("(I4)", 12345), "****");
-  EXPECT_EQ(fmt("(I4.3)", 7), " 007");
-  EXPECT_EQ(fmt("(I5.3)", -7), " -007");
-  EXPECT_EQ(fmt("(I2.2)", 5), "05");
-  EXPECT_EQ(fmt("(I3.0)", 0), "   ");
-  EXPECT_EQ(fmt("(I11)", -2147483647 - 1), "-2147483648");
+  expect_records({{"(I4)", 42, "  42"}, {"(I4)", -123, "-123"}, {"(I4)", 12345, "****"},
+                  {"(I4.3)", 7, " 007"}, {"(I5.3)", -7, " -007"}, {"(I2.2)", 5, "05"},
+                  {"(I3.0)", 0, "   "}, {"(I11)", -2147483647 - 1, "-2147483648"}});
 }
 
 TEST_F(OsFormatTest, RecordsOfSeveralValues) {
@@ -107,16 +91,16 @@ TEST_F(OsFormatTest, RecordsOfSeveralValues) {
   // Formatting stops at the first item without a value.
   ASSERT_TRUE(format_record("(2I3)", std::vector<FormatArg>{1}, out));
   EXPECT_EQ(out, "  1");
-  EXPECT_EQ(fmt("(A5)", std::string_view("abc")), "  abc");
-  EXPECT_EQ(fmt("(A2)", std::string_view("abc")), "ab");
+  expect_records({{"(A5)", std::string_view("abc"), "  abc"}, {"(A2)", std::string_view("abc"), "ab"}});
 }
 
 TEST_F(OsFormatTest, RefusesBadDescriptorsAndWrongValues) {
   for (std::string_view bad : {"", "()", "(F8)", "(Q4)", "(I4", "(E8.0)", "(I0)", "(0I4)", "('open)", "(I4,)"})
     EXPECT_EQ(fmt(bad, 1), "<bad>") << bad;
-  EXPECT_EQ(fmt("(I4)", 1.0f), "<bad>");
-  EXPECT_EQ(fmt("(F8.2)", 1), "<bad>");
-  EXPECT_EQ(fmt("(F8.2)", std::string_view("x")), "<bad>");
+  expect_records({
+      {"(I4)", 1.0f, "<bad>"}, {"(F8.2)", 1, "<bad>"},
+      {"(F8.2)", std::string_view("x"), "<bad>"}
+  });
   std::string out;
   EXPECT_FALSE(format_record("(I3)", std::vector<FormatArg>{1, 2}, out));  // values left over
 }

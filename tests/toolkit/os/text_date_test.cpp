@@ -1,5 +1,7 @@
 // Text routines and date texts.
 #include <string>
+#include <tuple>
+#include <utility>
 
 #include "tests/toolkit/os/os_test_support.h"
 #include "toolkit/os/datetime.h"
@@ -15,18 +17,12 @@ TEST_F(OsTextTest, LocatesCharactersAndWords) {
   EXPECT_EQ(ilocatechar("   x"), 4);
   EXPECT_EQ(ilocatechar(std::string("\0 y", 3)), 3);
   EXPECT_EQ(ilocatechar("    "), 0);
-  int first = -1, last = -1;
-  ilocatestring("  abc def", first, last);
-  EXPECT_EQ(first, 3);
-  EXPECT_EQ(last, 5);
-  ilocatestring("word", first, last);
-  EXPECT_EQ(first, 1);
-  EXPECT_EQ(last, 4);
-  ilocatestring(std::string("ab\0cd", 5), first, last);
-  EXPECT_EQ(last, 2);
-  ilocatestring("   ", first, last);
-  EXPECT_EQ(first, 0);
-  EXPECT_EQ(last, 0);
+  for (auto [text, want] : {std::pair<std::string, std::pair<int, int>>{"  abc def", {3, 5}}, {"word", {1, 4}},
+                            {{"ab\0cd", 5}, {1, 2}}, {"   ", {0, 0}}}) {
+    int first = -1, last = -1;
+    ilocatestring(text, first, last);
+    EXPECT_EQ(std::pair(first, last), want) << text;
+  }
 }
 
 TEST_F(OsTextTest, ChangesCaseOfLettersOnly) {
@@ -38,22 +34,15 @@ TEST_F(OsTextTest, ChangesCaseOfLettersOnly) {
 }
 
 TEST_F(OsTextTest, JustifiesInsideTheField) {
-  std::string s = "  ab    ";
-  ijustifystring(s, "L");
-  EXPECT_EQ(s, "ab      ");
-  ijustifystring(s, "right");  // the letter may stand anywhere
-  EXPECT_EQ(s, "      ab");
-  ijustifystring(s, "c");
-  EXPECT_EQ(s, "   ab   ");
-  s = " abc    ";  // five free columns: two in front
-  ijustifystring(s, "");
-  EXPECT_EQ(s, "  abc   ");
-  s = "full";
-  ijustifystring(s, "R");
-  EXPECT_EQ(s, "full");
-  s = "    ";
-  ijustifystring(s, "R");
-  EXPECT_EQ(s, "    ");
+  // The letter may stand anywhere; centring puts the odd free column behind.
+  const std::tuple<const char*, const char*, const char*> cases[] = {
+      {"  ab    ", "L", "ab      "}, {"ab      ", "right", "      ab"}, {"      ab", "c", "   ab   "},
+      {" abc    ", "", "  abc   "},  {"full", "R", "full"},             {"    ", "R", "    "}};
+  for (auto [text, how, want] : cases) {
+    std::string s = text;
+    ijustifystring(s, how);
+    EXPECT_EQ(s, want) << '"' << text << "\" " << how;
+  }
 }
 
 TEST_F(OsTextTest, FileExtension) {
@@ -77,21 +66,16 @@ TEST_F(OsDateTest, DateTexts) {
   std::string t;
   wdatetostring(t, 2026, 11, 19);
   EXPECT_EQ(t, "19/11/2026");
-  wdatetostring(t = "", 2026, 3, 5, 8);
-  EXPECT_EQ(t, "5/3/2026");
-  wdatetostring(t = "", 2026, 3, 5, 4);
-  EXPECT_EQ(t, "05/03/26");
-  wdatetostring(t = "", 2026, 3, 5, 0x20, "-");
-  EXPECT_EQ(t, "03-05-2026");
-  wdatetostring(t = "", 2026, 3, 5, 0x60, "-");  // year first wins
-  EXPECT_EQ(t, "2026-03-05");
-  // Names from the locale; the tests run in the C locale.
-  wdatetostring(t = "", 2026, 11, 19, 1, " ");
-  EXPECT_EQ(t, "19 Nov 2026");
-  wdatetostring(t = "", 2026, 11, 19, 2 | 0x20, " ");
-  EXPECT_EQ(t, "November 19 2026");
-  wdatetostring(t = "", 2026, 11, 19, 3, " ");  // abbreviated wins
-  EXPECT_EQ(t, "19 Nov 2026");
+  // {month, day, flags, separator, text}; 0x60: year first wins; 3: abbreviated wins.
+  // Names come from the locale; the tests run in the C locale.
+  const std::tuple<int, int, int, const char*, const char*> cases[] = {
+      {3, 5, 8, "/", "5/3/2026"},          {3, 5, 4, "/", "05/03/26"},          {3, 5, 0x20, "-", "03-05-2026"},
+      {3, 5, 0x60, "-", "2026-03-05"},     {11, 19, 1, " ", "19 Nov 2026"},     {11, 19, 2 | 0x20, " ", "November 19 2026"},
+      {11, 19, 3, " ", "19 Nov 2026"}};
+  for (auto [month, day, flags, sep, want] : cases) {
+    wdatetostring(t = "", 2026, month, day, flags, sep);
+    EXPECT_EQ(t, want) << flags;
+  }
   t = padded("", 12);
   wdatetostring(t, 2026, 11, 19);
   EXPECT_EQ(t, "19/11/2026  ");

@@ -35,6 +35,13 @@ std::vector<std::int32_t> record(const std::vector<std::int32_t>& table, int wor
   return {table.begin() + words * n, table.begin() + words * (n + 1)};
 }
 
+// The given words of a record.
+std::vector<std::int32_t> words(const std::vector<std::int32_t>& rec, std::initializer_list<int> at) {
+  std::vector<std::int32_t> out;
+  for (int i : at) out.push_back(rec[i]);
+  return out;
+}
+
 TEST(RcMenus, TreeIndicesFlagsAndTextPool) {
   auto t = compile(R"(
     menu 10 {
@@ -85,43 +92,27 @@ TEST(RcDialogs, SlicesClosingRecordsAndFieldTables) {
   )");
   ASSERT_EQ(t.n_dialogs, 3);
   auto d7 = record(t.dialog, 22, 0), d8 = record(t.dialog, 22, 1), end = record(t.dialog, 22, 3);
-  EXPECT_THAT(std::vector<int>(d7.begin(), d7.begin() + 9),
-              ElementsAre(7, 1, 100, 50, static_cast<std::int32_t>(0x80c80084u), 0, 0, 0, 1));
-  EXPECT_EQ(d8[1], 5);
-  EXPECT_EQ(d8[7], 22);
+  EXPECT_THAT(std::vector<int>(d7.begin(), d7.begin() + 10),
+              ElementsAre(7, 1, 100, 50, static_cast<std::int32_t>(0x80c80084u), 0, 0, 0, 1, 1));
   // The closing record: word 1 one past the last field, each table's end.
-  EXPECT_EQ(end[0], -999);
-  EXPECT_EQ(end[1], 9);
-  EXPECT_EQ(end[8], static_cast<int>(t.titles.size()) + 1);
+  EXPECT_THAT(words(end, {0, 1, 8}), ElementsAre(-999, 9, static_cast<int>(t.titles.size()) + 1));
   EXPECT_EQ(t.titles, std::string("One\0", 4));
-  // Slices: dialog 7 owns ICHECK 1, LENGTH 1, KEY 1, COLOUR 1, MENU 1;
-  // dialog 8 begins after them.
-  EXPECT_EQ(d7[9], 1);
-  EXPECT_EQ(d8[9], 2);
-  EXPECT_EQ(d8[10], 2);
-  EXPECT_EQ(d8[11], 1);  // no range in dialog 7
-  EXPECT_EQ(end[11], 2);
-  EXPECT_EQ(d8[15], 2);
-  EXPECT_EQ(d8[18], 1);
-  EXPECT_EQ(end[18], 2);
-  EXPECT_EQ(d8[21], 1);
-  EXPECT_EQ(end[21], 2);
+  // Slices: dialog 7 owns ICHECK 1, LENGTH 1, KEY 1, COLOUR 1, MENU 1 and no
+  // range; dialog 8 begins after them.
+  EXPECT_THAT(words(d8, {1, 7, 9, 10, 11, 15, 18, 21}), ElementsAre(5, 22, 2, 2, 1, 2, 1, 1));
+  EXPECT_THAT(words(end, {11, 18, 21}), ElementsAre(2, 2, 2));
 
   // A field without text has the next field's position; the closing field
   // record ends CONTENT.
-  EXPECT_EQ(record(t.field, 10, 0)[9], 1);
-  EXPECT_EQ(record(t.field, 10, 1)[9], 3);
-  EXPECT_EQ(record(t.field, 10, 2)[9], 3);
+  EXPECT_THAT(words(t.field, {9, 19, 29, 89}), ElementsAre(1, 3, 3, static_cast<int>(t.content.size()) + 1));
   EXPECT_EQ(record(t.field, 10, 4)[8], 0x8000);
-  EXPECT_EQ(record(t.field, 10, 8)[9], static_cast<int>(t.content.size()) + 1);
 
   EXPECT_THAT(t.icheck, ElementsAre(13, 0));
   EXPECT_THAT(t.length, ElementsAre(12, 99, 0, 0));
   EXPECT_THAT(t.key, ElementsAre(12, 'n', 0, 0));
   EXPECT_THAT(record(t.colour, 7, 0), ElementsAre(13, 0, 0, 255, 256, 256, 256));
   ASSERT_EQ(t.range.size(), 2u);
-  EXPECT_EQ(t.range[0].field, 21);
-  EXPECT_EQ(t.range[0].maximum, 24.0);
+  EXPECT_EQ(std::pair(t.range[0].field, t.range[0].maximum), std::pair(21, 24.0));
   // Options: selection counted from 0 in the table, the empty option takes no room.
   EXPECT_THAT(record(t.menu, 3, 0), ElementsAre(14, 2, 1));
   EXPECT_THAT(record(t.menu, 3, 1), ElementsAre(0, -1, 4));
@@ -160,10 +151,9 @@ TEST(RcImages, PixelMapsCompressToRgbaStreams) {
     image -1 icon 2 2 hotspot 1 0 { a }
   )");
   ASSERT_EQ(t.n_images, 2);
-  auto im = record(t.images, 8, 0);
-  EXPECT_THAT(std::vector<int>(im.begin(), im.begin() + 7), ElementsAre(5, 1, 4, 2, -1, -1, 1));
-  auto ic = record(t.images, 8, 1);
-  EXPECT_THAT(std::vector<int>(ic.begin(), ic.begin() + 6), ElementsAre(-1, 2, 2, 2, 1, 0));
+  auto im = record(t.images, 8, 0), ic = record(t.images, 8, 1);
+  EXPECT_THAT(words(im, {0, 1, 2, 3, 4, 5, 6}), ElementsAre(5, 1, 4, 2, -1, -1, 1));
+  EXPECT_THAT(words(ic, {0, 1, 2, 3, 4, 5}), ElementsAre(-1, 2, 2, 2, 1, 0));
   EXPECT_EQ(ic[6], 1 + (im[7] + 3) / 4);  // streams are word-aligned
   EXPECT_EQ(record(t.images, 8, 2)[6], static_cast<int>(t.ipixel.size()) + 1);
 
@@ -243,15 +233,15 @@ TEST(RcExecutable, WritesTablesOrFailsTheBuild) {
 
   std::string run = std::string(ZELVRC_EXE) + " -o " + out + " ";
   ASSERT_EQ(std::system((run + good + " > " + log + " 2>&1").c_str()), 0);
-  std::stringstream generated;
-  generated << std::ifstream(out).rdbuf();
-  EXPECT_THAT(generated.str(), HasSubstr("extern const std::int32_t MENUS[] = {\n    5, 1,\n    -999, 2,"));
-  EXPECT_THAT(generated.str(), HasSubstr("\"Go\\000\""));
-
+  auto slurp = [](const std::string& path) {
+    std::stringstream s;
+    s << std::ifstream(path).rdbuf();
+    return s.str();
+  };
+  EXPECT_THAT(slurp(out), HasSubstr("extern const std::int32_t MENUS[] = {\n    5, 1,\n    -999, 2,"));
+  EXPECT_THAT(slurp(out), HasSubstr("\"Go\\000\""));
   EXPECT_NE(std::system((run + bad + " > " + log + " 2>&1").c_str()), 0);
-  std::stringstream message;
-  message << std::ifstream(log).rdbuf();
-  EXPECT_THAT(message.str(), HasSubstr("bad.zrc:3: error: expected item identifier, found 'x'"));
+  EXPECT_THAT(slurp(log), HasSubstr("bad.zrc:3: error: expected item identifier, found 'x'"));
   EXPECT_FALSE(fs::exists(out));
 }
 

@@ -78,40 +78,36 @@ class MenuDisplay : public ::testing::Test {
     ASSERT_EQ(std::system(cmd.c_str()), 0) << cmd;
   }
 
-  // The middle of an item's window on the screen.
-  void centre_of(int id, int& x, int& y) {
-    const int i = menu().find(id);
-    ASSERT_GE(i, 0);
+  static XWindowAttributes attributes(Window w) {
     XWindowAttributes at{};
-    XGetWindowAttributes(ixDisplay, menu().ItemWindows[i], &at);
-    Window child;
-    XTranslateCoordinates(ixDisplay, menu().ItemWindows[i], DefaultRootWindow(ixDisplay), at.width / 2,
-                          at.height / 2, &x, &y, &child);
+    XGetWindowAttributes(ixDisplay, w, &at);
+    return at;
   }
-  void click(int id) {
-    int x = 0, y = 0;
-    centre_of(id, x, y);
-    xdotool("mousemove " + std::to_string(x) + " " + std::to_string(y) + " click 1");
+  // Moves the pointer to a point of a window, then does what `then` says.
+  void pointer_to(Window w, int x, int y, const std::string& then = "") {
+    Window child;
+    XTranslateCoordinates(ixDisplay, w, DefaultRootWindow(ixDisplay), x, y, &x, &y, &child);
+    xdotool("mousemove " + std::to_string(x) + " " + std::to_string(y) + then);
     pump(250);
   }
+  // To the middle of an item's window.
+  void pointer_to(int id, const std::string& then = "") {
+    const int i = menu().find(id);
+    ASSERT_GE(i, 0) << id;
+    const Window w = menu().ItemWindows[i];
+    const XWindowAttributes at = attributes(w);
+    pointer_to(w, at.width / 2, at.height / 2, then);
+  }
+  void click(int id) { pointer_to(id, " click 1"); }
   void keys(const std::string& names) {
     xdotool("key --delay 40 " + names);
     pump(250);
   }
   // The pointer over the client area, where keys go without a window manager.
-  void point_at_client() {
-    Window child;
-    int x = 0, y = 0;
-    XTranslateCoordinates(ixDisplay, zelvy_win::wClient[0], DefaultRootWindow(ixDisplay), 300, 250, &x, &y, &child);
-    xdotool("mousemove " + std::to_string(x) + " " + std::to_string(y));
-    pump(100);
-  }
+  void point_at_client() { pointer_to(zelvy_win::wClient[0], 300, 250); }
 
   bool popup_shown(int parent_id) {
-    const int p = menu().ItemSubPopup[menu().find(parent_id)];
-    XWindowAttributes at{};
-    XGetWindowAttributes(ixDisplay, menu().PopupWindows[p], &at);
-    return at.map_state == IsViewable;
+    return attributes(menu().PopupWindows[menu().ItemSubPopup[menu().find(parent_id)]]).map_state == IsViewable;
   }
   unsigned long pixel_in_item(int id, int x, int y) {
     XImage* img = XGetImage(ixDisplay, menu().ItemWindows[menu().find(id)], x, y, 1, 1, AllPlanes, ZPixmap);
@@ -133,18 +129,13 @@ class MenuDisplay : public ::testing::Test {
 
 TEST_F(MenuDisplay, BarSitsInTheFrame) {
   const MenuRecord& m = menu();
-  XWindowAttributes bar{};
-  XGetWindowAttributes(ixDisplay, m.PopupWindows[0], &bar);
+  const XWindowAttributes bar = attributes(m.PopupWindows[0]);
   EXPECT_EQ(bar.map_state, IsViewable);
-  EXPECT_EQ(bar.x, 0);
-  EXPECT_EQ(bar.y, 0);
-  EXPECT_EQ(bar.width, 640);
-  EXPECT_EQ(bar.height, iMenuHeight);
+  EXPECT_EQ((std::vector{bar.x, bar.y, bar.width, bar.height}), (std::vector{0, 0, 640, iMenuHeight}));
   EXPECT_EQ(yyMenuBarHeight(0), iMenuHeight);
   int x = 0;
   for (int id : {40001, 40008, 40009, 40004}) {
-    XWindowAttributes at{};
-    XGetWindowAttributes(ixDisplay, m.ItemWindows[m.find(id)], &at);
+    const XWindowAttributes at = attributes(m.ItemWindows[m.find(id)]);
     EXPECT_EQ(at.x, x) << id;
     EXPECT_EQ(at.height, iMenuHeight);
     EXPECT_GT(at.width, 11);
@@ -167,10 +158,8 @@ TEST_F(MenuDisplay, ClickOpensFileAndChoosesOpen) {
   Window child;
   XTranslateCoordinates(ixDisplay, menu().ItemWindows[menu().find(40001)], DefaultRootWindow(ixDisplay), 0, 0, &ix,
                         &iy, &child);
-  XWindowAttributes pop{};
-  XGetWindowAttributes(ixDisplay, menu().PopupWindows[menu().ItemSubPopup[menu().find(40001)]], &pop);
-  EXPECT_EQ(pop.x, ix);
-  EXPECT_EQ(pop.y, iy + iMenuHeight - 1);
+  const XWindowAttributes pop = attributes(menu().PopupWindows[menu().ItemSubPopup[menu().find(40001)]]);
+  EXPECT_EQ(std::pair(pop.x, pop.y), std::pair(ix, iy + iMenuHeight - 1));
   screenshot("menu_file_open.png");
   EXPECT_TRUE(messages.empty());  // nothing comes out while it is open
 
@@ -181,23 +170,17 @@ TEST_F(MenuDisplay, ClickOpensFileAndChoosesOpen) {
   EXPECT_FALSE(popup_shown(40001));
 }
 
-TEST_F(MenuDisplay, RunActsWhenClicked) {
-  click(40008);
-  EXPECT_EQ(chosen(), 40008);
-  EXPECT_FALSE(yyMenuIsOpen());
-}
-
-TEST_F(MenuDisplay, PointerMovesAlongTheBar) {
+TEST_F(MenuDisplay, PointerMovesAlongTheBarAndRunActsWhenClicked) {
   click(40001);
-  int x = 0, y = 0;
-  centre_of(40009, x, y);
-  xdotool("mousemove " + std::to_string(x) + " " + std::to_string(y));
-  pump(250);
+  pointer_to(40009);
   EXPECT_FALSE(popup_shown(40001));
   EXPECT_TRUE(popup_shown(40009));
   click(40009);  // a second click on the open top item closes the menu
   EXPECT_FALSE(yyMenuIsOpen());
   EXPECT_TRUE(messages.empty());
+  click(40008);
+  EXPECT_EQ(chosen(), 40008);
+  EXPECT_FALSE(yyMenuIsOpen());
 }
 
 TEST_F(MenuDisplay, KeyboardWalk) {
@@ -215,7 +198,7 @@ TEST_F(MenuDisplay, KeyboardWalk) {
   EXPECT_FALSE(popup_shown(40009));
 }
 
-TEST_F(MenuDisplay, GreyedItemsCannotBeChosen) {
+TEST_F(MenuDisplay, GreyedItemsCannotBeChosenAndEscapeOrAPressOutsideCloses) {
   WMenuSetState(40005, 1, 0);
   WMenuSetState(40006, 2, 1);
   click(40001);
@@ -226,14 +209,11 @@ TEST_F(MenuDisplay, GreyedItemsCannotBeChosen) {
   point_at_client();
   keys("Escape");
   EXPECT_FALSE(yyMenuIsOpen());
-}
 
-TEST_F(MenuDisplay, PressOutsideCloses) {
+  // A press outside closes too.
   click(40004);
   ASSERT_TRUE(popup_shown(40004));
-  point_at_client();
-  xdotool("click 1");
-  pump(250);
+  pointer_to(zelvy_win::wClient[0], 300, 250, " click 1");
   EXPECT_FALSE(yyMenuIsOpen());
   EXPECT_FALSE(popup_shown(40004));
   EXPECT_TRUE(messages.empty());
@@ -261,9 +241,7 @@ TEST_F(MenuDisplay, LongerTextWidensThePopup) {
   WMenuSetString(40003, "&Open a job file from anywhere\tCtrl+O");
   EXPECT_GT(menu().PopupWidth[p], before + 50);
   click(40001);
-  XWindowAttributes at{};
-  XGetWindowAttributes(ixDisplay, menu().ItemWindows[menu().find(40003)], &at);
-  EXPECT_EQ(at.width, menu().PopupWidth[p]);
+  EXPECT_EQ(attributes(menu().ItemWindows[menu().find(40003)]).width, menu().PopupWidth[p]);
   screenshot("menu_long_text.png");
   keys("o");  // its new mnemonic
   EXPECT_EQ(chosen(), 40003);
@@ -284,9 +262,7 @@ TEST_F(MenuDisplay, FloatingMenuWithCascades) {
   keys("Down Down Down Right");  // to View, and into its pop-up
   const int view = f.find(40009);
   ASSERT_EQ(f.OpenPopups.size(), 2u);
-  XWindowAttributes top{}, sub{};
-  XGetWindowAttributes(ixDisplay, f.PopupWindows[0], &top);
-  XGetWindowAttributes(ixDisplay, f.PopupWindows[f.ItemSubPopup[view]], &sub);
+  const XWindowAttributes top = attributes(f.PopupWindows[0]), sub = attributes(f.PopupWindows[f.ItemSubPopup[view]]);
   EXPECT_LT(sub.x + sub.width, top.x + 5);
   EXPECT_EQ(iMenuDir, -1);
   EXPECT_EQ(f.ItemIds[iCurMenuItem], 40012);  // greyed, yet highlighted

@@ -4,8 +4,10 @@
 
 #include <X11/keysym.h>
 
+#include <climits>
 #include <memory>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "toolkit/kernel/menu.h"
@@ -49,6 +51,17 @@ std::unique_ptr<MenuRecord> make_menu(const std::vector<Entry>& entries) {
   return m;
 }
 
+// One key of a walk and what it leaves: the identifier chosen (0 none), the
+// current item (kClosed: the menu closed, kAny: not looked at) and the
+// identifiers of the parents of the open pop-ups, oldest first.
+constexpr int kClosed = -1, kAny = INT_MIN;
+struct Step {
+  unsigned long keysym;
+  unsigned state;
+  int chosen, current;
+  std::vector<int> parents;
+};
+
 class MenuLogic : public ::testing::Test {
  protected:
   void SetUp() override { reset(); }
@@ -82,13 +95,29 @@ class MenuLogic : public ::testing::Test {
     EXPECT_EQ(v2, -1);
     return v1;
   }
-  int current_id() const {
-    return iCurMenuItem >= 0 ? pwActiveMenu->ItemIds[iCurMenuItem] : -1;
+  void walk(const std::vector<Step>& steps) {
+    for (std::size_t i = 0; i < steps.size(); ++i) {
+      const Step& s = steps[i];
+      SCOPED_TRACE(testing::Message() << "step " << i << ", keysym 0x" << std::hex << s.keysym);
+      EXPECT_EQ(key(s.keysym, s.state), s.chosen);
+      if (s.current == kClosed) {
+        EXPECT_FALSE(yyMenuIsOpen());
+        EXPECT_EQ(iCurMenuItem, -1);
+        continue;
+      }
+      ASSERT_TRUE(yyMenuIsOpen());
+      if (s.current != kAny) {
+        EXPECT_EQ(iCurMenuItem >= 0 ? pwActiveMenu->ItemIds[iCurMenuItem] : -1, s.current);
+      }
+      std::vector<int> parents;
+      for (int p : pwActiveMenu->OpenPopups) parents.push_back(pwActiveMenu->ItemIds[pwActiveMenu->PopupParentItem[p]]);
+      EXPECT_EQ(parents, s.parents);
+    }
   }
-  // The identifiers of the parents of the open pop-ups, oldest first.
-  std::vector<int> open_parents() const {
+  // The identifiers along a chain of siblings.
+  static std::vector<int> ids_from(const MenuRecord& m, int first) {
     std::vector<int> ids;
-    for (int p : pwActiveMenu->OpenPopups) ids.push_back(pwActiveMenu->ItemIds[pwActiveMenu->PopupParentItem[p]]);
+    for (int i = first; i >= 0; i = m.ItemNext[i]) ids.push_back(m.ItemIds[i]);
     return ids;
   }
   bool taken = false;
@@ -97,18 +126,14 @@ class MenuLogic : public ::testing::Test {
 TEST_F(MenuLogic, MainMenuTreeFromResources) {
   const MenuRecord& m = main_menu();
   ASSERT_EQ(m.PopupCount, 4);
-  std::vector<int> top;
-  for (int i = m.PopupFirstItem[0]; i >= 0; i = m.ItemNext[i]) top.push_back(m.ItemIds[i]);
-  EXPECT_EQ(top, (std::vector<int>{40001, 40008, 40009, 40004}));
+  EXPECT_EQ(ids_from(m, m.PopupFirstItem[0]), (std::vector<int>{40001, 40008, 40009, 40004}));
   const int file = m.find(40001), run = m.find(40008);
   EXPECT_EQ(m.ItemText[file], "File");
   EXPECT_EQ(m.PopupKind[0], kPopupBar);
   EXPECT_EQ(m.PopupKind[m.ItemSubPopup[file]], kPopupDrop);
   EXPECT_FALSE(m.has_sub(run));
   EXPECT_TRUE(m.selectable(run));
-  std::vector<int> file_items;
-  for (int i = m.ItemChild[file]; i >= 0; i = m.ItemNext[i]) file_items.push_back(m.ItemIds[i]);
-  EXPECT_EQ(file_items, (std::vector<int>{40002, 40003, 40005, 0, 40006, 0, 40007}));
+  EXPECT_EQ(ids_from(m, m.ItemChild[file]), (std::vector<int>{40002, 40003, 40005, 0, 40006, 0, 40007}));
 
   int status = 0;
   yymenu(39999, 0, status);
@@ -117,31 +142,21 @@ TEST_F(MenuLogic, MainMenuTreeFromResources) {
 }
 
 TEST_F(MenuLogic, TextMarks) {
-  std::string t = "&File";
-  EXPECT_EQ(yyMenuItemTextProc(t), 0);
-  EXPECT_EQ(t, "File");
-  t = "Save &As\tCtrl+&S";  // marks after the tab belong to the accelerator text
-  EXPECT_EQ(yyMenuItemTextProc(t), 5);
-  EXPECT_EQ(t, "Save As\tCtrl+&S");
-  t = "Fish && &Chips";
-  EXPECT_EQ(yyMenuItemTextProc(t), 7);
-  EXPECT_EQ(t, "Fish & Chips");
-  t = "A&&B";
-  EXPECT_EQ(yyMenuItemTextProc(t), -1);
-  EXPECT_EQ(t, "A&B");
-  t = "&a&b";  // the last mark wins
-  EXPECT_EQ(yyMenuItemTextProc(t), 1);
-  EXPECT_EQ(t, "ab");
+  // Marks after the tab belong to the accelerator text; the last mark wins.
+  const std::tuple<std::string, int, std::string> cases[] = {
+      {"&File", 0, "File"},          {"Save &As\tCtrl+&S", 5, "Save As\tCtrl+&S"},
+      {"Fish && &Chips", 7, "Fish & Chips"}, {"A&&B", -1, "A&B"},
+      {"&a&b", 1, "ab"}};
+  for (const auto& [in, mnemonic, out] : cases) {
+    std::string t = in;
+    EXPECT_EQ(yyMenuItemTextProc(t), mnemonic) << in;
+    EXPECT_EQ(t, out);
+  }
 }
 
 TEST_F(MenuLogic, MnemonicSearch) {
-  MenuRecord& m = install(make_menu({{0, 1, "&Edit"},
-                                     {1, 11, "&Cut"},
-                                     {1, 12, "Cop&y"},
-                                     {1, 0, ""},
-                                     {1, 13, "Paste"},
-                                     {1, 14, "Print"},
-                                     {1, 15, "Clear"}}));
+  MenuRecord& m = install(make_menu({{0, 1, "&Edit"}, {1, 11, "&Cut"}, {1, 12, "Cop&y"}, {1, 0, ""},
+                                     {1, 13, "Paste"}, {1, 14, "Print"}, {1, 15, "Clear"}}));
   const int popup = m.ItemSubPopup[0];
   int count = 0;
   // A marked letter is found before first letters of unmarked items.
@@ -163,123 +178,58 @@ TEST_F(MenuLogic, KeyboardWalkOverTheBar) {
   EXPECT_FALSE(yyMenuIsOpen());
   EXPECT_EQ(key(XK_Down), 0);
   EXPECT_FALSE(taken);  // no menu open: ordinary keys go on
-  key(XK_F10);
-  ASSERT_TRUE(yyMenuIsOpen());
-  EXPECT_EQ(current_id(), 40001);
-  EXPECT_TRUE(open_parents().empty());  // F10 drops nothing down
-  key(XK_Right);
-  EXPECT_EQ(current_id(), 40008);
-  key(XK_Right);
-  EXPECT_EQ(current_id(), 40009);
-  EXPECT_TRUE(open_parents().empty());
-  key(XK_Down);
-  EXPECT_EQ(current_id(), 40012);
-  EXPECT_EQ(open_parents(), std::vector<int>{40009});
-  key(XK_Up);
-  EXPECT_EQ(current_id(), 40014);  // wraps to the last
-  key(XK_Right);  // no sub-menu: on to the next top item, dropped down
-  EXPECT_EQ(current_id(), 40004);
-  EXPECT_EQ(open_parents(), std::vector<int>{40004});
-  key(XK_Down);
-  key(XK_Down);
-  EXPECT_EQ(current_id(), 40011);  // the separator is skipped
-  key(XK_Left);  // first level: previous top item, dropped down
-  EXPECT_EQ(current_id(), 40009);
-  EXPECT_EQ(open_parents(), std::vector<int>{40009});
-  key('a');  // any other key is taken without effect
+  walk({{XK_F10, 0, 0, 40001, {}},  // F10 drops nothing down
+        {XK_Right, 0, 0, 40008, {}}, {XK_Right, 0, 0, 40009, {}}, {XK_Down, 0, 0, 40012, {40009}},
+        {XK_Up, 0, 0, 40014, {40009}},     // wraps to the last
+        {XK_Right, 0, 0, 40004, {40004}},  // no sub-menu: on to the next top item, dropped down
+        {XK_Down, 0, 0, 40010, {40004}},
+        {XK_Down, 0, 0, 40011, {40004}},   // the separator is skipped
+        {XK_Left, 0, 0, 40009, {40009}},   // first level: previous top item, dropped down
+        {'a', 0, 0, 40009, {40009}}});     // any other key is taken without effect
   EXPECT_TRUE(taken);
-  EXPECT_TRUE(yyMenuIsOpen());
-  key(XK_Escape);
-  EXPECT_FALSE(yyMenuIsOpen());
-  EXPECT_EQ(iCurMenuItem, -1);
+  walk({{XK_Escape, 0, 0, kClosed, {}}});
 }
 
 TEST_F(MenuLogic, ChoosingItems) {
   main_menu();
-  key(XK_F10);
-  key(XK_Right);
-  EXPECT_EQ(key(XK_Return), 40008);  // Run acts from the bar
-  EXPECT_FALSE(yyMenuIsOpen());
-
-  EXPECT_EQ(key('f', Mod1Mask), 0);  // Alt+F drops File down
-  EXPECT_EQ(open_parents(), std::vector<int>{40001});
-  EXPECT_EQ(key(XK_Up), 0);  // automatic opening is on: to the last item
-  EXPECT_EQ(current_id(), 40007);
-  EXPECT_EQ(key(XK_Return), 40007);
-  EXPECT_FALSE(yyMenuIsOpen());
-
-  EXPECT_EQ(key('r', Mod1Mask), 40008);  // a single plain top item is chosen at once
-  key('f', Mod1Mask);
-  EXPECT_EQ(key('o'), 40003);  // a letter alone in the pop-up chooses
-
-  // Two items with the same letter: the letter moves between them and chooses neither.
-  key('v', Mod1Mask);
-  EXPECT_EQ(key('i'), 0);
-  EXPECT_EQ(current_id(), 40013);
-  EXPECT_EQ(key('i'), 0);
-  EXPECT_EQ(current_id(), 40015);
-  EXPECT_EQ(key('i'), 0);
-  EXPECT_EQ(current_id(), 40013);
-  EXPECT_TRUE(yyMenuIsOpen());
-  key(XK_Escape);
+  walk({{XK_F10, 0, 0, 40001, {}}, {XK_Right, 0, 0, 40008, {}},
+        {XK_Return, 0, 40008, kClosed, {}},  // Run acts from the bar
+        {'f', Mod1Mask, 0, kAny, {40001}},   // Alt+F drops File down
+        {XK_Up, 0, 0, 40007, {40001}},       // automatic opening is on: to the last item
+        {XK_Return, 0, 40007, kClosed, {}},
+        {'r', Mod1Mask, 40008, kClosed, {}},  // a single plain top item is chosen at once
+        {'f', Mod1Mask, 0, kAny, {40001}}, {'o', 0, 40003, kClosed, {}},  // a letter alone in the pop-up chooses
+        // Two items with the same letter: the letter moves between them and chooses neither.
+        {'v', Mod1Mask, 0, kAny, {40009}}, {'i', 0, 0, 40013, {40009}}, {'i', 0, 0, 40015, {40009}},
+        {'i', 0, 0, 40013, {40009}}, {XK_Escape, 0, 0, kClosed, {}}});
 }
 
 TEST_F(MenuLogic, GreyedItemsAreSeenButNotChosen) {
   main_menu();
   WMenuSetState(40005, 1, 0);
   WMenuSetState(40004, 1, 0);
-  key('f', Mod1Mask);
-  for (int i = 0; i < 3; ++i) key(XK_Down);
-  EXPECT_EQ(current_id(), 40005);  // highlighted all the same
-  EXPECT_EQ(key(XK_Return), 0);
-  EXPECT_TRUE(yyMenuIsOpen());
-  EXPECT_EQ(key('s'), 0);
-  EXPECT_TRUE(yyMenuIsOpen());
-  key(XK_Left);  // to Help, which is greyed: it doesn't drop down
-  EXPECT_EQ(current_id(), 40004);
-  EXPECT_TRUE(open_parents().empty());
-  key(XK_Escape);
-
-  // A greyed top item that has a sub-menu doesn't open it.
-  key('h', Mod1Mask);
-  EXPECT_TRUE(yyMenuIsOpen());
-  EXPECT_TRUE(open_parents().empty());
-  key(XK_Escape);
+  walk({{'f', Mod1Mask, 0, kAny, {40001}}, {XK_Down, 0, 0, kAny, {40001}}, {XK_Down, 0, 0, kAny, {40001}},
+        {XK_Down, 0, 0, 40005, {40001}},  // highlighted all the same
+        {XK_Return, 0, 0, 40005, {40001}}, {'s', 0, 0, 40005, {40001}},
+        {XK_Left, 0, 0, 40004, {}},  // to Help, which is greyed: it doesn't drop down
+        {XK_Escape, 0, 0, kClosed, {}},
+        {'h', Mod1Mask, 0, kAny, {}},  // nor does it by its mnemonic
+        {XK_Escape, 0, 0, kClosed, {}}});
 }
 
 TEST_F(MenuLogic, CascadesOpenAndCloseOneLevel) {
-  MenuRecord& m = install(make_menu({{0, 1, "&Edit"},
-                                     {1, 11, "&Find"},
-                                     {1, 12, "&More"},
-                                     {2, 21, "&One"},
-                                     {2, 22, "&Two"},
-                                     {1, 13, "&Last"},
-                                     {0, 2, "&Tools"},
-                                     {1, 31, "&Hammer"}}));
+  MenuRecord& m = install(make_menu({{0, 1, "&Edit"}, {1, 11, "&Find"}, {1, 12, "&More"}, {2, 21, "&One"},
+                                     {2, 22, "&Two"}, {1, 13, "&Last"}, {0, 2, "&Tools"}, {1, 31, "&Hammer"}}));
   EXPECT_EQ(m.PopupKind[m.ItemSubPopup[m.find(12)]], kPopupCascade);
   EXPECT_TRUE(m.ItemFlags[m.find(12)] & kMenuHasSub);
-  key('e', Mod1Mask);
-  key(XK_Down);
-  key(XK_Down);
-  EXPECT_EQ(current_id(), 12);
-  key(XK_Right);
-  EXPECT_EQ(current_id(), 21);
-  EXPECT_EQ(open_parents(), (std::vector<int>{1, 12}));
-  key(XK_Left);  // one level back
-  EXPECT_EQ(current_id(), 12);
-  EXPECT_EQ(open_parents(), std::vector<int>{1});
-  key('m');  // a letter opens a sub-menu and goes to its first item
-  EXPECT_EQ(current_id(), 21);
-  EXPECT_EQ(key('t'), 22);
-  EXPECT_FALSE(yyMenuIsOpen());
-
-  key('e', Mod1Mask);
-  key(XK_Down);
-  key(XK_Down);
-  key(XK_Return);
-  EXPECT_EQ(open_parents(), (std::vector<int>{1, 12}));
-  key(XK_Escape);  // the whole menu, not one level
-  EXPECT_FALSE(yyMenuIsOpen());
+  walk({{'e', Mod1Mask, 0, kAny, {1}}, {XK_Down, 0, 0, kAny, {1}}, {XK_Down, 0, 0, 12, {1}},
+        {XK_Right, 0, 0, 21, {1, 12}},
+        {XK_Left, 0, 0, 12, {1}},  // one level back
+        {'m', 0, 0, 21, {1, 12}},  // a letter opens a sub-menu and goes to its first item
+        {'t', 0, 22, kClosed, {}},
+        {'e', Mod1Mask, 0, kAny, {1}}, {XK_Down, 0, 0, kAny, {1}}, {XK_Down, 0, 0, kAny, {1}},
+        {XK_Return, 0, 0, kAny, {1, 12}},
+        {XK_Escape, 0, 0, kClosed, {}}});  // the whole menu, not one level
   EXPECT_TRUE(m.OpenPopups.empty());
 }
 
@@ -291,8 +241,7 @@ TEST_F(MenuLogic, Accelerators) {
   t.modifiers = {4, 1, 0};
   int type = 0, v1 = 0, v2 = 0;
   EXPECT_TRUE(yyMenuProcessAccel(XK_s, ControlMask, 0, type, v1, v2));
-  EXPECT_EQ(type, MenuSelect);
-  EXPECT_EQ(v1, 40005);
+  EXPECT_EQ(std::tuple(type, v1, v2), std::tuple(MenuSelect, 40005, -1));
   EXPECT_FALSE(yyMenuProcessAccel(XK_s, ControlMask | ShiftMask, 0, type, v1, v2));  // modifiers match exactly
   EXPECT_TRUE(yyMenuProcessAccel(XK_ISO_Left_Tab, ShiftMask, 0, type, v1, v2));  // the left Tab is Shift+Tab
   EXPECT_EQ(v1, 40003);
@@ -305,18 +254,26 @@ TEST_F(MenuLogic, Accelerators) {
 }
 
 TEST_F(MenuLogic, ItemStates) {
+  // Without a menu: unknown items are enabled and unchecked, and each state is kept apart.
+  EXPECT_EQ(std::pair(WMenuGetState(40005, 1), WMenuGetState(40005, 2)), std::pair(1, 0));
+  WMenuSetState(40005, 1, 0);
+  WMenuSetState(40005, 2, 1);
+  EXPECT_EQ(std::pair(WMenuGetState(40005, 1), WMenuGetState(40005, 2)), std::pair(0, 1));
+  WMenuSetState(40005, 1, 1);
+  EXPECT_EQ(std::pair(WMenuGetState(40005, 1), WMenuGetState(40005, 2)), std::pair(1, 1));
+  EXPECT_EQ(WInfoError(1), 0);
+  WMenuSetState(40005, 3, 1);
+  EXPECT_EQ(WInfoError(1), 1126);
+
   main_menu();
   WMenuSetState(40005, 3, 1);
-  EXPECT_EQ(zelvy_data::ierr, 1126);
-  zelvy_data::ierr = 0;
+  EXPECT_EQ(WInfoError(1), 1126);
   WMenuSetState(40005, 1, 2);
-  EXPECT_EQ(zelvy_data::ierr, 1126);
-  zelvy_data::ierr = 0;
+  EXPECT_EQ(WInfoError(1), 1126);
   WMenuSetState(40006, 2, 1);
   WMenuSetState(40006, 2, 1);  // already so: no error
   EXPECT_EQ(zelvy_data::ierr, 0);
-  EXPECT_EQ(WMenuGetState(40006, 2), 1);
-  EXPECT_EQ(WMenuGetState(40006, 1), 1);
+  EXPECT_EQ(std::pair(WMenuGetState(40006, 2), WMenuGetState(40006, 1)), std::pair(1, 1));
   const MenuRecord& m = *pwRootMenuSub[0];
   EXPECT_EQ(m.ItemFlags[m.find(40006)] & (kMenuChecked | kMenuGreyed), kMenuChecked);
   WMenuSetState(40006, 1, 0);
@@ -339,30 +296,23 @@ TEST_F(MenuLogic, InsertDeleteAndTexts) {
   MenuRecord& m = main_menu();
   WMenuItemInsert(40002, 1, 40100, "&Template");  // in front of the first item of File
   const int file = m.find(40001);
-  EXPECT_EQ(m.ItemIds[m.ItemChild[file]], 40100);
   EXPECT_EQ(m.ItemIds[m.PopupFirstItem[m.ItemSubPopup[file]]], 40100);
   EXPECT_EQ(m.ItemMnemonic[m.find(40100)], 0);
   WMenuItemInsert(40007, 1, 0, "");  // a separator in front of Exit
-  int before_exit = -1;
-  for (int i = 0; i < m.ItemCount(); ++i)
-    if (m.ItemNext[i] == m.find(40007)) before_exit = i;
-  ASSERT_GE(before_exit, 0);
-  EXPECT_TRUE(m.separator(before_exit));
+  EXPECT_EQ(ids_from(m, m.ItemChild[file]), (std::vector<int>{40100, 40002, 40003, 40005, 0, 40006, 0, 0, 40007}));
   EXPECT_EQ(m.ItemIds[yyMenuStep(m, m.find(40007), -1)], 40006);
   WMenuItemInsert(40008, 2, 40101, "Stop");  // behind Run, on the bar
   EXPECT_EQ(m.ItemIds[m.ItemNext[m.find(40008)]], 40101);
   EXPECT_EQ(m.ItemPopup[m.find(40101)], 0);
 
   WMenuItemDelete(40001);  // has children
-  EXPECT_EQ(zelvy_data::ierr, 1001);
-  zelvy_data::ierr = 0;
+  EXPECT_EQ(WInfoError(1), 1001);
   WMenuItemDelete(40100);
-  EXPECT_EQ(zelvy_data::ierr, 0);
+  EXPECT_EQ(WInfoError(1), 0);
   EXPECT_EQ(m.find(40100), -1);
   EXPECT_EQ(m.ItemIds[m.ItemChild[file]], 40002);
   WMenuItemDelete(40100);
-  EXPECT_EQ(zelvy_data::ierr, 1001);
-  zelvy_data::ierr = 0;
+  EXPECT_EQ(WInfoError(1), 1001);
   WMenuItemInsert(40002, 2, 40102, "Again");  // reuses the freed slot
   EXPECT_EQ(m.ItemIds[m.ItemNext[m.find(40002)]], 40102);
 
@@ -381,8 +331,7 @@ TEST_F(MenuLogic, BarWrapsIntoRows) {
     if (m.ItemPopup[i] == 0) m.ItemWidth[i] = 50;
   EXPECT_EQ(yyMenuResize(m, 400), 1);
   EXPECT_EQ(yyMenuResize(m, 120), 2);
-  EXPECT_EQ(m.ItemY[m.find(40009)], iMenuHeight);
-  EXPECT_EQ(m.ItemX[m.find(40009)], 0);
+  EXPECT_EQ(std::pair(m.ItemX[m.find(40009)], m.ItemY[m.find(40009)]), std::pair(0, iMenuHeight));
   EXPECT_EQ(yyMenuResize(m, 10), 4);  // a first item in its row always stays
   EXPECT_EQ(m.BarRows, 4);
 }
@@ -391,31 +340,22 @@ TEST_F(MenuLogic, PopupPlacement) {
   int dir = 1, x = 0, y = 0;
   // A drop-down below its item, shifted left to stay on the screen.
   yyMenuGetPos(950, 0, 40, 20, 100, 200, kPopupDrop, 1000, 800, dir, x, y);
-  EXPECT_EQ(x, 900);
-  EXPECT_EQ(y, 19);
+  EXPECT_EQ(std::pair(x, y), std::pair(900, 19));
   // No room below: above the item.
   yyMenuGetPos(10, 700, 40, 20, 100, 200, kPopupDrop, 1000, 800, dir, x, y);
   EXPECT_EQ(y, 500);
   // A cascade that doesn't fit to the right goes left, and the direction sticks.
   yyMenuGetPos(850, 100, 100, 20, 120, 200, kPopupCascade, 1000, 800, dir, x, y);
-  EXPECT_EQ(dir, -1);
-  EXPECT_EQ(x, 850 - 120 - 3);
-  EXPECT_EQ(y, 97);
+  EXPECT_EQ(std::tuple(dir, x, y), std::tuple(-1, 850 - 120 - 3, 97));
   yyMenuGetPos(300, 100, 100, 20, 120, 200, kPopupCascade, 1000, 800, dir, x, y);
-  EXPECT_EQ(dir, -1);
-  EXPECT_EQ(x, 177);
+  EXPECT_EQ(std::pair(dir, x), std::pair(-1, 177));
   // Room on neither side: back to the right, at 0 when even that fails.
   yyMenuGetPos(50, 100, 100, 20, 900, 200, kPopupCascade, 1000, 800, dir, x, y);
-  EXPECT_EQ(dir, 1);
-  EXPECT_EQ(x, 0);
+  EXPECT_EQ(std::pair(dir, x), std::pair(1, 0));
   // Too tall for either side: at the bottom of the screen, never above 0.
   yyMenuGetPos(10, 300, 40, 20, 100, 900, kPopupDrop, 1000, 800, dir, x, y);
   EXPECT_EQ(y, 0);
 }
-
-}  // namespace
-
-namespace {
 
 TEST_F(MenuLogic, DynamicMenusFollowTheOrderOfTheirRecords) {
   const std::vector<MenuDescriptor> d = {
@@ -429,13 +369,8 @@ TEST_F(MenuLogic, DynamicMenusFollowTheOrderOfTheirRecords) {
       {true, "Find", 0, "", 107, 0, 0, XK_F3, 0},
   };
   auto m = yyMenuLoadDynamicMenu(d);
-  std::vector<int> top;
-  for (int i = m->PopupFirstItem[0]; i >= 0; i = m->ItemNext[i]) top.push_back(m->ItemIds[i]);
-  EXPECT_EQ(top, (std::vector<int>{101, 102, 106}));
-  const int edit = m->find(102);
-  std::vector<int> sub;
-  for (int i = m->ItemChild[edit]; i >= 0; i = m->ItemNext[i]) sub.push_back(m->ItemIds[i]);
-  EXPECT_EQ(sub, (std::vector<int>{103, 0, 105}));
+  EXPECT_EQ(ids_from(*m, m->PopupFirstItem[0]), (std::vector<int>{101, 102, 106}));
+  EXPECT_EQ(ids_from(*m, m->ItemChild[m->find(102)]), (std::vector<int>{103, 0, 105}));
   EXPECT_EQ(m->find(104), -1);
   EXPECT_TRUE(m->greyed(m->find(105)));
   EXPECT_EQ(m->Prompts.at(101), "Takes back the last change");
