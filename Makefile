@@ -8,18 +8,22 @@ JOBS ?= $(shell nproc)
 WERROR ?= $(if $(CI),ON,OFF)
 CMAKE_FLAGS ?=
 
-.PHONY: all deps build run test test-sanitize bench clean
+.PHONY: all deps configure build run test test-sanitize bench clean
 
 all: build
 
 deps:
 	@tools/install-deps
 
-build: deps
+configure: deps
 	@cmake -S . -B $(BUILD) -DZELV_WERROR=$(WERROR) $(CMAKE_FLAGS) >/dev/null
+
+build: configure
 	@cmake --build $(BUILD) -j $(JOBS)
 
-run: build
+# The program and the stand-in reduction code only, not the tests.
+run: configure
+	@cmake --build $(BUILD) -j $(JOBS) --target gombrel ombrel
 	@tools/run-gombrel $(BUILD) "$(JOB)"
 
 test: build
