@@ -15,9 +15,7 @@ namespace data_init {
 using namespace data_param;
 
 void load_settings() {
-  var_system = "    ";
   var_system = WInfoSystem(1) == 6 ? "WIND" : "UNIX";
-  var_sep = " ";
   var_sep = std::string(1, static_cast<char>(WInfoSystem(6)));
 }
 

@@ -30,6 +30,25 @@ using namespace zelvy_dialog;
 
 namespace {
 
+// The options a field has in the resource tables, each handed to `add` in
+// order; the resource's selected option is then put into the field.
+template <typename Add>
+void load_options(const DialogRecord& d, FieldRecord& f, Add add) {
+  int count = -1, bytes = 0;
+  yyrcfieldmenucheck(d.resourceId, f.identifier, count, bytes);
+  if (count <= 0) return;
+  std::vector<int> pos(static_cast<std::size_t>(count));
+  std::vector<char> text(static_cast<std::size_t>(std::max(bytes, 1)));
+  int selected = -1;
+  yyrcfieldmenuload(d.resourceId, f.identifier, selected, pos, text);
+  for (int p : pos) {
+    XmString s = yyDialogXmString(p >= 0 ? &text[static_cast<std::size_t>(p)] : "");
+    add(s);
+    XmStringFree(s);
+  }
+  if (selected >= 0) yyDialogPutOptionX(f, selected + 1);
+}
+
 struct Args {
   Arg a[24];
   Cardinal n = 0;
@@ -348,21 +367,7 @@ void create_combo(DialogRecord& d, FieldRecord& f) {
   if (f.style & 0x2000) f.data.kind = 1;
   else if (f.style & 0x4000) f.data.kind = 2;
   if (type != 3) f.capabilities |= 0x1000;
-  int count = -1, bytes = 0;
-  yyrcfieldmenucheck(d.resourceId, f.identifier, count, bytes);
-  if (count > 0) {
-    std::vector<int> pos(static_cast<std::size_t>(count));
-    std::vector<char> text(static_cast<std::size_t>(std::max(bytes, 1)));
-    int selected = -1;
-    yyrcfieldmenuload(d.resourceId, f.identifier, selected, pos, text);
-    for (int k = 0; k < count; ++k) {
-      const char* item = pos[static_cast<std::size_t>(k)] >= 0 ? &text[static_cast<std::size_t>(pos[static_cast<std::size_t>(k)])] : "";
-      XmString s = yyDialogXmString(item);
-      XmComboBoxAddItem(f.widget, s, 0, False);
-      XmStringFree(s);
-    }
-    if (selected >= 0) yyDialogPutOptionX(f, selected + 1);
-  }
+  load_options(d, f, [&f](XmString s) { XmComboBoxAddItem(f.widget, s, 0, False); });
   XtAddCallback(f.widget, XmNselectionCallback, yyDialogFieldChangedStateCB, nullptr);
   if (f.valueWidget != f.widget && type != 3) add_text_callbacks(f.valueWidget);
 }
@@ -379,20 +384,7 @@ void create_list(DialogRecord& d, FieldRecord& f) {
   if (yyDialogRenderTable(f.fontIndex)) args.add(XmNrenderTable, yyDialogRenderTable(f.fontIndex));
   f.widget = XtCreateManagedWidget("ZelvField", xmListWidgetClass, sw, args.a, args.n);
   f.outerWidget = sw;
-  int count = -1, bytes = 0;
-  yyrcfieldmenucheck(d.resourceId, f.identifier, count, bytes);
-  if (count > 0) {
-    std::vector<int> pos(static_cast<std::size_t>(count));
-    std::vector<char> text(static_cast<std::size_t>(std::max(bytes, 1)));
-    int selected = -1;
-    yyrcfieldmenuload(d.resourceId, f.identifier, selected, pos, text);
-    for (int k = 0; k < count; ++k) {
-      XmString s = yyDialogXmString(pos[static_cast<std::size_t>(k)] >= 0 ? &text[static_cast<std::size_t>(pos[static_cast<std::size_t>(k)])] : "");
-      XmListAddItemUnselected(f.widget, s, 0);
-      XmStringFree(s);
-    }
-    if (selected >= 0) yyDialogPutOptionX(f, selected + 1);
-  }
+  load_options(d, f, [&f](XmString s) { XmListAddItemUnselected(f.widget, s, 0); });
   if (f.style & 0x1) {
     XtAddCallback(f.widget, XmNbrowseSelectionCallback, yyDialogFieldChangedStateCB, nullptr);
     XtAddCallback(f.widget, XmNmultipleSelectionCallback, yyDialogFieldChangedStateCB, nullptr);

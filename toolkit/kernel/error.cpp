@@ -305,13 +305,12 @@ std::string yyerrortext(int code, std::string_view routine) {
   if (codefield.size() > 4) codefield = std::string(4, '*');
   text += " Error=" + codefield + ":";
   text += code_text(code);
-  int cat = detail_category(code);
-  bool with_detail = cat != 0 || ((code == 1 || code == 2) && ioetype == 2);
-  if ((code == 1 || code == 2) && cat != 0 && ioetype != 2) with_detail = false;
-  if (with_detail && text.size() < 298) {
-    int status = code <= 2 ? istat : iapierr;
+  // Codes 1 and 2 carry the system's text only when a direct system call failed.
+  const int cat = (code == 1 || code == 2) && ioetype != 2 ? 0 : detail_category(code);
+  if (cat != 0 && text.size() < 298) {
+    const int status = code <= 2 ? istat : iapierr;
     bool known = false;
-    text += ": " + category_text(status, cat == 0 ? 2 : cat, known);
+    text += ": " + category_text(status, cat, known);
   }
   if (text.size() > 300) text.resize(300);
   return text;

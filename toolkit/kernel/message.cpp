@@ -64,6 +64,23 @@ Atom message_atom() {
   return aZelvMessage;
 }
 
+// Sends the toolkit's own client message to the root window, through the
+// server, so that it takes its turn with the other events.
+void post_to_root(long tag, long v1 = 0, long v2 = 0, long v3 = 0, long v4 = 0) {
+  XEvent ev{};
+  ev.xclient.type = ClientMessage;
+  ev.xclient.window = wWindow[0];
+  ev.xclient.message_type = message_atom();
+  ev.xclient.format = 32;
+  ev.xclient.data.l[0] = tag;
+  ev.xclient.data.l[1] = v1;
+  ev.xclient.data.l[2] = v2;
+  ev.xclient.data.l[3] = v3;
+  ev.xclient.data.l[4] = v4;
+  XSendEvent(ixDisplay, wWindow[0], False, 0, &ev);
+  XFlush(ixDisplay);
+}
+
 void noop_handler(Widget, XtPointer, XEvent*, Boolean*) {}
 
 // The window-type code of an X window and the handle it belongs to.
@@ -346,16 +363,7 @@ void timer_fired(XtPointer data, XtIntervalId*) {
     break;
   }
   if (!wWindow[0]) return;
-  // Sent through the server, so that the expiry takes its turn with the other events.
-  XEvent ev{};
-  ev.xclient.type = ClientMessage;
-  ev.xclient.window = wWindow[0];
-  ev.xclient.message_type = message_atom();
-  ev.xclient.format = 32;
-  ev.xclient.data.l[0] = kTagTimer;
-  ev.xclient.data.l[1] = id;
-  XSendEvent(ixDisplay, wWindow[0], False, 0, &ev);
-  XFlush(ixDisplay);
+  post_to_root(kTagTimer, id);
 }
 
 }  // namespace
@@ -573,18 +581,7 @@ void yyMsgApplyMasks(int h) {
 
 void yyMsgPostFieldChanged(int field, int x, int y, int win) {
   if (!ixDisplay || !wWindow[0]) return;
-  XEvent ev{};
-  ev.xclient.type = ClientMessage;
-  ev.xclient.window = wWindow[0];
-  ev.xclient.message_type = message_atom();
-  ev.xclient.format = 32;
-  ev.xclient.data.l[0] = kTagFieldChanged;
-  ev.xclient.data.l[1] = field;
-  ev.xclient.data.l[2] = x;
-  ev.xclient.data.l[3] = y;
-  ev.xclient.data.l[4] = win;
-  XSendEvent(ixDisplay, wWindow[0], False, 0, &ev);
-  XFlush(ixDisplay);
+  post_to_root(kTagFieldChanged, field, x, y, win);
 }
 
 void yyMsgModalLoop(int win) {
@@ -607,13 +604,7 @@ void yyMsgModalEnd() {
   // The loop waits for X events: one that means nothing wakes it when the
   // level is ended from a timer rather than from an event's callback.
   if (!ixDisplay || !wWindow[0]) return;
-  XEvent ev{};
-  ev.xclient.type = ClientMessage;
-  ev.xclient.window = wWindow[0];
-  ev.xclient.message_type = message_atom();
-  ev.xclient.format = 32;
-  XSendEvent(ixDisplay, wWindow[0], False, 0, &ev);
-  XFlush(ixDisplay);
+  post_to_root(0);
 }
 
 void yyMsgSemiModelessStack(int direction, int kind, int handle) {
