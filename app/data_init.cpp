@@ -5,6 +5,9 @@
 #include <string>
 
 #include "app/data_param.h"
+#include "app/resources/gombrel_resources.h"
+#include "toolkit/dialog/dialog.h"
+#include "toolkit/kernel/resources.h"
 #include "toolkit/kernel/startup.h"
 #include "toolkit/kernel/window.h"
 #include "toolkit/os/datetime.h"
@@ -55,6 +58,8 @@ void line_arguments() {
 }
 
 void main_window() {
+  yyrcinstall(gombrel_resource_tables());
+  yyDialogAttach();
   WInitialise("");
   const int toolbars[4] = {30101, 0, 0, 0};
   WindowOpen(35, 15, 15, std::nullopt, std::nullopt, 30001, toolbars, 102, "GUI Ombrel Program");

@@ -5,7 +5,7 @@
 #include <array>
 
 #include "toolkit/kernel/message.h"
-#include "toolkit/os/fixed_text.h"
+#include "toolkit/base/fixed_text.h"
 
 namespace data_param {
 

@@ -8,8 +8,8 @@
 
 #include "app/data_param.h"
 #include "toolkit/dialog/dialog.h"
-#include "toolkit/os/fixed_text.h"
-#include "toolkit/os/format.h"
+#include "toolkit/base/fixed_text.h"
+#include "toolkit/base/format.h"
 
 namespace data_proc {
 

@@ -23,8 +23,8 @@
 #include "app/data_proc.h"
 #include "support/lorx_io_messages.h"
 #include "support/lorx_string_utilities.h"
-#include "toolkit/os/fixed_text.h"
-#include "toolkit/os/format.h"
+#include "toolkit/base/fixed_text.h"
+#include "toolkit/base/format.h"
 
 namespace {
 

@@ -10,6 +10,8 @@
 #include "toolkit/kernel/message.h"
 #include "toolkit/kernel/startup.h"
 #include "toolkit/kernel/window.h"
+#include "app/resources/gombrel_resources.h"
+#include "toolkit/kernel/resources.h"
 
 namespace {
 
@@ -33,6 +35,8 @@ void settle() {
 
 int main(int argc, char** argv) {
   const int cycles = argc > 1 ? std::atoi(argv[1]) : 1000;
+  yyrcinstall(gombrel_resource_tables());
+  yyDialogAttach();
   WInitialise();
   WindowOpen(0, 0, 0, 400, 300);
   auto cycle = [](int n) {

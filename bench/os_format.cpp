@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <string>
 
-#include "toolkit/os/format.h"
+#include "toolkit/base/format.h"
 
 namespace {
 

@@ -15,7 +15,7 @@
 #include <string_view>
 
 #include "support/lorx_string_utilities.h"
-#include "toolkit/os/fixed_text.h"
+#include "toolkit/base/fixed_text.h"
 
 namespace lorx_string_utilities {
 

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "support/math_helpers.h"
-#include "toolkit/os/fixed_text.h"
+#include "toolkit/base/fixed_text.h"
 
 namespace lorx_string_utilities {
 

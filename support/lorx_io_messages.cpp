@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "toolkit/os/fixed_text.h"
+#include "toolkit/base/fixed_text.h"
 
 namespace lorx_io_messages {
 

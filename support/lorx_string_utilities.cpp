@@ -9,8 +9,8 @@
 #include <fstream>
 #include <set>
 
-#include "toolkit/os/fixed_text.h"
-#include "toolkit/os/format.h"
+#include "toolkit/base/fixed_text.h"
+#include "toolkit/base/format.h"
 
 namespace lorx_string_utilities {
 

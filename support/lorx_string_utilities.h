@@ -2,7 +2,7 @@
 //
 // Texts are fixed-width and blank-padded as the callers hold them: a text
 // argument's length is its declared width. Outputs follow the convention of
-// toolkit/os/fixed_text.h (size on entry is the width; empty means unbounded).
+// toolkit/base/fixed_text.h (size on entry is the width; empty means unbounded).
 // Arrays are filled from their first element and never written past their end.
 #pragma once
 

@@ -14,13 +14,15 @@
 #include <cstdint>
 #include <string>
 
-#include "app/resources/yyrc.h"
+#include "toolkit/kernel/resources.h"
 #include "toolkit/dialog/dialog_engine.h"
+#include "toolkit/kernel/dialog_attach.h"
 #include "toolkit/kernel/display.h"
 #include "toolkit/kernel/message.h"
 #include "toolkit/kernel/window.h"
 #include "toolkit/kernel/window_table.h"
-#include "toolkit/kernel/zelvy_data.h"
+#include "toolkit/base/error.h"
+#include "toolkit/base/zelvy_data.h"
 
 using namespace zelvy_dialog;
 
@@ -134,7 +136,7 @@ void destroy_cb(Widget w, XtPointer data, XtPointer) {
   if (idx < 0 || idx >= kDialogs || wDialogInfo[idx].widget != w) return;
   if (iDlgCur == idx) {
     iDlgCur = -1;
-    zelvy_data::icurdialog = 0;
+    zelvy_data::data().icurdialog = 0;
   }
   if (wDialogInfo[idx].shownMode == 3) yyMsgSemiModelessStack(-1, 2, idx);
   free_record(wDialogInfo[idx]);
@@ -320,8 +322,8 @@ int yyDialogShow(int x, int y, int mode, int fieldid) {
   }
   if (d.shell) {
     // Window units of a free-standing dialog run over the screen.
-    x = x == -1 ? (zelvy_data::iscwid - d.width) / 2 : yyunitstopixels(x, zelvy_data::iscwid);
-    y = y == -1 ? (zelvy_data::ischgt - d.height) / 2 : yyunitstopixels(y, zelvy_data::ischgt);
+    x = x == -1 ? (zelvy_data::data().iscwid - d.width) / 2 : yyunitstopixels(x, zelvy_data::data().iscwid);
+    y = y == -1 ? (zelvy_data::data().ischgt - d.height) / 2 : yyunitstopixels(y, zelvy_data::data().ischgt);
     XtVaSetValues(d.shell, XmNsaveUnder, True, XtNx, x, XtNy, y, nullptr);
   } else {
     mode = 2;
@@ -368,11 +370,6 @@ void window_dialog_pixels(int dialogid, int& width, int& height, bool& resizable
 
 void window_dialog_combine(int dialogid, int handle) { yywindowdialog(handle, dialogid); }
 
-[[maybe_unused]] const bool hooksInstalled = [] {
-  zelvy_hooks::dialog_pixels = window_dialog_pixels;
-  zelvy_hooks::dialog_combine = window_dialog_combine;
-  return true;
-}();
 
 }  // namespace
 
@@ -403,7 +400,7 @@ void yyDialogShutdown() {
   for (int i = 0; i < kDialogs; ++i)
     if (wDialogInfo[i].identifier != -1) yyDialogDestroy(i);
   iDlgCur = -1;
-  zelvy_data::icurdialog = 0;
+  zelvy_data::data().icurdialog = 0;
 }
 
 const DialogFontMetrics& yyDialogFontMetrics(int fontIndex) {
@@ -437,7 +434,7 @@ int yyDialogFindField(int fieldid, int dialogIndex) {
 int yyDialogIndexOf(const DialogRecord& d) { return static_cast<int>(&d - wDialogInfo.data()); }
 
 DialogRecord* yyDialogCurrent(const char* routine) {
-  if (zelvy_data::icurdialog == 0 || iDlgCur < 0 || wDialogInfo[iDlgCur].identifier == -1) {
+  if (zelvy_data::data().icurdialog == 0 || iDlgCur < 0 || wDialogInfo[iDlgCur].identifier == -1) {
     yyerror(1005, routine);
     return nullptr;
   }
@@ -516,7 +513,7 @@ void yywindowdialog(int handle, int dialogid) {
   }
   DialogRecord& d = wDialogInfo[iDlgCur];
   d.parentWindow = handle;
-  zelvy_data::icurdialog = dialogid;
+  zelvy_data::data().icurdialog = dialogid;
   // The window now counts as one with a dialog: its keys belong to the fields.
   zelvy_win::WinInfo[handle].Kind = 3;
   zelvy_win::WinInfo[handle].DialogIndex = iDlgCur;
@@ -532,7 +529,7 @@ void yywindowdialogclose(int handle) {
     if (d.identifier == -1 || d.kind != 3 || d.parentWindow != handle) continue;
     if (iDlgCur == i) {
       iDlgCur = -1;
-      zelvy_data::icurdialog = 0;
+      zelvy_data::data().icurdialog = 0;
     }
     yyDialogDestroy(i);
     if (yywindowexists(handle) && zelvy_win::WinInfo[handle].Kind == 3) zelvy_win::WinInfo[handle].Kind = 0;
@@ -560,7 +557,7 @@ void WDialogLoad(int resid, std::optional<int> dialogid, std::optional<int> pare
     return;
   }
   bdlgloaded = existed ? -1 : 0;
-  zelvy_data::icurdialog = id;
+  zelvy_data::data().icurdialog = id;
 }
 
 void WDialogSelect(int dialogid) {
@@ -570,7 +567,7 @@ void WDialogSelect(int dialogid) {
     return;
   }
   iDlgCur = idx;
-  zelvy_data::icurdialog = dialogid;
+  zelvy_data::data().icurdialog = dialogid;
 }
 
 void WDialogShow(std::optional<int> x, std::optional<int> y, std::optional<int> fieldid, std::optional<int> mode) {
@@ -608,7 +605,7 @@ void WDialogShow(std::optional<int> x, std::optional<int> y, std::optional<int> 
 }
 
 void wdialogshowcommon(std::optional<int> fieldid, std::optional<int> mode, std::optional<int>) {
-  WDialogShow(zelvy_comdlg::wcomdlgpos[0], zelvy_comdlg::wcomdlgpos[1], fieldid, mode);
+  WDialogShow(zelvy_comdlg::data().wcomdlgpos[0], zelvy_comdlg::data().wcomdlgpos[1], fieldid, mode);
 }
 
 void WDialogHide() {
@@ -626,7 +623,7 @@ void WDialogUnload(std::optional<int>) {
   if (d->kind == 1) return yyerror(1069, "WDialogUnload");
   yyDialogHide(iDlgCur);
   yyDialogDestroy(iDlgCur);
-  zelvy_data::icurdialog = 0;
+  zelvy_data::data().icurdialog = 0;
   iDlgCur = -1;
 }
 
@@ -640,17 +637,17 @@ void WDialogTitle(std::optional<std::string_view> title, std::optional<int>) {
 }
 
 void wdialogunitstopixels(int x, int y, int& px, int& py) {
-  const int font = (zelvy_data::icurdialog != 0 && iDlgCur >= 0) ? wDialogInfo[iDlgCur].fontIndex : 0;
+  const int font = (zelvy_data::data().icurdialog != 0 && iDlgCur >= 0) ? wDialogInfo[iDlgCur].fontIndex : 0;
   yyDialogUnitsToPixels(yyDialogFontMetrics(font), x, y, px, py);
 }
 
 void wdialogunitsfrompixels(int x, int y, int& ux, int& uy) {
-  const int font = (zelvy_data::icurdialog != 0 && iDlgCur >= 0) ? wDialogInfo[iDlgCur].fontIndex : 0;
+  const int font = (zelvy_data::data().icurdialog != 0 && iDlgCur >= 0) ? wDialogInfo[iDlgCur].fontIndex : 0;
   yyDialogUnitsFromPixels(yyDialogFontMetrics(font), x, y, ux, uy);
 }
 
 int WInfoDialog(int item) {
-  const bool have = zelvy_data::icurdialog != 0 && iDlgCur >= 0 && wDialogInfo[iDlgCur].identifier != -1;
+  const bool have = zelvy_data::data().icurdialog != 0 && iDlgCur >= 0 && wDialogInfo[iDlgCur].identifier != -1;
   const DialogRecord* d = have ? &wDialogInfo[iDlgCur] : nullptr;
   auto geometry = [&](Widget w, Position& x, Position& y, Dimension& wd, Dimension& ht) {
     x = y = 0;
@@ -660,7 +657,7 @@ int WInfoDialog(int item) {
   switch (item) {
     case 1: return iModalButton;
     case 2: return iModalField;
-    case 3: return zelvy_data::icurdialog;
+    case 3: return zelvy_data::data().icurdialog;
     case 5: return iModalDialog;
     case 10: return d ? (d->kind == 3 ? 4 : d->kind == 1 ? 3 : 1) : 0;
     case 11: return static_cast<int>(std::count_if(wDialogInfo.begin(), wDialogInfo.end(),
@@ -684,4 +681,13 @@ int WInfoDialog(int item) {
     case 14: return d && d->anchorFieldId != 0 ? 1 : 0;
     default: return 0;
   }
+}
+
+void yyDialogAttach() {
+  DialogEngineHooks hooks;
+  hooks.init = yyDialogEngineInit;
+  hooks.shutdown = yyDialogShutdown;
+  hooks.pixels = window_dialog_pixels;
+  hooks.combine = window_dialog_combine;
+  yyAttachDialogEngine(hooks);
 }

@@ -8,6 +8,10 @@
 #include <string>
 #include <string_view>
 
+// Joins the dialog engine to the windows, so that a window can carry a dialog;
+// called once before the first window opens.
+void yyDialogAttach();
+
 // Lifecycle. Parent 0: no parent; -1: whatever holds the keyboard focus; else a window handle.
 void WDialogLoad(int resid, std::optional<int> dialogid = {}, std::optional<int> parent = {});
 void WDialogSelect(int dialogid);

@@ -20,11 +20,11 @@
 #include <string>
 #include <vector>
 
-#include "app/resources/yyrc.h"
+#include "toolkit/kernel/resources.h"
 #include "toolkit/dialog/dialog_engine.h"
 #include "toolkit/dialog/dialog_fields.h"
 #include "toolkit/kernel/display.h"
-#include "toolkit/os/format.h"
+#include "toolkit/base/format.h"
 
 using namespace zelvy_dialog;
 

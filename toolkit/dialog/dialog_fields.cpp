@@ -11,13 +11,14 @@
 #include <cstring>
 #include <string>
 
-#include "app/resources/yyrc.h"
+#include "toolkit/kernel/resources.h"
 #include "toolkit/dialog/dialog_engine.h"
 #include "toolkit/dialog/dialog_fields.h"
 #include "toolkit/kernel/display.h"
 #include "toolkit/kernel/message.h"
-#include "toolkit/kernel/zelvy_data.h"
-#include "toolkit/os/format.h"
+#include "toolkit/base/error.h"
+#include "toolkit/base/zelvy_data.h"
+#include "toolkit/base/format.h"
 
 using namespace zelvy_dialog;
 
@@ -606,7 +607,7 @@ void WDialogTooltip(int fieldid, std::optional<std::string_view> text) {
 }
 
 int winfodialogfield(int fieldid, int item) {
-  if (zelvy_data::icurdialog == 0 || iDlgCur < 0) return 0;
+  if (zelvy_data::data().icurdialog == 0 || iDlgCur < 0) return 0;
   const int fi = yyDialogFindField(fieldid, iDlgCur);
   if (fi < 0) return 0;
   const FieldRecord& f = wDialogInfo[iDlgCur].fields[static_cast<std::size_t>(fi)];

@@ -10,8 +10,9 @@
 
 #include "toolkit/dialog/dialog_engine.h"
 #include "toolkit/dialog/dialog_fields.h"
-#include "toolkit/kernel/zelvy_data.h"
-#include "toolkit/os/fixed_text.h"
+#include "toolkit/base/error.h"
+#include "toolkit/base/zelvy_data.h"
+#include "toolkit/base/fixed_text.h"
 
 using namespace zelvy_dialog;
 
@@ -125,7 +126,7 @@ void WDialogPutOption(int fieldid, int option) {
 void WDialogGetMenu(int fieldid, int& option, std::string& text) {
   FieldRecord* f = menu_field(fieldid, "WDialogGetMenu", false);
   if (!f) {
-    option = zelvy_data::iundef;
+    option = zelvy_data::data().iundef;
     return;
   }
   Widget list = option_list(*f);
@@ -133,7 +134,7 @@ void WDialogGetMenu(int fieldid, int& option, std::string& text) {
   if (f->type == kCombo) {
     value = yyDialogGetText(*f);
     if (value.empty()) {
-      option = zelvy_data::iundef;
+      option = zelvy_data::data().iundef;
       assign_out(text, "");
       return yyerror(1010, "WDialogGetMenu");
     }
@@ -147,7 +148,7 @@ void WDialogGetMenu(int fieldid, int& option, std::string& text) {
     int* positions = nullptr;
     int n = 0;
     if (!XmListGetSelectedPos(list, &positions, &n) || n == 0) {
-      option = zelvy_data::iundef;
+      option = zelvy_data::data().iundef;
       assign_out(text, "");
       return yyerror(1010, "WDialogGetMenu");
     }
@@ -164,7 +165,7 @@ void WDialogGetMenu(int fieldid, int& option) {
 }
 
 int yydialoggetmenuoptioncount(int fieldid) {
-  if (zelvy_data::icurdialog == 0 || iDlgCur < 0) return 0;
+  if (zelvy_data::data().icurdialog == 0 || iDlgCur < 0) return 0;
   const int fi = yyDialogFindField(fieldid, iDlgCur);
   if (fi < 0) return 0;
   return option_count(option_list(wDialogInfo[static_cast<std::size_t>(iDlgCur)].fields[static_cast<std::size_t>(fi)]));

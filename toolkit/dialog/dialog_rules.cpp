@@ -5,8 +5,9 @@
 #include <cmath>
 
 #include "toolkit/dialog/dialog_engine.h"
-#include "toolkit/kernel/zelvy_data.h"
-#include "toolkit/os/format.h"
+#include "toolkit/base/error.h"
+#include "toolkit/base/zelvy_data.h"
+#include "toolkit/base/format.h"
 
 namespace {
 
@@ -45,7 +46,7 @@ bool yyDialogNumericOutOfRange(double minimum, double maximum, double number) {
 bool yyDialogStrValidNum(int kind, char& c) {
   if (std::isdigit(static_cast<unsigned char>(c)) || c == '+' || c == '-') return true;
   if (kind < 4) return false;
-  const char point = zelvy_data::idecimal == 1 ? zelvy_data::cdecimal : '.';
+  const char point = zelvy_data::data().idecimal == 1 ? zelvy_data::data().cdecimal : '.';
   if (c == point) return true;
   if (c == 'E' || c == 'e') {
     c = 'E';

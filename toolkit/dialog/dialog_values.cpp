@@ -8,9 +8,10 @@
 #include <string>
 
 #include "toolkit/dialog/dialog_engine.h"
-#include "toolkit/kernel/zelvy_data.h"
-#include "toolkit/os/fixed_text.h"
-#include "toolkit/os/format.h"
+#include "toolkit/base/error.h"
+#include "toolkit/base/zelvy_data.h"
+#include "toolkit/base/fixed_text.h"
+#include "toolkit/base/format.h"
 
 using namespace zelvy_dialog;
 
@@ -105,14 +106,14 @@ void WDialogGetInteger(int fieldid, int& value) {
   double v = 0;
   int err = 0;
   get_numeric(fieldid, v, err, "WDialogGetInteger");
-  value = err ? zelvy_data::iundef : static_cast<int>(v);
+  value = err ? zelvy_data::data().iundef : static_cast<int>(v);
 }
 
 void WDialogGetReal(int fieldid, float& value) {
   double v = 0;
   int err = 0;
   get_numeric(fieldid, v, err, "WDialogGetReal");
-  value = err ? zelvy_data::rundef : static_cast<float>(v);
+  value = err ? zelvy_data::data().rundef : static_cast<float>(v);
 }
 
 void WDialogPutCheckBox(int fieldid, int state) {
@@ -141,11 +142,11 @@ void WDialogPutRadioButton(int fieldid) {
 void WDialogGetRadioButton(int fieldid, int& position) {
   FieldRecord* f = yyDialogCurrentField(fieldid, "WDialogGetRadioButton");
   if (!f) {
-    position = zelvy_data::iundef;
+    position = zelvy_data::data().iundef;
     return;
   }
   if (f->type != 10) {
-    position = zelvy_data::iundef;
+    position = zelvy_data::data().iundef;
     return yyerror(1006, "WDialogGetRadioButton");
   }
   // The position counts from the group's first button in table order.
@@ -160,7 +161,7 @@ void WDialogGetRadioButton(int fieldid, int& position) {
       return;
     }
   }
-  position = zelvy_data::iundef;
+  position = zelvy_data::data().iundef;
   yyerror(1010, "WDialogGetRadioButton");
 }
 
@@ -199,7 +200,7 @@ void wdialograngeoptions(int option, int value) {
 
 void yydialogfieldoptions(int fieldid, int option, int value, int& error) {
   error = 0;
-  if (zelvy_data::icurdialog == 0 || iDlgCur < 0) {
+  if (zelvy_data::data().icurdialog == 0 || iDlgCur < 0) {
     error = 1005;
     return;
   }

@@ -17,7 +17,8 @@
 
 #include "toolkit/kernel/widgets.h"
 #include "toolkit/kernel/window_table.h"
-#include "toolkit/kernel/zelvy_data.h"
+#include "toolkit/base/error.h"
+#include "toolkit/base/zelvy_data.h"
 
 namespace {
 
@@ -471,19 +472,19 @@ std::string yyConvertEncoding(std::string_view text, int encoding, int& texttype
 }
 
 int WInfoScreen(int item) {
-  using namespace zelvy_data;
+  auto& d = zelvy_data::data();
   static constexpr int kSchemeOfItem[21] = {14, 15, 0, 3, 15, 14, 11, 13, 12, 1, 5,
                                             2,  2,  4, 4, 7,  6,  10, 9,  16, 17};
   switch (item) {
-    case 1: return iscwid;
-    case 2: return ischgt;
-    case 3: return isccol;
+    case 1: return d.iscwid;
+    case 2: return d.ischgt;
+    case 3: return d.isccol;
     case 4: return (BestMap || iDispDepthMain <= 8) ? 1 : 0;
     case 5: return ixDisplay && DoesBackingStore(ScreenOfDisplay(ixDisplay, iScreen)) != NotUseful;
     case 32: return iFontFound;
     case 33: return bXft ? 1 : 0;
-    case 34: return iscwidmm;
-    case 35: return ischgtmm;
+    case 34: return d.iscwidmm;
+    case 35: return d.ischgtmm;
     default:
       if (item >= 6 && item <= 26) {
         const XColor& c = wSchemeCol[kSchemeOfItem[item - 6]];

@@ -14,13 +14,14 @@
 #include <cctype>
 #include <utility>
 
-#include "app/resources/yyrc.h"
+#include "toolkit/kernel/resources.h"
 #include "toolkit/kernel/display.h"
 #include "toolkit/kernel/message.h"
 #include "toolkit/kernel/statusbar.h"
 #include "toolkit/kernel/window.h"
 #include "toolkit/kernel/window_table.h"
-#include "toolkit/kernel/zelvy_data.h"
+#include "toolkit/base/error.h"
+#include "toolkit/base/zelvy_data.h"
 
 using namespace zelvy_menu;
 
@@ -1449,21 +1450,3 @@ void yymenufloating(int menuid, int x, int y, int flags, int& status) {
   }
   WMenuFloatShow(x, y, flags);
 }
-
-// ---- Joining the windows and the message loop ------------------------------
-
-namespace {
-
-// Windows reach their menu bars, and the message loop its first look at every
-// event, through these hooks; they are set as soon as the engine is linked in.
-[[maybe_unused]] const bool hooksSet = [] {
-  zelvy_hooks::menu_row_height = yyMenuRowHeight;
-  zelvy_hooks::menu_load = yymenu;
-  zelvy_hooks::menu_bar_height = yyMenuBarHeight;
-  zelvy_hooks::menu_closed = yyMenuWindowClosed;
-  zelvy_hooks::menu_event = static_cast<bool (*)(XEvent&)>(yyMenuProcessEvent);
-  zelvy_hooks::menu_open = yyMenuIsOpen;
-  return true;
-}();
-
-}  // namespace

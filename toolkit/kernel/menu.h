@@ -15,7 +15,8 @@
 #include <string_view>
 #include <vector>
 
-#include "toolkit/kernel/zelvy_data.h"
+#include "toolkit/base/error.h"
+#include "toolkit/base/zelvy_data.h"
 
 // ---- Public routines ------------------------------------------------------
 

@@ -14,6 +14,7 @@
 #include "toolkit/kernel/display.h"
 #include "toolkit/kernel/statusbar.h"
 #include "toolkit/kernel/window.h"
+#include "toolkit/kernel/menu.h"
 #include "toolkit/kernel/window_table.h"
 
 namespace zelvy_messages {
@@ -304,7 +305,7 @@ int yyMsgInterpret() {
       ev.xkey.state = (ev.xkey.state & ~8192u) | zelvy_x::AltMask;
   }
   // Menus and accelerators see every event first.
-  if (zelvy_hooks::menu_event && zelvy_hooks::menu_event(ev)) return ZelvMessage.type;
+  if (yyMenuProcessEvent(ev)) return ZelvMessage.type;
   if (!yyMsgProcessEvent(ev)) XtDispatchEvent(&ev);
   return ZelvMessage.type;
 }
@@ -340,8 +341,8 @@ void yymessageunits(int type, MessageRecord& r) {
       r.PixelWidth = r.Value1;
       r.PixelHeight = r.Value2;
       if (h == iWinCur) {
-        zelvy_data::iwinwid = r.Value1;
-        zelvy_data::iwinhgt = r.Value2;
+        zelvy_data::data().iwinwid = r.Value1;
+        zelvy_data::data().iwinhgt = r.Value2;
       }
       break;
     default: break;
@@ -472,7 +473,7 @@ void WMessage(int& type, MessageRecord& record) {
       ZelvMessage = Pending{};
       t = yyMsgInterpret();
       if (t != 0) take(ZelvMessage, t, rec);
-      if (zelvy_hooks::menu_open && zelvy_hooks::menu_open()) t = 0;
+      if (yyMenuIsOpen()) t = 0;
       if (t >= 1 && t <= 18 && !enabled(t)) t = 0;
     } while (t == 0);
   }
@@ -508,7 +509,7 @@ void WMessagePeek(int& type, MessageRecord& record) {
       ZelvMessage = Pending{};
       t = yyMsgInterpret();
       if (t != 0) take(ZelvMessage, t, rec);
-      if (zelvy_hooks::menu_open && zelvy_hooks::menu_open()) t = 0;
+      if (yyMenuIsOpen()) t = 0;
       if (t >= 1 && t <= 18 && !enabled(t)) t = 0;
     }
   }

@@ -1,7 +1,8 @@
 // The kernel's start-up view of the operating-system layer.
 #include "toolkit/kernel/os_bridge.h"
 
-#include "toolkit/kernel/zelvy_data.h"
+#include "toolkit/base/error.h"
+#include "toolkit/base/zelvy_data.h"
 #include "toolkit/os/files.h"
 
 namespace kernel_os {

@@ -15,8 +15,9 @@
 
 #include "toolkit/kernel/display.h"
 #include "toolkit/kernel/os_bridge.h"
-#include "toolkit/kernel/zelvy_data.h"
-#include "toolkit/os/fixed_text.h"
+#include "toolkit/base/error.h"
+#include "toolkit/base/zelvy_data.h"
+#include "toolkit/base/fixed_text.h"
 
 namespace {
 
@@ -62,10 +63,10 @@ void yyxkeysymdb() {
 }
 
 void yywinitialise() {
-  using namespace zelvy_data;
-  cdirsep = '/';
-  idecimal = 0;
-  cdecimal = ' ';
+  auto& d = zelvy_data::data();
+  d.cdirsep = '/';
+  d.idecimal = 0;
+  d.cdecimal = ' ';
   std::string base(trimmed(kernel_os::env("ZELVY")));
   if (!base.empty()) {
     if (base.back() != '/') base += '/';
@@ -76,20 +77,20 @@ void yywinitialise() {
       if (at != std::string::npos) base.resize(at);
     }
   }
-  cdefdir[1] = base;
+  d.cdefdir[1] = base;
 }
 
 std::string yyinifilename() {
   std::string init = kernel_os::env("ZELVINIT");
   if (kernel_os::file_exists(init)) return init;
   if (kernel_os::file_exists("zelvy.ini")) return "zelvy.ini";
-  const std::string& base = zelvy_data::cdefdir[1];
+  const std::string& base = zelvy_data::data().cdefdir[1];
   if (!base.empty() && kernel_os::file_exists(base + "zelvy.ini")) return base + "zelvy.ini";
   return {};
 }
 
 void yyinireadline(std::string line) {
-  using namespace zelvy_data;
+  auto& d = zelvy_data::data();
   if (line.size() > kIniRecord) line.resize(kIniRecord);
   while (!line.empty() && (line.back() == '\r' || line.back() == '\n')) line.pop_back();
   const auto eq = line.find('=');
@@ -104,7 +105,7 @@ void yyinireadline(std::string line) {
   const std::string word(head.substr(kstart, kend - kstart));
   if (word.size() < 3) return;
   const std::string key = padded(upper(word), 8);
-  if (key.compare(0, 3, "VER") == 0) bversionline = true;
+  if (key.compare(0, 3, "VER") == 0) d.bversionline = true;
 
   const auto vstart = line.find_first_not_of(' ', eq + 1);
   if (vstart == std::string::npos) return;
@@ -113,17 +114,17 @@ void yyinireadline(std::string line) {
   int number = 0;
   const bool is_int = read_integer(value, number);
 
-  if (key == "BROWSER ") cbrowser[0] = value;
-  else if (key == "CHARDIR ") cdefdir[0] = value;
-  else if (key == "CHARSET ") cdeffile[2] = value;
-  else if (key == "PDFREAD ") cbrowser[1] = value;
+  if (key == "BROWSER ") d.cbrowser[0] = value;
+  else if (key == "CHARDIR ") d.cdefdir[0] = value;
+  else if (key == "CHARSET ") d.cdeffile[2] = value;
+  else if (key == "PDFREAD ") d.cbrowser[1] = value;
   else if (!is_int) return;
   else if (key == "DEBUG   ") IDebugLevel(number);
-  else if (key == "HPGL2   ") ireqhw[2] = number;
-  else if (key == "LFNGEN  ") { if (number != lfn[2]) lfn[0] = number; }
-  else if (key == "LFNPLOTI") { if (number != lfn[0]) lfn[2] = number; }
-  else if (key == "PLOTTER ") ireqhw[1] = number;
-  else if (key == "PRINTER ") ireqhw[0] = number;
+  else if (key == "HPGL2   ") d.ireqhw[2] = number;
+  else if (key == "LFNGEN  ") { if (number != d.lfn[2]) d.lfn[0] = number; }
+  else if (key == "LFNPLOTI") { if (number != d.lfn[0]) d.lfn[2] = number; }
+  else if (key == "PLOTTER ") d.ireqhw[1] = number;
+  else if (key == "PRINTER ") d.ireqhw[0] = number;
 }
 
 bool yyinireadfile(const std::string& path) {
@@ -144,7 +145,7 @@ void yytmpprn() {
       std::snprintf(name, sizeof name, "/tmp/kqd%02d%05ld%s", n, uid, ext[k]);
       if (::access(name, F_OK) != 0) break;
     }
-    zelvy_data::ctmpfile[k] = name;
+    zelvy_data::data().ctmpfile[k] = name;
   }
 }
 
@@ -169,7 +170,7 @@ int yymeasurement() {
 }
 
 void WInitialise(std::string_view inifile, std::optional<int> flags, std::optional<int> fontsize) {
-  using namespace zelvy_data;
+  auto& d = zelvy_data::data();
   if (bdoneinit) return;
   bdoneinit = true;
 
@@ -180,52 +181,52 @@ void WInitialise(std::string_view inifile, std::optional<int> flags, std::option
   zelvy_x::iClipboardMethod = kernel_os::env_char("ZELVCLIPBOARD") == '0' ? 0 : 1;
 
   int greys = 0;
-  yygetdisplayinfo(size, iflags, iscwid, ischgt, iscwidmm, ischgtmm, isccol, greys);
-  if (isccol == -1)
+  yygetdisplayinfo(size, iflags, d.iscwid, d.ischgt, d.iscwidmm, d.ischgtmm, d.isccol, greys);
+  if (d.isccol == -1)
     kernel_os::exit_program("Cannot open X display. Check DISPLAY environment variable.", 9);
 
   yywinitialise();
 
-  ierr = istat = iapierr = ioetype = 0;
-  zelvy_comdlg::icderr = 0;
-  brootopen = false;
-  icurdialog = 0;
-  cdeffile = {"", "", "standard.chr"};
-  ireqhw = {0, 0, 0};
-  lfn = {40, 41, 42};
-  cjusnum = 'R';
-  ctagchr = ' ';
-  idirinfo = 1;
-  icmodeldef = 1;
-  asprat = 1.32f;
-  imgopt = {80, 75};
-  iundef = iundefdb = -999;
-  rundef = rundefdb = -999.0f;
-  dundef = dundefdb = -999.0;
-  maxbitmap = maxicon = maxmeta = 0;
-  zelvy_comdlg::icdopt = {8, 25, 10};
-  zelvy_comdlg::wcomdlgpos = {20, 20};
-  idefpapersize = yydefpapersize();
-  bbell = true;
+  d.ierr = d.istat = d.iapierr = d.ioetype = 0;
+  zelvy_comdlg::data().icderr = 0;
+  d.brootopen = false;
+  d.icurdialog = 0;
+  d.cdeffile = {"", "", "standard.chr"};
+  d.ireqhw = {0, 0, 0};
+  d.lfn = {40, 41, 42};
+  d.cjusnum = 'R';
+  d.ctagchr = ' ';
+  d.idirinfo = 1;
+  d.icmodeldef = 1;
+  d.asprat = 1.32f;
+  d.imgopt = {80, 75};
+  d.iundef = d.iundefdb = -999;
+  d.rundef = d.rundefdb = -999.0f;
+  d.dundef = d.dundefdb = -999.0;
+  d.maxbitmap = d.maxicon = d.maxmeta = 0;
+  zelvy_comdlg::data().icdopt = {8, 25, 10};
+  zelvy_comdlg::data().wcomdlgpos = {20, 20};
+  d.idefpapersize = yydefpapersize();
+  d.bbell = true;
 
-  cdefdir[0] = cdefdir[1].empty() ? std::string() : cdefdir[1] + "charsets";
+  d.cdefdir[0] = d.cdefdir[1].empty() ? std::string() : d.cdefdir[1] + "charsets";
   const std::string chosen = yyinifilename();
   yytmpprn();
 
   const char dbg = kernel_os::env_char("ZELVDEBUG");
   IDebugLevel(dbg - '0');
-  ierr = 0;
+  d.ierr = 0;
 
-  cbrowser = {"firefox", "evince"};
+  d.cbrowser = {"firefox", "evince"};
 
   bool read = false;
   if (!inifile.empty() && kernel_os::file_exists(std::string(trimmed(inifile))))
     read = yyinireadfile(std::string(trimmed(inifile)));
   if (!read) yyinireadfile(chosen);
 
-  if (!cdefdir[0].empty() && cdefdir[0].back() != '/') cdefdir[0] += '/';
+  if (!d.cdefdir[0].empty() && d.cdefdir[0].back() != '/') d.cdefdir[0] += '/';
 
-  if (bversionline) kernel_os::exit_program(std::string("Zelvane version ") + kVersion, 0);
+  if (d.bversionline) kernel_os::exit_program(std::string("Zelvane version ") + kVersion, 0);
 }
 
 int WInfoSystem(int item) {

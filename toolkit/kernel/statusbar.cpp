@@ -9,8 +9,9 @@
 #include "toolkit/kernel/display.h"
 #include "toolkit/kernel/window.h"
 #include "toolkit/kernel/window_table.h"
-#include "toolkit/kernel/zelvy_data.h"
-#include "toolkit/os/fixed_text.h"
+#include "toolkit/base/error.h"
+#include "toolkit/base/zelvy_data.h"
+#include "toolkit/base/fixed_text.h"
 
 namespace {
 
@@ -234,7 +235,7 @@ void yyWindowStatusBarCreate(int h) {
   XMapWindow(ixDisplay, psbarInfo[h]->BarWindow);
   if (h == 0) {
     // Library errors at debug level 3 go to part 1 of the root window's bar.
-    zelvy_data::status_bar_sink = [](std::string_view text) { WindowOutStatusBar(1, text, 0); };
+    yySetErrorStatusSink([](std::string_view text) { WindowOutStatusBar(1, text, 0); });
   }
 }
 
@@ -306,7 +307,7 @@ void yyWindowStatusBarShutdown(int h) {
   if (!b) return;
   if (ixDisplay) XDestroyWindow(ixDisplay, b->BarWindow);  // parts and prompt go with it
   psbarInfo[h].reset();
-  if (h == 0) zelvy_data::status_bar_sink = nullptr;
+  if (h == 0) yySetErrorStatusSink(nullptr);
 }
 
 void yyWindowStatusBarResize(int h) {

@@ -15,15 +15,16 @@
 #include <cstdint>
 #include <string>
 
-#include "app/resources/yyrc.h"
-#include "toolkit/dialog/dialog_engine.h"
+#include "toolkit/kernel/resources.h"
+#include "toolkit/kernel/dialog_attach.h"
 #include "toolkit/kernel/display.h"
 #include "toolkit/kernel/menu.h"
 #include "toolkit/kernel/message.h"
 #include "toolkit/kernel/statusbar.h"
 #include "toolkit/kernel/widgets.h"
 #include "toolkit/kernel/window_table.h"
-#include "toolkit/kernel/zelvy_data.h"
+#include "toolkit/base/error.h"
+#include "toolkit/base/zelvy_data.h"
 
 namespace {
 
@@ -35,7 +36,12 @@ constexpr int kDefault = -999999;
 // The attributes the client windows are created with, one set per window for its background.
 std::array<XSetWindowAttributes, kSlots> iWinAttributes{};
 
-int menu_height(int h) { return zelvy_hooks::menu_bar_height ? zelvy_hooks::menu_bar_height(h) : 0; }
+int menu_height(int h) { return yyMenuBarHeight(h); }
+
+DialogEngineHooks& dialog_engine() {
+  static DialogEngineHooks hooks;
+  return hooks;
+}
 
 int sbar_height(int h) {
   const bool bar = zelvy_sbar::psbarInfo.size() > static_cast<size_t>(h) && zelvy_sbar::psbarInfo[h];
@@ -100,11 +106,6 @@ bool check_resources(const OpenRequest& q, const char* routine) {
       dialog = child_style;
     }
   }
-  if (q.menuid > 0 && !(q.flags & 16) && !zelvy_hooks::menu_load) {
-    int items = -1, bytes = -1;
-    yyrcmenucheck(q.menuid, items, bytes);
-    if (items < 0) yyerror(1002, routine);
-  }
   for (int id : q.toolbars) {
     if (id <= 0) continue;
     int count = -1, w = 0, hgt = 0;
@@ -118,22 +119,22 @@ bool open_window(int h, const OpenRequest& q, const char* routine) {
   Display* dpy = ixDisplay;
   yyDisplayRootOpen();
 
-  const bool with_dialog = check_resources(q, routine) && zelvy_hooks::dialog_pixels;
+  const bool with_dialog = check_resources(q, routine) && dialog_engine().pixels;
   OpenRequest sized = q;
   bool resizable = true;
   if (with_dialog) {
     // The window takes the dialog's size; a dialog that can't be resized fixes it.
-    zelvy_hooks::dialog_pixels(q.dialogid, sized.width, sized.height, resizable);
+    dialog_engine().pixels(q.dialogid, sized.width, sized.height, resizable);
     if (!resizable) sized.flags = (sized.flags | 64) & ~12;
   }
 
   if (q.flags & 32) yyWindowStatusBarInit(1);
-  const int cw = sized.width >= 1 ? sized.width : zelvy_data::iscwid * 8 / 10;
-  const int ch = sized.height >= 1 ? sized.height : zelvy_data::ischgt * 8 / 10;
+  const int cw = sized.width >= 1 ? sized.width : zelvy_data::data().iscwid * 8 / 10;
+  const int ch = sized.height >= 1 ? sized.height : zelvy_data::data().ischgt * 8 / 10;
   const int fw = cw;
   // A window inside its parent has no menu bar of its own.
-  const bool with_menu = q.menuid > 0 && !(q.flags & 16) && zelvy_hooks::menu_load;
-  const int menu_rows = with_menu && zelvy_hooks::menu_row_height ? zelvy_hooks::menu_row_height() : 0;
+  const bool with_menu = q.menuid > 0 && !(q.flags & 16);
+  const int menu_rows = with_menu ? yyMenuRowHeight() : 0;
   const int fh = ch + menu_rows + ((q.flags & 32) ? zelvy_sbar::iSBarHeight + 1 : 0);
 
   WindowRecord& r = WinInfo[h];
@@ -159,8 +160,8 @@ bool open_window(int h, const OpenRequest& q, const char* routine) {
     x += px;
     y += py;
   } else {
-    if (x == kDefault) x = (zelvy_data::iscwid - fw) / 2;
-    if (y == kDefault) y = (zelvy_data::ischgt - fh) / 2;
+    if (x == kDefault) x = (zelvy_data::data().iscwid - fw) / 2;
+    if (y == kDefault) y = (zelvy_data::data().ischgt - fh) / 2;
   }
   r.RestoreWidth = cw;
   r.RestoreHeight = ch;
@@ -251,12 +252,12 @@ bool open_window(int h, const OpenRequest& q, const char* routine) {
   if (q.flags & 32) yyWindowStatusBarCreate(h);
   if (with_menu) {
     int status = 0;
-    zelvy_hooks::menu_load(q.menuid, h, status);
+    yymenu(q.menuid, h, status);
     if (status != 0) yyerror(status, routine);
   }
   yyWindowResize(h);
   yyMsgApplyMasks(h);
-  if (with_dialog && zelvy_hooks::dialog_combine) zelvy_hooks::dialog_combine(q.dialogid, h);
+  if (with_dialog) dialog_engine().combine(q.dialogid, h);
 
   if (!(q.flags & 128)) XtMapWidget(shell);
   XFlush(dpy);
@@ -270,7 +271,7 @@ void close_window(int h) {
   Display* dpy = ixDisplay;
   if (!WinInfo[h].Keep) XtUnmapWidget(wtShell[h]);
   yyWindowStatusBarShutdown(h);
-  if (zelvy_hooks::menu_closed) zelvy_hooks::menu_closed(h);
+  yyMenuWindowClosed(h);
   XmRemoveWMProtocolCallback(wtShell[h], aWMDeleteWindow, yyWindowWMCloseCB,
                              reinterpret_cast<XtPointer>(static_cast<std::intptr_t>(h)));
   XtDestroyWidget(wtShell[h]);
@@ -279,7 +280,7 @@ void close_window(int h) {
   wShell[h] = wWindow[h] = wClient[h] = 0;
   iWinColour[h] = -1;
   hCursorWin[h] = 0;
-  zelvy_data::iwflags[h] = -1;
+  zelvy_data::data().iwflags[h] = -1;
   XSync(dpy, False);
 }
 
@@ -290,9 +291,9 @@ void adjust_winmax() {
 // The public side of a selection: size for unit conversion.
 void take_selection(int h) {
   iWinCur = h;
-  zelvy_data::iwinhandle = h;
-  zelvy_data::iwinwid = WinInfo[h].ClientWidth;
-  zelvy_data::iwinhgt = WinInfo[h].ClientHeight;
+  zelvy_data::data().iwinhandle = h;
+  zelvy_data::data().iwinwid = WinInfo[h].ClientWidth;
+  zelvy_data::data().iwinhgt = WinInfo[h].ClientHeight;
   int status = 0;
   yymenuselect(h, -1, status);  // the menu routines act on the selected window's menu
 }
@@ -360,8 +361,8 @@ void yyWindowResize(int h) {
   r.ClientWidth = cw;
   r.ClientHeight = ch;
   if (h == iWinCur) {
-    zelvy_data::iwinwid = cw;
-    zelvy_data::iwinhgt = ch;
+    zelvy_data::data().iwinwid = cw;
+    zelvy_data::data().iwinhgt = ch;
   }
 }
 
@@ -379,7 +380,7 @@ void WindowOpen(std::optional<int> flags, std::optional<int> x, std::optional<in
                 std::span<const int> toolbarids, std::optional<int> dialogid, std::string_view title,
                 std::optional<int> colourcount, std::optional<int> colour) {
   (void)colourcount;  // the palette ramps matter only on displays of 8 bits or less
-  if (zelvy_data::brootopen) return;
+  if (zelvy_data::data().brootopen) return;
   if (!ixDisplay) {
     yyerror(1122, "WindowOpen");
     return;
@@ -397,12 +398,12 @@ void WindowOpen(std::optional<int> flags, std::optional<int> x, std::optional<in
   q.dialogid = dialogid.value_or(0);
   q.title = title;
   q.colour = colour.value_or(-1);
-  yyDialogEngineInit();
+  if (dialog_engine().init) dialog_engine().init();
   open_window(0, q, "WindowOpen");
-  zelvy_data::brootopen = true;
-  zelvy_data::iwflags[0] = q.flags;
+  zelvy_data::data().brootopen = true;
+  zelvy_data::data().iwflags[0] = q.flags;
   // The dialog the root window carries is the selected one from here on.
-  zelvy_data::icurdialog = WinInfo[0].Kind == 3 ? q.dialogid : 0;
+  zelvy_data::data().icurdialog = WinInfo[0].Kind == 3 ? q.dialogid : 0;
   take_selection(0);
   yyMsgApplyMasks(0);
 }
@@ -462,7 +463,7 @@ void WindowOpenChild(int& handle, std::optional<int> flags, std::optional<int> x
     return;
   }
   handle = h;
-  zelvy_data::iwflags[h] = q.flags;
+  zelvy_data::data().iwflags[h] = q.flags;
   take_selection(h);
   yyMsgApplyMasks(h);
 }
@@ -474,15 +475,15 @@ void WindowCloseChild(int handle) {
   }
   close_window(handle);
   adjust_winmax();
-  zelvy_data::iwflags[handle] = -1;
+  zelvy_data::data().iwflags[handle] = -1;
   if (!yywindowexists(iWinCur) && yywindowexists(0)) take_selection(0);
 }
 
 void WindowClose() {
-  if (!zelvy_data::brootopen) return;
+  if (!zelvy_data::data().brootopen) return;
   for (int h = iWinMax; h >= 1; --h)
     if (wWindow[h]) close_window(h);
-  yyDialogShutdown();  // while the windows the dialogs live in still exist
+  if (dialog_engine().shutdown) dialog_engine().shutdown();  // while the windows the dialogs live in still exist
   close_window(0);
   iWinMax = -1;
   iWinCur = 0;
@@ -490,10 +491,10 @@ void WindowClose() {
   zelvy_x::gColtab.clear();
   zelvy_x::gColtab.shrink_to_fit();
   zelvy_x::nColtabEntries = 0;
-  zelvy_data::brootopen = false;
-  zelvy_data::iwflags[0] = -1;
-  zelvy_data::icurdialog = 0;
-  zelvy_data::iwinhandle = 0;
+  zelvy_data::data().brootopen = false;
+  zelvy_data::data().iwflags[0] = -1;
+  zelvy_data::data().icurdialog = 0;
+  zelvy_data::data().iwinhandle = 0;
 }
 
 void WindowSelect(int handle) { yywindowgrselect(handle); }
@@ -609,7 +610,7 @@ int WInfoWindow(int item) {
   switch (item) {
     case 1: return open ? r.ClientWidth : 0;
     case 2: return open ? r.ClientHeight : 0;
-    case 3: return open ? static_cast<int>(zelvy_data::iwflags[h]) : 0;
+    case 3: return open ? static_cast<int>(zelvy_data::data().iwflags[h]) : 0;
     case 4: return h;
     case 5: case 13: return position(true);
     case 6: case 14: return position(false);
@@ -624,17 +625,19 @@ int WInfoWindow(int item) {
       for (int c = 1; c <= zelvy_data::kMaxWindow; ++c) n += wWindow[c] == 0;
       return n;
     }
-    case 16: return zelvy_data::brootopen ? 1 : 0;
+    case 16: return zelvy_data::data().brootopen ? 1 : 0;
     default: return 0;
   }
 }
 
 void WindowUnitsToPixels(int unitx, int unity, int& pixelx, int& pixely) {
-  pixelx = yyunitstopixels(unitx, zelvy_data::iwinwid);
-  pixely = yyunitstopixels(unity, zelvy_data::iwinhgt);
+  pixelx = yyunitstopixels(unitx, zelvy_data::data().iwinwid);
+  pixely = yyunitstopixels(unity, zelvy_data::data().iwinhgt);
 }
 
 void WindowUnitsFromPixels(int pixelx, int pixely, int& unitx, int& unity) {
-  unitx = yyunitsfrompixels(pixelx, zelvy_data::iwinwid);
-  unity = yyunitsfrompixels(pixely, zelvy_data::iwinhgt);
+  unitx = yyunitsfrompixels(pixelx, zelvy_data::data().iwinwid);
+  unity = yyunitsfrompixels(pixely, zelvy_data::data().iwinhgt);
 }
+
+void yyAttachDialogEngine(const DialogEngineHooks& hooks) { dialog_engine() = hooks; }

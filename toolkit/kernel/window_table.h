@@ -9,7 +9,8 @@
 #include <string>
 #include <string_view>
 
-#include "toolkit/kernel/zelvy_data.h"
+#include "toolkit/base/error.h"
+#include "toolkit/base/zelvy_data.h"
 
 struct WindowRecord {
   int Visible = 1;
@@ -54,27 +55,6 @@ inline Atom aWMProtocols = 0, aWMDeleteWindow = 0;
 
 }  // namespace zelvy_win
 
-// Where the menu engine and the dialog engine join the windows and the message
-// loop. Each sets its hooks when it comes up (a static initialiser in its own
-// source); unset, windows have no menu bar and carry no dialog.
-namespace zelvy_hooks {
-// Row height of a menu bar, for the frame size of a window that gets a menu.
-inline int (*menu_row_height)() = nullptr;
-// Loads and installs a window's menu; status 0 or an error code (1002).
-inline void (*menu_load)(int menuid, int handle, int& status) = nullptr;
-// Pixels the window's bar takes above the client at the present frame width.
-inline int (*menu_bar_height)(int handle) = nullptr;
-// The window is closing: its menu and accelerators go.
-inline void (*menu_closed)(int handle) = nullptr;
-// The first look at every X event; true when the menus consumed it.
-inline bool (*menu_event)(XEvent& event) = nullptr;
-// True while a menu is open: no message reaches the application then.
-inline bool (*menu_open)() = nullptr;
-// The dialog engine: the size in pixels of a resource dialog that a window
-// carries, and whether it may be resized; then showing it in the window's client.
-inline void (*dialog_pixels)(int dialogid, int& width, int& height, bool& resizable) = nullptr;
-inline void (*dialog_combine)(int dialogid, int handle) = nullptr;
-}  // namespace zelvy_hooks
 
 // True when h names an open window.
 bool yywindowexists(int h);

@@ -7,8 +7,9 @@
 #include <utility>
 #include <vector>
 
-#include "toolkit/kernel/zelvy_data.h"
-#include "toolkit/os/fixed_text.h"
+#include "toolkit/base/error.h"
+#include "toolkit/base/zelvy_data.h"
+#include "toolkit/base/fixed_text.h"
 
 namespace {
 
@@ -51,8 +52,8 @@ int descriptor(int handle) {
 }
 
 void fail(int code, int err, std::string_view routine) {
-  zelvy_data::ioetype = 2;
-  zelvy_data::istat = err;
+  zelvy_data::data().ioetype = 2;
+  zelvy_data::data().istat = err;
   yyerror(code, routine);
 }
 

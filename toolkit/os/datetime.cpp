@@ -4,8 +4,9 @@
 
 #include <ctime>
 
-#include "toolkit/kernel/zelvy_data.h"
-#include "toolkit/os/fixed_text.h"
+#include "toolkit/base/error.h"
+#include "toolkit/base/zelvy_data.h"
+#include "toolkit/base/fixed_text.h"
 
 namespace {
 

@@ -20,10 +20,11 @@
 #include <memory>
 #include <vector>
 
-#include "toolkit/kernel/zelvy_data.h"
+#include "toolkit/base/error.h"
+#include "toolkit/base/zelvy_data.h"
 #include "toolkit/os/datetime.h"
-#include "toolkit/os/fixed_text.h"
-#include "toolkit/os/text.h"
+#include "toolkit/base/fixed_text.h"
+#include "toolkit/base/text.h"
 
 extern char** environ;
 
@@ -33,7 +34,7 @@ namespace {
 std::string plain(std::string_view s) { return std::string(left_trimmed(trimmed(s))); }
 
 void os_error(int err, std::string_view routine) {
-  zelvy_data::iapierr = err;
+  zelvy_data::data().iapierr = err;
   yyerror(13, routine);
 }
 
@@ -59,7 +60,7 @@ int run_shell(const std::string& command) {
   std::fflush(nullptr);
   const pid_t pid = ::fork();
   if (pid < 0) {
-    zelvy_data::iapierr = errno;
+    zelvy_data::data().iapierr = errno;
     return 13;
   }
   if (pid == 0) {
@@ -70,12 +71,12 @@ int run_shell(const std::string& command) {
   int status = 0;
   while (::waitpid(pid, &status, 0) < 0) {
     if (errno != EINTR) {
-      zelvy_data::iapierr = errno;
+      zelvy_data::data().iapierr = errno;
       return 13;
     }
   }
   if (!WIFEXITED(status)) {
-    zelvy_data::iapierr = 0;
+    zelvy_data::data().iapierr = 0;
     return 13;
   }
   return 0;
@@ -141,7 +142,7 @@ std::vector<DirEntry> list_entries(std::string_view dir, std::string_view patter
   if (!d) return out;
   const std::vector<std::string> patterns = split_patterns(trimmed(pattern));
   const int match_flags = (flags & kDirMatchPeriod) ? FNM_PERIOD : 0;
-  const int info = zelvy_data::idirinfo;
+  const int info = zelvy_data::data().idirinfo;
   while (out.size() < limit) {
     const dirent* e = ::readdir(d.get());
     if (!e) break;
@@ -421,7 +422,7 @@ void iosdirentrytype(std::string_view options) {
   int info = 0;
   if (options.find_first_of("Ff") != std::string_view::npos) info |= 1;
   if (options.find_first_of("Dd") != std::string_view::npos) info |= 2;
-  if (info != 0) zelvy_data::idirinfo = info;
+  if (info != 0) zelvy_data::data().idirinfo = info;
 }
 
 void IOsDirCount(std::string_view dir, std::string_view pattern, int& count, std::optional<int> flags) {

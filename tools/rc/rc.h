@@ -3,6 +3,8 @@
 // that the yyrc* routines read.
 #pragma once
 
+#include "toolkit/kernel/resource_tables.h"
+
 #include <array>
 #include <cstdint>
 #include <map>
@@ -118,10 +120,7 @@ struct Script {
 // Reads one script into `into`. Throws ScriptError.
 void parse_script(Script& into, const std::string& text, const std::string& file_name);
 
-struct RangeEntry {
-  std::int32_t field;
-  double minimum, maximum;
-};
+using zelv_rc::RangeEntry;  // one layout for the compiler and the walker
 
 // The constant tables, exactly as they are emitted. Positions are 1-based;
 // every table ends with its closing record.
@@ -144,7 +143,9 @@ struct Tables {
 // Checks the script as a whole and lays out the tables. Throws ScriptError.
 Tables build_tables(const Script& script);
 
-// The C++ source that defines the tables.
-std::string emit_source(const Tables& tables, const std::vector<std::string>& inputs);
+// The C++ source that defines the tables, reached through a routine named
+// `accessor` that returns them as a zelv_rc::ResourceTables.
+std::string emit_source(const Tables& tables, const std::vector<std::string>& inputs,
+                        const std::string& accessor = "resource_tables");
 
 }  // namespace zelvrc

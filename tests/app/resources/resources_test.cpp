@@ -9,9 +9,13 @@
 #include <tuple>
 #include <vector>
 
-#include "app/resources/yyrc.h"
+#include "toolkit/kernel/resources.h"
+#include "app/resources/gombrel_resources.h"
 
 namespace {
+
+// The program's own tables, the ones these tests read.
+[[maybe_unused]] const bool kTablesInstalled = (yyrcinstall(gombrel_resource_tables()), true);
 
 using ::testing::ElementsAre;
 using ::testing::ElementsAreArray;

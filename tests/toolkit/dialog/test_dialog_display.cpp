@@ -13,14 +13,18 @@
 #include <string>
 #include <vector>
 
-#include "app/resources/yyrc.h"
+#include "toolkit/kernel/resources.h"
 #include "toolkit/dialog/dialog_engine.h"
 #include "toolkit/kernel/display.h"
 #include "toolkit/kernel/message.h"
 #include "toolkit/kernel/startup.h"
 #include "toolkit/kernel/window.h"
 #include "toolkit/kernel/window_table.h"
-#include "toolkit/kernel/zelvy_data.h"
+#include "toolkit/base/error.h"
+#include "toolkit/base/zelvy_data.h"
+#include "app/resources/gombrel_resources.h"
+#include "toolkit/kernel/resources.h"
+#include "toolkit/dialog/dialog.h"
 
 namespace {
 
@@ -44,6 +48,8 @@ constexpr int kForm = 102, kAbout = 104;
 class DialogDisplay : public ::testing::Test {
  protected:
   static void SetUpTestSuite() {
+    yyrcinstall(gombrel_resource_tables());
+    yyDialogAttach();
     WInitialise();
     yyDialogEngineInit();
   }
@@ -52,15 +58,15 @@ class DialogDisplay : public ::testing::Test {
     // The root window carries the form as its content.
     WindowOpen(0, 0, 0, {}, {}, {}, {}, kForm);
     WDialogSelect(kForm);
-    ASSERT_EQ(zelvy_data::icurdialog, kForm);
+    ASSERT_EQ(zelvy_data::data().icurdialog, kForm);
     WMessageEnable(FieldChanged, 1);
     settle();
-    zelvy_data::ierr = 0;
+    zelvy_data::data().ierr = 0;
   }
   void TearDown() override {
     yywindowdialogclose(0);
     WindowClose();
-    zelvy_data::ierr = 0;
+    zelvy_data::data().ierr = 0;
   }
 
   // Lets the server and the widgets catch up, dropping what arrives.

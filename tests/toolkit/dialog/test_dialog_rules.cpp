@@ -6,7 +6,8 @@
 #include <vector>
 
 #include "toolkit/dialog/dialog_engine.h"
-#include "toolkit/kernel/zelvy_data.h"
+#include "toolkit/base/error.h"
+#include "toolkit/base/zelvy_data.h"
 
 namespace {
 
@@ -76,12 +77,12 @@ TEST(DialogNumbers, RangeAndCharacterFilter) {
   EXPECT_FALSE(ok(4, 'd', 'd'));  // D only in a double
   EXPECT_TRUE(ok(5, 'd', 'D'));
   EXPECT_FALSE(ok(5, 'x', 'x'));
-  zelvy_data::idecimal = 1;
-  zelvy_data::cdecimal = ',';
+  zelvy_data::data().idecimal = 1;
+  zelvy_data::data().cdecimal = ',';
   EXPECT_TRUE(ok(4, ',', ','));
   EXPECT_FALSE(ok(4, '.', '.'));
-  zelvy_data::idecimal = 0;
-  zelvy_data::cdecimal = ' ';
+  zelvy_data::data().idecimal = 0;
+  zelvy_data::data().cdecimal = ' ';
 }
 
 TEST(DialogNumbers, ValidationFollowsTheValueModel) {

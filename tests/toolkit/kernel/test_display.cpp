@@ -15,7 +15,12 @@
 #include "toolkit/kernel/widgets.h"
 #include "toolkit/kernel/window.h"
 #include "toolkit/kernel/window_table.h"
-#include "toolkit/kernel/zelvy_data.h"
+#include "toolkit/base/error.h"
+#include "toolkit/base/zelvy_data.h"
+#include "app/resources/gombrel_resources.h"
+#include "toolkit/kernel/resources.h"
+#include "toolkit/kernel/dialog_attach.h"
+#include "toolkit/kernel/menu.h"
 
 namespace {
 
@@ -23,14 +28,17 @@ using zelvy_x::ixDisplay;
 
 class DisplayTest : public ::testing::Test {
  protected:
-  static void SetUpTestSuite() { WInitialise(); }
+  static void SetUpTestSuite() {
+    yyrcinstall(gombrel_resource_tables());
+    WInitialise();
+  }
   void SetUp() override {
     ASSERT_NE(ixDisplay, nullptr);
-    zelvy_data::ierr = 0;
+    zelvy_data::data().ierr = 0;
   }
   void TearDown() override {
     WindowClose();
-    zelvy_data::idbug = 0;
+    zelvy_data::data().idbug = 0;
   }
 
   // The next message, with a timer as a guard so that a missing message fails
@@ -106,17 +114,17 @@ TEST_F(DisplayTest, DefaultRootWindowIsCentredAtEightyPercent) {
   EXPECT_EQ(WInfoWindow(16), 0);
   WindowOpen();
   EXPECT_EQ(WInfoWindow(16), 1);
-  EXPECT_TRUE(zelvy_data::brootopen);
-  const int w = zelvy_data::iscwid * 8 / 10, h = zelvy_data::ischgt * 8 / 10;
+  EXPECT_TRUE(zelvy_data::data().brootopen);
+  const int w = zelvy_data::data().iscwid * 8 / 10, h = zelvy_data::data().ischgt * 8 / 10;
   EXPECT_EQ(winfo({1, 2, 3, 4, 9, 15}), (V{w, h, 7, 0, 1, 50}));
   XSync(ixDisplay, False);
-  EXPECT_EQ(winfo({5, 6}), (V{(zelvy_data::iscwid - w) / 2, (zelvy_data::ischgt - h) / 2}));
+  EXPECT_EQ(winfo({5, 6}), (V{(zelvy_data::data().iscwid - w) / 2, (zelvy_data::data().ischgt - h) / 2}));
   WindowOpen(7, 0, 0, 100, 100);  // a second root window is refused silently
   EXPECT_EQ(WInfoWindow(1), w);
-  EXPECT_EQ(zelvy_data::ierr, 0);
+  EXPECT_EQ(zelvy_data::data().ierr, 0);
   WindowClose();
   EXPECT_EQ(WInfoWindow(16), 0);
-  EXPECT_EQ(zelvy_data::iwflags[0], -1);
+  EXPECT_EQ(zelvy_data::data().iwflags[0], -1);
 }
 
 TEST_F(DisplayTest, StatusBarPartsAndTexts) {
@@ -140,7 +148,7 @@ TEST_F(DisplayTest, StatusBarPartsAndTexts) {
   EXPECT_EQ(std::pair(bar.PartAlign[1], bar.PartAlign[2]), std::pair(1, 2));
   WindowOutStatusBar(1, "");
   EXPECT_EQ(yyWindowStatusBarText(0, 1), "");
-  EXPECT_EQ(zelvy_data::ierr, 0);
+  EXPECT_EQ(zelvy_data::data().ierr, 0);
 
   const int two_stretching[2] = {-1, -1};
   WindowStatusBarParts(2, two_stretching);  // ignored altogether
@@ -194,7 +202,7 @@ TEST_F(DisplayTest, ChildWindowsUpToTheLimit) {
   EXPECT_EQ(std::pair(h, WInfoError(1)), std::pair(-1, 1121));
 
   WindowCloseChild(50);
-  EXPECT_EQ(std::pair(WInfoWindow(4), zelvy_data::iwflags[50]), std::pair(0, -1));  // back to the root
+  EXPECT_EQ(std::pair(WInfoWindow(4), zelvy_data::data().iwflags[50]), std::pair(0, -1));  // back to the root
   WindowCloseChild(7);
   EXPECT_EQ(WInfoWindow(15), 2);
   WindowOpenChild(h, 7 | 128, 0, 0, 20, 20);
@@ -270,7 +278,7 @@ TEST_F(DisplayTest, TimersOneShotRepeatingAndFiltered) {
   EXPECT_EQ(m.Value1, 5);
   WMessageTimer(0, 5);
   WMessageTimer(0, 77);  // unknown: no error
-  EXPECT_EQ(zelvy_data::ierr, 0);
+  EXPECT_EQ(zelvy_data::data().ierr, 0);
 
   WMessageEnable(TimerExpired, 0);
   WMessageTimer(10, 6, 0);
@@ -328,7 +336,7 @@ TEST_F(DisplayTest, ResizeOnlyWhenTheClientSizeChanges) {
   XResizeWindow(ixDisplay, zelvy_win::wShell[0], 360, frame_h + 40);
   XFlush(ixDisplay);
   ASSERT_EQ(next_non_expose(m), Resize);
-  EXPECT_EQ((V{m.Value1, m.Value2, m.PixelWidth, WInfoWindow(1), zelvy_data::iwinwid}), (V{360, 240, 360, 360, 360}));
+  EXPECT_EQ((V{m.Value1, m.Value2, m.PixelWidth, WInfoWindow(1), zelvy_data::data().iwinwid}), (V{360, 240, 360, 360, 360}));
   XSync(ixDisplay, False);
   // The bar follows: the stretching part takes the new width.
   const StatusBarRecord& bar = *zelvy_sbar::psbarInfo[0];
@@ -340,7 +348,7 @@ TEST_F(DisplayTest, SchemeColoursPixelsAndCursors) {
   WindowOpen(7, 0, 0, 100, 100);
   // Antialiased client-side fonts; foreground, background #E0DCD0 as 0xBBGGRR,
   // menu selection text and background #316AC5, edit background.
-  const int item_value[][2] = {{1, zelvy_data::iscwid}, {33, 1},         {8, 0x000000}, {9, 0xD0DCE0},
+  const int item_value[][2] = {{1, zelvy_data::data().iscwid}, {33, 1},         {8, 0x000000}, {9, 0xD0DCE0},
                                {15, 0xFFFFFF},          {16, 0xC56A31}, {7, 0xFFFFFF}};
   for (const auto& c : item_value) EXPECT_EQ(WInfoScreen(c[0]), c[1]) << c[0];
   if (zelvy_x::BestMap) {
@@ -359,7 +367,7 @@ TEST_F(DisplayTest, SchemeColoursPixelsAndCursors) {
   EXPECT_EQ(zelvy_win::hCursorWin[0], zelvy_x::ixCursor[3]);
   WCursorShape(1, 0);  // and goes with scope 0
   EXPECT_EQ(zelvy_win::hCursorWin[0], 0u);
-  EXPECT_EQ(zelvy_data::ierr, 0);
+  EXPECT_EQ(zelvy_data::data().ierr, 0);
 }
 
 TEST_F(DisplayTest, ClientRedrawsFromItsSavedPixmap) {
@@ -495,61 +503,32 @@ TEST_F(DisplayTest, TitleSizePositionAndHiding) {
   EXPECT_EQ(title(zelvy_win::wShell[0]), "Renamed");
 }
 
-TEST_F(DisplayTest, MenuEngineJoinsThroughItsHooks) {
-  using namespace zelvy_hooks;
-  static int loaded = 0, closed = -1;
-  static bool open = false;
-  menu_row_height = [] { return 20; };
-  menu_load = [](int menuid, int, int& status) {
-    loaded = menuid;
-    status = 0;
-  };
-  menu_bar_height = [](int) { return 20; };
-  menu_closed = [](int h) { closed = h; };
-  // Consumes key presses while "open", as an open menu takes the keyboard.
-  menu_event = [](XEvent& ev) { return open && ev.type == KeyPress; };
-  menu_open = [] { return open; };
+TEST_F(DisplayTest, MenuBarSitsAboveTheClient) {
   WindowOpen(7, 0, 0, 200, 100, 30001);
   XSync(ixDisplay, False);
-  EXPECT_EQ(loaded, 30001);
-  EXPECT_EQ(attributes(zelvy_win::wShell[0]).height, 120);
-  EXPECT_EQ(attributes(zelvy_win::wClient[0]).y, 20);
+  const int bar = yyMenuBarHeight(0);
+  EXPECT_GT(bar, 0);
+  EXPECT_EQ(attributes(zelvy_win::wShell[0]).height, 100 + bar);
+  EXPECT_EQ(attributes(zelvy_win::wClient[0]).y, bar);
   EXPECT_EQ(WInfoWindow(2), 100);
-  drain();
-  MessageRecord m;
-  WMessageEnable(FieldChanged, 1);
-  open = true;
-  yyMsgPostFieldChanged(1, 0, 0, 0);
-  expect_none(FieldChanged);  // nothing passes while a menu is open
-  open = false;
-  yyMsgPostFieldChanged(2, 0, 0, 0);
-  ASSERT_EQ(next_non_expose(m), FieldChanged);
-  EXPECT_EQ(m.Value1, 2);
   WindowClose();
-  EXPECT_EQ(closed, 0);
-  menu_row_height = nullptr;
-  menu_load = nullptr;
-  menu_bar_height = nullptr;
-  menu_closed = nullptr;
-  menu_event = nullptr;
-  menu_open = nullptr;
 }
 
 TEST_F(DisplayTest, DialogEngineSizesTheWindowThatCarriesItsDialog) {
-  using namespace zelvy_hooks;
   static int combined = 0, combined_in = -1;
-  dialog_pixels = [](int, int& w, int& h, bool& resizable) {
+  DialogEngineHooks hooks;
+  hooks.pixels = [](int, int& w, int& h, bool& resizable) {
     w = 321;
     h = 123;
     resizable = false;
   };
-  dialog_combine = [](int dialogid, int h) {
+  hooks.combine = [](int dialogid, int h) {
     combined = dialogid;
     combined_in = h;
   };
+  yyAttachDialogEngine(hooks);
   WindowOpen(7, 0, 0, std::nullopt, std::nullopt, std::nullopt, {}, 102);
-  dialog_pixels = nullptr;
-  dialog_combine = nullptr;
+  yyAttachDialogEngine({});
   EXPECT_EQ(WInfoError(1), 0);  // the main form is in the resources
   EXPECT_EQ(winfo({1, 2, 3}), (V{321, 123, 7}));  // the flags as given
   EXPECT_EQ(std::pair(combined, combined_in), std::pair(102, 0));
@@ -574,8 +553,9 @@ TEST_F(DisplayTest, ResourceIdentifiersThatDoNotExist) {
 
 TEST_F(DisplayTest, SecondInitialisationAndDisplayOpeningChangeNothing) {
   IDebugLevel(2);
+  yyrcinstall(gombrel_resource_tables());
   WInitialise();
-  EXPECT_EQ(zelvy_data::idbug, 2);
+  EXPECT_EQ(zelvy_data::data().idbug, 2);
   int w = 0, h = 0, wmm = 0, hmm = 0, colours = 0, greys = 0;
   Display* before = ixDisplay;
   yygetdisplayinfo(10, 0, w, h, wmm, hmm, colours, greys);

@@ -8,7 +8,8 @@
 #include "toolkit/kernel/display.h"
 #include "toolkit/kernel/message.h"
 #include "toolkit/kernel/window.h"
-#include "toolkit/kernel/zelvy_data.h"
+#include "toolkit/base/error.h"
+#include "toolkit/base/zelvy_data.h"
 
 namespace {
 
@@ -82,8 +83,8 @@ TEST(WindowUnits, ConversionAndItsRounding) {
   const int from_pixels[][3] = {{99, 100, 9949}, {0, 100, 49}, {50, 400, 1262}, {0, 1, 0}, {5, 1, 0}};
   for (const auto& c : from_pixels) EXPECT_EQ(yyunitsfrompixels(c[0], c[1]), c[2]) << c[0] << "/" << c[1];
   // Through the selected window's size.
-  zelvy_data::iwinwid = 1024;
-  zelvy_data::iwinhgt = 819;
+  zelvy_data::data().iwinwid = 1024;
+  zelvy_data::data().iwinhgt = 819;
   int px = 0, py = 0, ux = 0, uy = 0;
   WindowUnitsToPixels(1000, 9999, px, py);
   EXPECT_EQ(std::pair(px, py), std::pair(102, 818));

@@ -10,7 +10,8 @@
 #include <string>
 
 #include "toolkit/kernel/startup.h"
-#include "toolkit/kernel/zelvy_data.h"
+#include "toolkit/base/error.h"
+#include "toolkit/base/zelvy_data.h"
 
 namespace fs = std::filesystem;
 
@@ -20,15 +21,15 @@ namespace {
 class StartupTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    using namespace zelvy_data;
-    cbrowser = {"firefox", "evince"};
-    cdefdir = {"", ""};
-    cdeffile = {"", "", "standard.chr"};
-    ireqhw = {0, 0, 0};
-    lfn = {40, 41, 42};
-    idbug = 0;
-    ierr = 0;
-    bversionline = false;
+    auto& d = zelvy_data::data();
+    d.cbrowser = {"firefox", "evince"};
+    d.cdefdir = {"", ""};
+    d.cdeffile = {"", "", "standard.chr"};
+    d.ireqhw = {0, 0, 0};
+    d.lfn = {40, 41, 42};
+    d.idbug = 0;
+    d.ierr = 0;
+    d.bversionline = false;
     for (const char* v : {"ZELVY", "ZELVIDE", "ZELVINIT", "LC_ALL", "LC_PAPER", "LC_MEASUREMENT", "LANG"})
       ::unsetenv(v);
     dir_ = fs::temp_directory_path() / ("kernel_startup_" + std::to_string(::getpid()));
@@ -39,7 +40,7 @@ class StartupTest : public ::testing::Test {
   void TearDown() override {
     fs::current_path(old_);
     fs::remove_all(dir_);
-    zelvy_data::idbug = 0;
+    zelvy_data::data().idbug = 0;
   }
   void write(const fs::path& p, const std::string& text) { std::ofstream(p) << text; }
 
@@ -58,52 +59,52 @@ TEST_F(StartupTest, IniKeywordsTakeEffectAndLaterLinesOverride) {
         "PRINTER=5\n"
         "DEBUG=2\n");
   ASSERT_TRUE(yyinireadfile("a.ini"));
-  using namespace zelvy_data;
-  EXPECT_EQ(cbrowser, (std::array<std::string, 2>{"my browser -new", "okular"}));  // inner blanks kept
-  EXPECT_EQ(cdeffile[2], "greek.chr");
-  EXPECT_EQ(cdefdir[0], "/opt/chars");
-  EXPECT_EQ(ireqhw, (std::array{5, 3, 2}));
-  EXPECT_EQ(idbug, 2);
-  EXPECT_FALSE(bversionline);
+  auto& d = zelvy_data::data();
+  EXPECT_EQ(d.cbrowser, (std::array<std::string, 2>{"my browser -new", "okular"}));  // inner blanks kept
+  EXPECT_EQ(d.cdeffile[2], "greek.chr");
+  EXPECT_EQ(d.cdefdir[0], "/opt/chars");
+  EXPECT_EQ(d.ireqhw, (std::array{5, 3, 2}));
+  EXPECT_EQ(d.idbug, 2);
+  EXPECT_FALSE(d.bversionline);
 }
 
 TEST_F(StartupTest, IniLineRules) {
-  using namespace zelvy_data;
+  auto& d = zelvy_data::data();
   // "=" in column 1, no "=", a two-letter keyword, no value, a longer word, no integer.
   for (const char* line : {"=PRINTER=3", "PRINTER 3", "PR=3", "PRINTER=", "PRINTERS=3", "UNKNOWN=3", "PRINTER=two"}) {
     yyinireadline(line);
-    EXPECT_EQ(ireqhw[0], 0) << line;
+    EXPECT_EQ(d.ireqhw[0], 0) << line;
   }
-  EXPECT_EQ(ierr, 0);
+  EXPECT_EQ(d.ierr, 0);
   yyinireadline("\tPRINTER\t=\t7");    // tabs read as blanks
-  EXPECT_EQ(ireqhw[0], 7);
+  EXPECT_EQ(d.ireqhw[0], 7);
   yyinireadline("DEBUG=9");            // outside 0..4 leaves the level
-  EXPECT_EQ(idbug, 0);
+  EXPECT_EQ(d.idbug, 0);
 
   // The version line is known by its first three letters.
   for (const auto& [line, is_version] : {std::pair{"VER=", true}, {"verbose = anything", true}, {"ve=1", false}}) {
-    bversionline = false;
+    d.bversionline = false;
     yyinireadline(line);
-    EXPECT_EQ(bversionline, is_version) << line;
+    EXPECT_EQ(d.bversionline, is_version) << line;
   }
 
   // The channels may not collide.
   yyinireadline("LFNGEN=42");  // equals the plot channel
-  EXPECT_EQ(lfn[0], 40);
+  EXPECT_EQ(d.lfn[0], 40);
   yyinireadline("LFNPLOTI=40");  // equals the general channel
-  EXPECT_EQ(lfn[2], 42);
+  EXPECT_EQ(d.lfn[2], 42);
   yyinireadline("LFNGEN=50");
   yyinireadline("LFNPLOTI=40");
-  EXPECT_EQ(lfn, (std::array{50, 41, 40}));
+  EXPECT_EQ(d.lfn, (std::array{50, 41, 40}));
 
   // The record is cut at its length.
   yyinireadline("BROWSER=" + std::string(1030, 'x'));
-  EXPECT_EQ(cbrowser[0].size(), 1034u - 8u);
+  EXPECT_EQ(d.cbrowser[0].size(), 1034u - 8u);
   std::string late(1033, ' ');
   late += "=1";  // "=" in the last column
   late.replace(0, 7, "PRINTER");
   yyinireadline(late);
-  EXPECT_EQ(ireqhw[0], 7);  // as the tabbed line left it
+  EXPECT_EQ(d.ireqhw[0], 7);  // as the tabbed line left it
 }
 
 TEST_F(StartupTest, BaseDirectoryFromZelvyAndZelvide) {
@@ -119,7 +120,7 @@ TEST_F(StartupTest, BaseDirectoryFromZelvyAndZelvide) {
   for (const auto& c : cases) {
     c[1] ? ::setenv(c[0], c[1], 1) : ::unsetenv(c[0]);
     yywinitialise();
-    EXPECT_EQ(zelvy_data::cdefdir[1], c[2]) << c[0] << "=" << (c[1] ? c[1] : "");
+    EXPECT_EQ(zelvy_data::data().cdefdir[1], c[2]) << c[0] << "=" << (c[1] ? c[1] : "");
   }
 }
 
@@ -127,10 +128,10 @@ TEST_F(StartupTest, IniFileSearchOrder) {
   EXPECT_EQ(yyinifilename(), "");
   EXPECT_FALSE(yyinireadfile("nothing.ini"));  // a missing file is no error
   EXPECT_FALSE(yyinireadfile(""));
-  EXPECT_EQ(zelvy_data::ierr, 0);
+  EXPECT_EQ(zelvy_data::data().ierr, 0);
   fs::create_directories("base");
   write("base/zelvy.ini", "PRINTER=1\n");
-  zelvy_data::cdefdir[1] = (dir_ / "base/").string();
+  zelvy_data::data().cdefdir[1] = (dir_ / "base/").string();
   EXPECT_EQ(yyinifilename(), (dir_ / "base/zelvy.ini").string());
   write("zelvy.ini", "PRINTER=2\n");
   EXPECT_EQ(yyinifilename(), "zelvy.ini");
@@ -143,16 +144,16 @@ TEST_F(StartupTest, IniFileSearchOrder) {
 
 TEST_F(StartupTest, TemporaryNamesSkipExistingFiles) {
   yytmpprn();
-  const std::string first = zelvy_data::ctmpfile[0];
+  const std::string first = zelvy_data::data().ctmpfile[0];
   ASSERT_EQ(first.size(), std::string("/tmp/kqd0012345.plt").size());
   char uid[8];
   std::snprintf(uid, sizeof uid, "%05d", static_cast<int>(::getuid() % 100000));
   EXPECT_EQ(first.substr(0, 8) + first.substr(10), "/tmp/kqd" + std::string(uid) + ".plt");
-  EXPECT_TRUE(zelvy_data::ctmpfile[1].ends_with(".dmp"));
+  EXPECT_TRUE(zelvy_data::data().ctmpfile[1].ends_with(".dmp"));
   write(first, "taken");
   yytmpprn();
-  EXPECT_NE(zelvy_data::ctmpfile[0], first);
-  EXPECT_EQ(std::stoi(zelvy_data::ctmpfile[0].substr(8, 2)), std::stoi(first.substr(8, 2)) + 1);
+  EXPECT_NE(zelvy_data::data().ctmpfile[0], first);
+  EXPECT_EQ(std::stoi(zelvy_data::data().ctmpfile[0].substr(8, 2)), std::stoi(first.substr(8, 2)) + 1);
   fs::remove(first);
 }
 

@@ -62,7 +62,7 @@ TEST_F(OsByteFileTest, WriteThenReadToTheEnd) {
   IFileWriteChar(h, "q", 1, n);
   EXPECT_EQ(n, -1);
   EXPECT_EQ(error(), 2);
-  EXPECT_EQ(zelvy_data::ioetype, 2);
+  EXPECT_EQ(zelvy_data::data().ioetype, 2);
   EXPECT_EQ(WInfoError(2), EBADF);
   ifileclose(h);
 }
@@ -117,7 +117,7 @@ TEST_F(OsByteFileTest, OpenFailures) {
   for (auto [name, mode] : {std::pair{path_, 3}, {std::string("    "), 1}, {dir_ + "/missing", 0}}) {
     IFileOpen(name, mode, h);
     EXPECT_EQ(h, -1) << name;
-    EXPECT_EQ(zelvy_data::ioetype, 2);
+    EXPECT_EQ(zelvy_data::data().ioetype, 2);
     EXPECT_EQ(error(), 1) << name;
   }
   EXPECT_EQ(WInfoError(2), ENOENT);

@@ -4,8 +4,8 @@
 #include <utility>
 
 #include "tests/toolkit/os/os_test_support.h"
-#include "toolkit/os/fixed_text.h"
-#include "toolkit/os/format.h"
+#include "toolkit/base/fixed_text.h"
+#include "toolkit/base/format.h"
 
 namespace {
 
@@ -65,8 +65,8 @@ TEST_F(OsConvertTest, DecimalCharacterIsAcceptedWhenSet) {
   float v = 0;
   IStringToReal("1;25", v);
   EXPECT_EQ(error(), 12);
-  zelvy_data::idecimal = 1;
-  zelvy_data::cdecimal = ';';
+  zelvy_data::data().idecimal = 1;
+  zelvy_data::data().cdecimal = ';';
   IStringToReal("1;25", v);
   EXPECT_EQ(v, 1.25f);
   EXPECT_EQ(error(), 0);
@@ -118,16 +118,16 @@ TEST_F(OsConvertTest, RealToCText) {
   EXPECT_EQ(to_text(yyrea2st, 1.5f, 0, "(F8.3)"), "1.500");
   EXPECT_EQ(to_text(yyrea2st, 1.5f, 0, ""), "1.5000");  // the default (G15.5E2), left-adjusted
   EXPECT_EQ(to_text(yydbl2st, 0.1, 0, " "), "0.100000000000000");
-  zelvy_data::idecimal = 1;
-  zelvy_data::cdecimal = ',';
+  zelvy_data::data().idecimal = 1;
+  zelvy_data::data().cdecimal = ',';
   EXPECT_EQ(to_text(yydbl2st, -2.25, 0, "(F6.2)"), "-2,25");
   EXPECT_EQ(to_text(yyrea2st, 1.5f, 4, "(F8.3)"), "*** ");  // three characters of room
   EXPECT_EQ(error(), 18);
 }
 
 TEST_F(OsConvertTest, CTextToNumberLeavesTheErrorStateAlone) {
-  zelvy_data::ierr = 77;
-  zelvy_data::idbug = 2;
+  zelvy_data::data().ierr = 77;
+  zelvy_data::data().idbug = 2;
   // "1E20": no int has this value.
   for (auto [text, want] : {std::pair<std::string, int>{"abc", 0}, {"-12.7", -12}, {{"42\0 99", 6}, 42}, {"1E20", 0}}) {
     int i = 5;
@@ -144,13 +144,13 @@ TEST_F(OsConvertTest, CTextToNumberLeavesTheErrorStateAlone) {
   EXPECT_EQ(valid, 1);
   yyst2dblcheck(d, valid, "1..2");
   EXPECT_EQ(valid, 0);
-  EXPECT_EQ(zelvy_data::ierr, 77);
-  EXPECT_EQ(zelvy_data::idbug, 2);
-  zelvy_data::idbug = 0;
+  EXPECT_EQ(zelvy_data::data().ierr, 77);
+  EXPECT_EQ(zelvy_data::data().idbug, 2);
+  zelvy_data::data().idbug = 0;
 }
 
 TEST_F(OsConvertTest, FormNormalisesTextThroughItsNumber) {
-  zelvy_data::ierr = 3;
+  zelvy_data::data().ierr = 3;
   std::string text = padded(" 1.5", 20);
   float r = 0;
   yyformr(r, text, "(F8.3)");
@@ -166,7 +166,7 @@ TEST_F(OsConvertTest, FormNormalisesTextThroughItsNumber) {
   yyformi(i, text, "");
   EXPECT_EQ(i, 12);
   EXPECT_EQ(text, padded("12", 12));
-  EXPECT_EQ(zelvy_data::ierr, 3);
+  EXPECT_EQ(zelvy_data::data().ierr, 3);
 }
 
 }  // namespace

@@ -16,7 +16,7 @@
 
 #include "tests/toolkit/os/os_test_support.h"
 #include "toolkit/os/files.h"
-#include "toolkit/os/fixed_text.h"
+#include "toolkit/base/fixed_text.h"
 
 namespace {
 
@@ -78,15 +78,15 @@ TEST_F(OsFilesTest, ListingFiltersByPatternHiddenAndType) {
   IOsDirCount(dir_, "*.omb *.hkl", count);
   EXPECT_EQ(count, 2);
 
-  zelvy_data::idirinfo = 2;
+  zelvy_data::data().idirinfo = 2;
   EXPECT_EQ(list("", 8), (Names{"sub"}));
   EXPECT_EQ(list("", 8 | 0x100), (Names{".", "..", "sub"}));
   EXPECT_EQ(list("", 8 | 0x100 | 0x80), (Names{"sub"}));
   iosdirentrytype("fd");
-  EXPECT_EQ(zelvy_data::idirinfo, 3);
+  EXPECT_EQ(zelvy_data::data().idirinfo, 3);
   EXPECT_EQ(list("", 8).size(), 5u);
   iosdirentrytype("x");  // no letter: unchanged
-  EXPECT_EQ(zelvy_data::idirinfo, 3);
+  EXPECT_EQ(zelvy_data::data().idirinfo, 3);
   iosdirentrytype("F");
   IOsDirCount(dir_ + "/missing", "", count);
   EXPECT_EQ(count, 0);
@@ -202,12 +202,12 @@ TEST_F(OsFilesTest, DeleteTreeRemovesEverythingButFollowsNoLink) {
   for (const char* sub : {"/outside", "/tree", "/tree/a", "/tree/a/.b"}) mkdir((dir_ + sub).c_str(), 0755);
   for (const char* name : {"outside/keep", "tree/a/.b/deep", "tree/a/file", "tree/.hidden"}) make(name);
   symlink(outside.c_str(), (tree + "/a/link").c_str());
-  zelvy_data::idirinfo = 3;
+  zelvy_data::data().idirinfo = 3;
   iosdeletetree(tree);
   EXPECT_EQ(error(), 0);
   EXPECT_EQ(iospathtype(tree), 0);
   EXPECT_TRUE(iosfileexists(outside + "/keep"));
-  EXPECT_EQ(zelvy_data::idirinfo, 3);
+  EXPECT_EQ(zelvy_data::data().idirinfo, 3);
   iosdeletetree(outside + "/keep");  // no directory: nothing happens
   EXPECT_TRUE(iosfileexists(outside + "/keep"));
 }

@@ -3,8 +3,8 @@
 #include <vector>
 
 #include "tests/toolkit/os/os_test_support.h"
-#include "toolkit/os/fixed_text.h"
-#include "toolkit/os/format.h"
+#include "toolkit/base/fixed_text.h"
+#include "toolkit/base/format.h"
 
 namespace {
 
@@ -134,8 +134,8 @@ TEST_F(OsFormatTest, NumberToTextReportsOverflowAsError18) {
 }
 
 TEST_F(OsFormatTest, RealTextUsesTheDecimalCharacter) {
-  zelvy_data::idecimal = 1;
-  zelvy_data::cdecimal = ',';
+  zelvy_data::data().idecimal = 1;
+  zelvy_data::data().cdecimal = ',';
   std::string text;
   IRealToString(1.5f, text, "(F6.2)");
   EXPECT_EQ(text, "  1,50");

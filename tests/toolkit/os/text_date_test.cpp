@@ -5,8 +5,8 @@
 
 #include "tests/toolkit/os/os_test_support.h"
 #include "toolkit/os/datetime.h"
-#include "toolkit/os/fixed_text.h"
-#include "toolkit/os/text.h"
+#include "toolkit/base/fixed_text.h"
+#include "toolkit/base/text.h"
 
 namespace {
 

@@ -238,7 +238,7 @@ TEST(RcExecutable, WritesTablesOrFailsTheBuild) {
     s << std::ifstream(path).rdbuf();
     return s.str();
   };
-  EXPECT_THAT(slurp(out), HasSubstr("extern const std::int32_t MENUS[] = {\n    5, 1,\n    -999, 2,"));
+  EXPECT_THAT(slurp(out), HasSubstr("const std::int32_t MENUS[] = {\n    5, 1,\n    -999, 2,"));
   EXPECT_THAT(slurp(out), HasSubstr("\"Go\\000\""));
   EXPECT_NE(std::system((run + bad + " > " + log + " 2>&1").c_str()), 0);
   EXPECT_THAT(slurp(log), HasSubstr("bad.zrc:3: error: expected item identifier, found 'x'"));

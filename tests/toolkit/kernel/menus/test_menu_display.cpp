@@ -23,7 +23,10 @@
 #include "toolkit/kernel/statusbar.h"
 #include "toolkit/kernel/window.h"
 #include "toolkit/kernel/window_table.h"
-#include "toolkit/kernel/zelvy_data.h"
+#include "toolkit/base/error.h"
+#include "toolkit/base/zelvy_data.h"
+#include "app/resources/gombrel_resources.h"
+#include "toolkit/kernel/resources.h"
 
 namespace {
 
@@ -32,10 +35,13 @@ using zelvy_x::ixDisplay;
 
 class MenuDisplay : public ::testing::Test {
  protected:
-  static void SetUpTestSuite() { WInitialise(); }
+  static void SetUpTestSuite() {
+    yyrcinstall(gombrel_resource_tables());
+    WInitialise();
+  }
   void SetUp() override {
     ASSERT_NE(ixDisplay, nullptr);
-    zelvy_data::ierr = 0;
+    zelvy_data::data().ierr = 0;
     itemstates.clear();
     WindowOpen(7 | 32, 20, 20, 640, 400, 30001, {}, {}, "Menu test");
     int status = -1;

@@ -12,9 +12,15 @@
 
 #include "toolkit/kernel/menu.h"
 #include "toolkit/kernel/message.h"
-#include "toolkit/kernel/zelvy_data.h"
+#include "toolkit/base/error.h"
+#include "toolkit/base/zelvy_data.h"
+#include "app/resources/gombrel_resources.h"
+#include "toolkit/kernel/resources.h"
 
 namespace {
+
+// The program's own tables, the ones these tests read.
+[[maybe_unused]] const bool kTablesInstalled = (yyrcinstall(gombrel_resource_tables()), true);
 
 using namespace zelvy_menu;
 
@@ -71,7 +77,7 @@ class MenuLogic : public ::testing::Test {
     itemstates.clear();
     iWinMenu = 0;
     iFloatMenu = false;
-    zelvy_data::ierr = 0;
+    zelvy_data::data().ierr = 0;
   }
 
   // The application's main menu as the bar of window 0.
@@ -272,7 +278,7 @@ TEST_F(MenuLogic, ItemStates) {
   EXPECT_EQ(WInfoError(1), 1126);
   WMenuSetState(40006, 2, 1);
   WMenuSetState(40006, 2, 1);  // already so: no error
-  EXPECT_EQ(zelvy_data::ierr, 0);
+  EXPECT_EQ(zelvy_data::data().ierr, 0);
   EXPECT_EQ(std::pair(WMenuGetState(40006, 2), WMenuGetState(40006, 1)), std::pair(1, 1));
   const MenuRecord& m = *pwRootMenuSub[0];
   EXPECT_EQ(m.ItemFlags[m.find(40006)] & (kMenuChecked | kMenuGreyed), kMenuChecked);
@@ -282,7 +288,7 @@ TEST_F(MenuLogic, ItemStates) {
   EXPECT_EQ(WMenuGetState(40006, 1), 1);
   // An identifier that only a toolbar has keeps its state.
   WMenuSetState(45000, 1, 0);
-  EXPECT_EQ(zelvy_data::ierr, 0);
+  EXPECT_EQ(zelvy_data::data().ierr, 0);
   EXPECT_EQ(WMenuGetState(45000, 1), 0);
 
   // States set before a menu exists hold once it is loaded.
@@ -321,7 +327,7 @@ TEST_F(MenuLogic, InsertDeleteAndTexts) {
   EXPECT_EQ(m.ItemText[open], "Open...\tCtrl+O");
   EXPECT_EQ(m.ItemMnemonic[open], 0);
   WMenuSetString(49999, "x");
-  EXPECT_EQ(zelvy_data::ierr, 1001);
+  EXPECT_EQ(zelvy_data::data().ierr, 1001);
 }
 
 TEST_F(MenuLogic, BarWrapsIntoRows) {

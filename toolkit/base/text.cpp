@@ -1,6 +1,6 @@
-#include "toolkit/os/text.h"
+#include "toolkit/base/text.h"
 
-#include "toolkit/os/fixed_text.h"
+#include "toolkit/base/fixed_text.h"
 
 namespace {
 

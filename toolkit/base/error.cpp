@@ -1,5 +1,5 @@
 // The toolkit's error state: recording, the code table and the reports.
-#include "toolkit/kernel/zelvy_data.h"
+#include "toolkit/base/error.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -7,7 +7,8 @@
 #include <memory>
 #include <utility>
 
-#include "toolkit/os/fixed_text.h"
+#include "toolkit/base/fixed_text.h"
+#include "toolkit/base/zelvy_data.h"
 
 namespace {
 
@@ -244,12 +245,12 @@ std::string category_text(int code, int category, bool& known) {
     case 3: return zlib_text(code);
     case 4: return opengl_text(code);
     case 5: {
-      std::string st = zelvy_data::sqlstate;
+      std::string st = zelvy_data::data().sqlstate;
       st.resize(5, ' ');
-      return cut_at_nul(st + " " + zelvy_data::sqlmessage);
+      return cut_at_nul(st + " " + zelvy_data::data().sqlmessage);
     }
-    case 7: return cut_at_nul(zelvy_data::soundmessage);
-    case 8: return cut_at_nul(zelvy_data::jpegmessage);
+    case 7: return cut_at_nul(zelvy_data::data().soundmessage);
+    case 8: return cut_at_nul(zelvy_data::data().jpegmessage);
     case 9: return "";
     default: known = false; return "";
   }
@@ -287,12 +288,39 @@ void yyDebug(const std::string& line) {
   std::fflush(debug_file.get());
 }
 
+// Where reports at debug levels 3 and 4 go while those layers are up.
+struct Sinks {
+  ErrorStatusSink status = nullptr;
+  ErrorBoxSink box = nullptr;
+};
+Sinks& sinks() {
+  static Sinks s;
+  return s;
+}
+
 }  // namespace
 
-void yyseterror(int code) { zelvy_data::ierr = code; }
+namespace zelvy_data {
+Data& data() {
+  static Data d;
+  return d;
+}
+}  // namespace zelvy_data
+
+namespace zelvy_comdlg {
+Data& data() {
+  static Data d;
+  return d;
+}
+}  // namespace zelvy_comdlg
+
+void yySetErrorStatusSink(ErrorStatusSink sink) { sinks().status = sink; }
+void yySetErrorBoxSink(ErrorBoxSink sink) { sinks().box = sink; }
+
+void yyseterror(int code) { zelvy_data::data().ierr = code; }
 
 std::string yyerrortext(int code, std::string_view routine) {
-  using namespace zelvy_data;
+  const auto& d = zelvy_data::data();
   std::string text;
   bool internal = routine.size() >= 2 &&
                   ((routine.substr(0, 2) == "YY" || routine.substr(0, 2) == "yy" ||
@@ -306,9 +334,9 @@ std::string yyerrortext(int code, std::string_view routine) {
   text += " Error=" + codefield + ":";
   text += code_text(code);
   // Codes 1 and 2 carry the system's text only when a direct system call failed.
-  const int cat = (code == 1 || code == 2) && ioetype != 2 ? 0 : detail_category(code);
+  const int cat = (code == 1 || code == 2) && d.ioetype != 2 ? 0 : detail_category(code);
   if (cat != 0 && text.size() < 298) {
-    const int status = code <= 2 ? istat : iapierr;
+    const int status = code <= 2 ? d.istat : d.iapierr;
     bool known = false;
     text += ": " + category_text(status, cat, known);
   }
@@ -317,11 +345,11 @@ std::string yyerrortext(int code, std::string_view routine) {
 }
 
 void yyerror(int code, std::string_view routine) {
-  using namespace zelvy_data;
+  auto& d = zelvy_data::data();
   yyseterror(code);
-  if (idbug < 1) return;
-  const int saved_err = ierr, level = idbug;
-  idbug = 0;  // an error inside the report is not reported again
+  if (d.idbug < 1) return;
+  const int saved_err = d.ierr, level = d.idbug;
+  d.idbug = 0;  // an error inside the report is not reported again
   std::string text = yyerrortext(code, routine);
   switch (level) {
     case 1:
@@ -332,32 +360,32 @@ void yyerror(int code, std::string_view routine) {
       yyDebug(text);
       break;
     case 3:
-      if (status_bar_sink) status_bar_sink(text);
+      if (sinks().status) sinks().status(text);
       else std::printf("%s\n", text.c_str());
       break;
     default:
-      if (error_box_sink) {
-        if (error_box_sink(text)) std::exit(0);  // Cancel in the "Library Error" box
+      if (sinks().box) {
+        if (sinks().box(text)) std::exit(0);  // Cancel in the "Library Error" box
       } else {
         std::printf("%s\n", text.c_str());
         std::fflush(stdout);
       }
       break;
   }
-  ierr = saved_err;
-  idbug = level;
+  d.ierr = saved_err;
+  d.idbug = level;
 }
 
 int WInfoError(int item) {
-  using namespace zelvy_data;
+  auto& d = zelvy_data::data();
   auto take = [](int& v) { return std::exchange(v, 0); };
   switch (item) {
-    case 1: return take(ierr);
-    case 2: return take(istat);
-    case 3: return take(iapierr);
-    case 4: return idbug;
-    case 5: return ioetype;
-    case 6: return take(zelvy_comdlg::icderr);
+    case 1: return take(d.ierr);
+    case 2: return take(d.istat);
+    case 3: return take(d.iapierr);
+    case 4: return d.idbug;
+    case 5: return d.ioetype;
+    case 6: return take(zelvy_comdlg::data().icderr);
     default: return 0;
   }
 }
@@ -370,5 +398,5 @@ void WInfoErrorMessage(int code, std::string& text, int category) {
 }
 
 void IDebugLevel(int level) {
-  if (level >= 0 && level <= 4) zelvy_data::idbug = level;
+  if (level >= 0 && level <= 4) zelvy_data::data().idbug = level;
 }

@@ -1,5 +1,5 @@
 // The yyrc* routines over the generated tables.
-#include "app/resources/yyrc.h"
+#include "toolkit/kernel/resources.h"
 
 #include <zlib.h>
 
@@ -7,14 +7,36 @@
 #include <bit>
 #include <cstring>
 
-#include "app/resources/tables.h"
-#include "toolkit/os/fixed_text.h"
+#include "toolkit/kernel/resource_tables.h"
+#include "toolkit/base/fixed_text.h"
 
 static_assert(std::endian::native == std::endian::little, "IPIXEL words are read as bytes, low byte first");
 
 namespace {
 
-using namespace zelvres;
+// Tables with nothing in them but their closing records: what the toolkit
+// sees before the application installs its own.
+constexpr std::int32_t kNoMenus[] = {-999, 1};
+constexpr std::int32_t kNoItems[] = {0, 0, 0, 0, 1, 0};
+constexpr std::int32_t kNoDialog[22] = {-999, 1, 0, 0, 0, 0, 0, 0, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1};
+constexpr std::int32_t kNoField[10] = {0, 0, 0, 0, 0, 0, 0, 0, 0, 1};
+constexpr std::int32_t kNoWords[16] = {};
+constexpr zelv_rc::RangeEntry kNoRange[1] = {};
+constexpr std::int32_t kNoToolbars[] = {-999, 1, 0, 0};
+constexpr std::int32_t kNoStrings[] = {-1, 1};
+constexpr zelv_rc::ResourceTables kNoTables{
+    0, 0, 0, 0, 0, 0, kNoMenus, kNoItems, "", kNoDialog, kNoField, "", "", kNoWords, kNoWords, kNoRange,
+    kNoWords, kNoWords, kNoWords, kNoWords, "", kNoWords, kNoWords, "", kNoWords, kNoWords, kNoWords,
+    kNoWords, kNoToolbars, kNoWords, kNoStrings, ""};
+
+struct ResourceState {
+  const zelv_rc::ResourceTables* tables = &kNoTables;
+};
+ResourceState& state() {
+  static ResourceState s;
+  return s;
+}
+const zelv_rc::ResourceTables& T() { return *state().tables; }
 
 constexpr int kDialogWords = 22;
 constexpr int kFieldWords = 10;
@@ -27,19 +49,19 @@ enum DialogWord {
 
 int find_menu(int id) {
   if (id == 0 || id == -999) return -1;
-  for (int k = 0; k < N_MENUS; ++k)
-    if (MENUS[2 * k] == id) return k;
+  for (int k = 0; k < T().N_MENUS; ++k)
+    if (T().MENUS[2 * k] == id) return k;
   return -1;
 }
 
 int find_dialog(int id) {
   if (id == 0 || id == -999) return -1;
-  for (int k = 0; k < N_DIALOGS; ++k)
-    if (DIALOG[kDialogWords * k] == id) return k;
+  for (int k = 0; k < T().N_DIALOGS; ++k)
+    if (T().DIALOG[kDialogWords * k] == id) return k;
   return -1;
 }
 
-const std::int32_t* dialog_record(int k) { return DIALOG + kDialogWords * k; }
+const std::int32_t* dialog_record(int k) { return T().DIALOG + kDialogWords * k; }
 
 // Entries [first, end) of one dialog's slice of a per-field table, 0-based.
 struct Slice {
@@ -86,26 +108,28 @@ void put(std::span<T> s, int i, T v) {
 }
 
 int find_image(int id, int type) {
-  for (int k = 0; k < N_IMAGES; ++k)
-    if (IMAGES[8 * k] == id && IMAGES[8 * k + 1] == type) return k;
+  for (int k = 0; k < T().N_IMAGES; ++k)
+    if (T().IMAGES[8 * k] == id && T().IMAGES[8 * k + 1] == type) return k;
   return -1;
 }
 
 int find_toolbar(int id) {
   if (id == -999) return -1;
-  for (int k = 0; k < N_TOOLBARS; ++k)
-    if (TOOLBARS[4 * k] == id) return k;
+  for (int k = 0; k < T().N_TOOLBARS; ++k)
+    if (T().TOOLBARS[4 * k] == id) return k;
   return -1;
 }
 
 int find_string(int id) {
   if (id == -1) return -1;
-  for (int k = 0; k < N_STRINGS; ++k)
-    if (SLIST[2 * k] == id) return k;
+  for (int k = 0; k < T().N_STRINGS; ++k)
+    if (T().SLIST[2 * k] == id) return k;
   return -1;
 }
 
 }  // namespace
+
+void yyrcinstall(const zelv_rc::ResourceTables& tables) { state().tables = &tables; }
 
 void yyrcmenucheck(int menu_id, int& item_count, int& text_bytes) {
   int k = find_menu(menu_id);
@@ -113,19 +137,19 @@ void yyrcmenucheck(int menu_id, int& item_count, int& text_bytes) {
     item_count = text_bytes = -1;
     return;
   }
-  int first = MENUS[2 * k + 1] - 1, end = MENUS[2 * k + 3] - 1;
+  int first = T().MENUS[2 * k + 1] - 1, end = T().MENUS[2 * k + 3] - 1;
   item_count = end - first;
-  text_bytes = ITEMS[6 * end + 4] - ITEMS[6 * first + 4];
+  text_bytes = T().ITEMS[6 * end + 4] - T().ITEMS[6 * first + 4];
 }
 
 void yyrcmenuload(int menu_id, std::span<int> ids, std::span<int> flags, std::span<int> next, std::span<int> child,
                   std::span<int> text_pos, std::span<int> mnemonic, std::span<char> text) {
   int k = find_menu(menu_id);
   if (k < 0) return;
-  int first = MENUS[2 * k + 1] - 1, end = MENUS[2 * k + 3] - 1;
-  std::int32_t base = ITEMS[6 * first + 4];
+  int first = T().MENUS[2 * k + 1] - 1, end = T().MENUS[2 * k + 3] - 1;
+  std::int32_t base = T().ITEMS[6 * first + 4];
   for (int i = 0; i < end - first; ++i) {
-    const std::int32_t* item = ITEMS + 6 * (first + i);
+    const std::int32_t* item = T().ITEMS + 6 * (first + i);
     put(ids, i, item[0]);
     put(flags, i, item[1]);
     put(next, i, item[2]);
@@ -133,7 +157,7 @@ void yyrcmenuload(int menu_id, std::span<int> ids, std::span<int> flags, std::sp
     put(text_pos, i, offset(item[4], item[6 + 4], base));
     put(mnemonic, i, item[5]);
   }
-  copy_pool(MENU_COPTIONS, base - 1, ITEMS[6 * end + 4] - 1, text);
+  copy_pool(T().MENU_COPTIONS, base - 1, T().ITEMS[6 * end + 4] - 1, text);
 }
 
 void yyrcaccelcheck(int, int& count) { count = -1; }
@@ -142,15 +166,15 @@ void yyrcaccelload(int, std::span<int>, std::span<int>, std::span<int>) {}
 void yyrchelpcheck(int, int& count, int& text_bytes) { count = text_bytes = -1; }
 void yyrchelpload(int, std::span<int>, std::span<int>, std::span<char>) {}
 
-void yyrcfontcount(int& count) { count = N_FONTS; }
+void yyrcfontcount(int& count) { count = T().N_FONTS; }
 
 void yyrcfontlist(int font_index, int& family, int& size) {
-  if (font_index < 1 || font_index > N_FONTS) {
+  if (font_index < 1 || font_index > T().N_FONTS) {
     family = size = -1;
     return;
   }
-  family = XFONT[2 * (font_index - 1)];
-  size = XFONT[2 * (font_index - 1) + 1];
+  family = T().XFONT[2 * (font_index - 1)];
+  size = T().XFONT[2 * (font_index - 1) + 1];
 }
 
 void yyrcdialogcheck(int dialog_id, int& field_count, int& title_length) {
@@ -176,9 +200,9 @@ void yyrcdialogload(int dialog_id, int& width, int& height, std::uint32_t& style
   font_index = d[6];
   anchor_field = d[7];
   int f0 = d[kFirstField] - 1, f1 = dialog_record(k + 1)[kFirstField] - 1;
-  text_bytes = FIELD[kFieldWords * f1 + 9] - FIELD[kFieldWords * f0 + 9];
+  text_bytes = T().FIELD[kFieldWords * f1 + 9] - T().FIELD[kFieldWords * f0 + 9];
   std::int32_t pos = d[kTitle], next = dialog_record(k + 1)[kTitle];
-  assign_out(title, next > pos ? std::string_view(CTITLES + pos - 1, next - pos - 1) : std::string_view{});
+  assign_out(title, next > pos ? std::string_view(T().CTITLES + pos - 1, next - pos - 1) : std::string_view{});
 }
 
 void yyrcfieldload(int dialog_id, std::span<int> ids, std::span<int> types, std::span<int> x, std::span<int> y,
@@ -188,9 +212,9 @@ void yyrcfieldload(int dialog_id, std::span<int> ids, std::span<int> types, std:
   int k = find_dialog(dialog_id);
   if (k < 0) return;
   int f0 = dialog_record(k)[kFirstField] - 1, f1 = dialog_record(k + 1)[kFirstField] - 1;
-  std::int32_t base = FIELD[kFieldWords * f0 + 9];
+  std::int32_t base = T().FIELD[kFieldWords * f0 + 9];
   for (int i = 0; i < f1 - f0; ++i) {
-    const std::int32_t* f = FIELD + kFieldWords * (f0 + i);
+    const std::int32_t* f = T().FIELD + kFieldWords * (f0 + i);
     put(ids, i, f[0]);
     put(types, i, f[1]);
     put(x, i, f[2]);
@@ -202,15 +226,15 @@ void yyrcfieldload(int dialog_id, std::span<int> ids, std::span<int> types, std:
     put(extra, i, static_cast<std::uint32_t>(f[8]));
     put(text_pos, i, offset(f[9], f[kFieldWords + 9], base));
   }
-  copy_pool(CONTENT, base - 1, FIELD[kFieldWords * f1 + 9] - 1, text);
+  copy_pool(T().CONTENT, base - 1, T().FIELD[kFieldWords * f1 + 9] - 1, text);
 }
 
 void yyrcfieldcheckbox(int dialog_id, int field_id, int& checked) {
-  checked = lookup(ICHECK, 1, kCheck, dialog_id, field_id) ? 1 : 0;
+  checked = lookup(T().ICHECK, 1, kCheck, dialog_id, field_id) ? 1 : 0;
 }
 
 void yyrcfieldlength(int dialog_id, int field_id, int& length) {
-  const std::int32_t* e = lookup(LENGTH, 2, kLength, dialog_id, field_id);
+  const std::int32_t* e = lookup(T().LENGTH, 2, kLength, dialog_id, field_id);
   length = e ? e[1] : 0;
 }
 
@@ -221,27 +245,27 @@ void yyrcfieldrange(int dialog_id, int field_id, double& minimum, double& maximu
   if (k < 0) return;
   Slice s = slice(k, kRange);
   for (int e = s.first; e < s.end; ++e)
-    if (RANGE[e].field == field_id) {
-      minimum = RANGE[e].minimum;
-      maximum = RANGE[e].maximum;
+    if (T().RANGE[e].field == field_id) {
+      minimum = T().RANGE[e].minimum;
+      maximum = T().RANGE[e].maximum;
       return;
     }
 }
 
 void yyrcfieldshortcut(int dialog_id, int field_id, int& character) {
-  const std::int32_t* e = lookup(KEY, 2, kKey, dialog_id, field_id);
+  const std::int32_t* e = lookup(T().KEY, 2, kKey, dialog_id, field_id);
   character = e ? (e[1] & 0xff) : 0;
 }
 
 void yyrcfieldcolour(int dialog_id, int field_id, std::array<int, 6>& colours) {
-  const std::int32_t* e = lookup(COLOUR, 7, kColour, dialog_id, field_id);
+  const std::int32_t* e = lookup(T().COLOUR, 7, kColour, dialog_id, field_id);
   for (int i = 0; i < 6; ++i) colours[i] = e ? e[1 + i] : 256;
 }
 
 void yyrcfieldtrackbar(int, int, std::array<int, 6>& values) { values.fill(0); }
 
 void yyrcfieldmenucheck(int dialog_id, int field_id, int& option_count, int& text_bytes) {
-  const std::int32_t* e = lookup(MENU, 3, kMenu, dialog_id, field_id);
+  const std::int32_t* e = lookup(T().MENU, 3, kMenu, dialog_id, field_id);
   if (!e) {
     option_count = -1;
     text_bytes = 0;
@@ -249,17 +273,17 @@ void yyrcfieldmenucheck(int dialog_id, int field_id, int& option_count, int& tex
   }
   int first = e[2] - 1, end = e[3 + 2] - 1;
   option_count = end - first;
-  text_bytes = IOPTPOS[end] - IOPTPOS[first];
+  text_bytes = T().IOPTPOS[end] - T().IOPTPOS[first];
 }
 
 void yyrcfieldmenuload(int dialog_id, int field_id, int& selected, std::span<int> text_pos, std::span<char> text) {
-  const std::int32_t* e = lookup(MENU, 3, kMenu, dialog_id, field_id);
+  const std::int32_t* e = lookup(T().MENU, 3, kMenu, dialog_id, field_id);
   if (!e) {
     selected = -1;
     return;
   }
   selected = e[1];
-  load_texts(IOPTPOS + e[2] - 1, e[3 + 2] - e[2], FIELD_COPTIONS, text_pos, text);
+  load_texts(T().IOPTPOS + e[2] - 1, e[3 + 2] - e[2], T().FIELD_COPTIONS, text_pos, text);
 }
 
 void yyrcfieldprogressbar(int, int, int& position, int& minimum, int& maximum) { position = minimum = maximum = 0; }
@@ -272,7 +296,7 @@ void yyrcfieldtabload(int, int, int& selected, std::span<int>, std::span<int>, s
 
 void yyrcfieldgridcheck(int dialog_id, int field_id, int& columns, int& rows, int& template_dialog, int& label_width,
                         int& label_bytes) {
-  const std::int32_t* e = lookup(GRID, 6, kGrid, dialog_id, field_id);
+  const std::int32_t* e = lookup(T().GRID, 6, kGrid, dialog_id, field_id);
   if (!e) {
     columns = rows = template_dialog = label_width = -1;
     label_bytes = 0;
@@ -282,12 +306,12 @@ void yyrcfieldgridcheck(int dialog_id, int field_id, int& columns, int& rows, in
   rows = e[2];
   template_dialog = e[3];
   label_width = e[4];
-  label_bytes = ILABPOS[e[5] - 1 + rows] - ILABPOS[e[5] - 1];
+  label_bytes = T().ILABPOS[e[5] - 1 + rows] - T().ILABPOS[e[5] - 1];
 }
 
 void yyrcfieldgridload(int dialog_id, int field_id, std::span<int> text_pos, std::span<char> text) {
-  const std::int32_t* e = lookup(GRID, 6, kGrid, dialog_id, field_id);
-  if (e) load_texts(ILABPOS + e[5] - 1, e[2], CLABELS, text_pos, text);
+  const std::int32_t* e = lookup(T().GRID, 6, kGrid, dialog_id, field_id);
+  if (e) load_texts(T().ILABPOS + e[5] - 1, e[2], T().CLABELS, text_pos, text);
 }
 
 void yyrcfieldtreeview(int, int, int& menu_id, int& selected) { menu_id = selected = -1; }
@@ -300,7 +324,7 @@ void yyrcfieldfont(int dialog_id, int field_id, int& font_index) {
     font_index = 0;
     return;
   }
-  const std::int32_t* e = lookup(FONT, 2, kFont, dialog_id, field_id);
+  const std::int32_t* e = lookup(T().FONT, 2, kFont, dialog_id, field_id);
   font_index = e ? e[1] : dialog_record(k)[6];
 }
 
@@ -310,7 +334,7 @@ void yyrcimagecheck(int image_id, int type, int& width, int& height, int& hot_x,
     width = height = hot_x = hot_y = data_bytes = -1;
     return;
   }
-  const std::int32_t* im = IMAGES + 8 * k;
+  const std::int32_t* im = T().IMAGES + 8 * k;
   width = im[2];
   height = im[3];
   hot_x = im[4];
@@ -320,7 +344,7 @@ void yyrcimagecheck(int image_id, int type, int& width, int& height, int& hot_x,
 
 void yyrcimageload(int image_id, int type, const std::uint8_t*& data) {
   int k = find_image(image_id, type);
-  data = k < 0 ? nullptr : reinterpret_cast<const std::uint8_t*>(IPIXEL + IMAGES[8 * k + 6] - 1);
+  data = k < 0 ? nullptr : reinterpret_cast<const std::uint8_t*>(T().IPIXEL + T().IMAGES[8 * k + 6] - 1);
 }
 
 void yyrctoolbarcheck(int toolbar_id, int& button_count, int& button_width, int& button_height) {
@@ -329,27 +353,27 @@ void yyrctoolbarcheck(int toolbar_id, int& button_count, int& button_width, int&
     button_count = button_width = button_height = -1;
     return;
   }
-  button_count = TOOLBARS[4 * (k + 1) + 1] - TOOLBARS[4 * k + 1];
-  button_width = TOOLBARS[4 * k + 2];
-  button_height = TOOLBARS[4 * k + 3];
+  button_count = T().TOOLBARS[4 * (k + 1) + 1] - T().TOOLBARS[4 * k + 1];
+  button_width = T().TOOLBARS[4 * k + 2];
+  button_height = T().TOOLBARS[4 * k + 3];
 }
 
 void yyrctoolbarload(int toolbar_id, std::span<int> ids) {
   int k = find_toolbar(toolbar_id);
   if (k < 0) return;
-  int first = TOOLBARS[4 * k + 1] - 1, end = TOOLBARS[4 * (k + 1) + 1] - 1;
-  for (int i = 0; i < end - first; ++i) put(ids, i, IBUTTON[first + i]);
+  int first = T().TOOLBARS[4 * k + 1] - 1, end = T().TOOLBARS[4 * (k + 1) + 1] - 1;
+  for (int i = 0; i < end - first; ++i) put(ids, i, T().IBUTTON[first + i]);
 }
 
 void yyrcstringcheck(int string_id, int& length_plus_one) {
   int k = find_string(string_id);
-  length_plus_one = k < 0 ? -1 : SLIST[2 * k + 3] - SLIST[2 * k + 1] + 1;
+  length_plus_one = k < 0 ? -1 : T().SLIST[2 * k + 3] - T().SLIST[2 * k + 1] + 1;
 }
 
 void yyrcstringload(int string_id, std::string& text) {
   int k = find_string(string_id);
   if (k < 0) return;
-  std::string_view s(CSTRING + SLIST[2 * k + 1] - 1, SLIST[2 * k + 3] - SLIST[2 * k + 1]);
+  std::string_view s(T().CSTRING + T().SLIST[2 * k + 1] - 1, T().SLIST[2 * k + 3] - T().SLIST[2 * k + 1]);
   if (text.empty()) {
     text.assign(s);  // the string's own terminator is the NUL behind it
     return;

@@ -10,10 +10,10 @@
 // Text offsets are counted from 0 from the start of the part of the pool the
 // load routine hands out, and are -1 for an entry without text; every text in
 // such a part ends in a NUL. Text results in std::string follow the
-// convention of toolkit/os/fixed_text.h: blank-padded to the size the string
+// convention of toolkit/base/fixed_text.h: blank-padded to the size the string
 // has on entry, or unbounded when it arrives empty.
 //
-// The tables are read-only and the routines keep no state.
+// The tables are read-only; the routines keep only which tables are installed.
 #pragma once
 
 #include <array>
@@ -22,6 +22,12 @@
 #include <span>
 #include <string>
 #include <vector>
+
+#include "toolkit/kernel/resource_tables.h"
+
+// Hands the application's tables to the toolkit; until then every resource is
+// absent. The tables must outlive every toolkit call.
+void yyrcinstall(const zelv_rc::ResourceTables& tables);
 
 // Menus: item count and bytes of the menu's texts; -1, -1 when absent.
 void yyrcmenucheck(int menu_id, int& item_count, int& text_bytes);

@@ -6,7 +6,8 @@
 #include <fstream>
 #include <string>
 
-#include "toolkit/kernel/zelvy_data.h"
+#include "toolkit/base/error.h"
+#include "toolkit/base/zelvy_data.h"
 
 namespace fs = std::filesystem;
 
@@ -15,10 +16,10 @@ namespace {
 class ErrorTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    using namespace zelvy_data;
-    ierr = istat = iapierr = ioetype = idbug = 0;
-    status_bar_sink = nullptr;
-    error_box_sink = nullptr;
+    auto& d = zelvy_data::data();
+    d.ierr = d.istat = d.iapierr = d.ioetype = d.idbug = 0;
+    yySetErrorStatusSink(nullptr);
+    yySetErrorBoxSink(nullptr);
   }
   void TearDown() override { SetUp(); }
 };
@@ -28,15 +29,15 @@ TEST_F(ErrorTest, ReportTextsAndTheirDetails) {
   EXPECT_EQ(yyerrortext(1003, "YYWindowSelect"), "Internal routine:YYWindowSelect Error=1003:Invalid window handle");
   EXPECT_EQ(yyerrortext(27, "xxdriver"), "Internal routine:xxdriver Error=  27:Image file format not supported");
   EXPECT_EQ(yyerrortext(5, "WGrThing"), "Routine:WGrThing Error=   5:");  // a gap in the table
-  zelvy_data::iapierr = 2;  // ENOENT
+  zelvy_data::data().iapierr = 2;  // ENOENT
   EXPECT_EQ(yyerrortext(13, "IOsDirChange"), "Routine:IOsDirChange Error=  13:Operating system error: No such file or directory");
-  zelvy_data::iapierr = -3;
+  zelvy_data::data().iapierr = -3;
   EXPECT_EQ(yyerrortext(1044, "WBitmapLoad"),
             "Routine:WBitmapLoad Error=1044:Zlib compression/decompression error: data error");
-  zelvy_data::istat = 2;
-  zelvy_data::ioetype = 1;  // run-time file i/o: no system text
+  zelvy_data::data().istat = 2;
+  zelvy_data::data().ioetype = 1;  // run-time file i/o: no system text
   EXPECT_EQ(yyerrortext(1, "IOsCopyFile"), "Routine:IOsCopyFile Error=   1:Error opening file or device");
-  zelvy_data::ioetype = 2;
+  zelvy_data::data().ioetype = 2;
   EXPECT_EQ(yyerrortext(1, "IOsCopyFile"),
             "Routine:IOsCopyFile Error=   1:Error opening file or device: No such file or directory");
 }
@@ -81,10 +82,10 @@ TEST_F(ErrorTest, LevelsThreeAndFourGoToTheirSinksOrPrint) {
   testing::internal::CaptureStdout();
   yyerror(1003, "WindowOutStatusBar");  // no status bar yet: printed
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "Routine:WindowOutStatusBar Error=1003:Invalid window handle\n");
-  zelvy_data::status_bar_sink = [](std::string_view t) {
+  yySetErrorStatusSink([](std::string_view t) {
     seen = t;
     yyerror(1001, "WMenuSetState");  // an error inside the report is not reported again
-  };
+  });
   testing::internal::CaptureStdout();
   yyerror(1121, "WindowOpenChild");
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
@@ -93,21 +94,21 @@ TEST_F(ErrorTest, LevelsThreeAndFourGoToTheirSinksOrPrint) {
   EXPECT_EQ(WInfoError(4), 3);
 
   IDebugLevel(4);
-  zelvy_data::error_box_sink = [](std::string_view t) {
+  yySetErrorBoxSink([](std::string_view t) {
     seen = t;
     return false;  // OK: the program goes on
-  };
+  });
   yyerror(1087, "WDialogLoad");
   EXPECT_EQ(seen, "Routine:WDialogLoad Error=1087:Too many dialogs");
   EXPECT_EQ(WInfoError(1), 1087);
 }
 
 TEST_F(ErrorTest, ReadingItemsAndLevelBounds) {
-  using namespace zelvy_data;
-  istat = 5;
-  iapierr = 6;
-  ioetype = 2;
-  zelvy_comdlg::icderr = 7;
+  auto& d = zelvy_data::data();
+  d.istat = 5;
+  d.iapierr = 6;
+  d.ioetype = 2;
+  zelvy_comdlg::data().icderr = 7;
   // Each item read twice: all but the i/o type are cleared by reading.
   const int item_first_second[][3] = {{2, 5, 0}, {3, 6, 0}, {5, 2, 2}, {6, 7, 0}};
   for (const auto& c : item_first_second) {

@@ -1,4 +1,4 @@
-#include "toolkit/os/format.h"
+#include "toolkit/base/format.h"
 
 #include <charconv>
 #include <cmath>
@@ -6,9 +6,10 @@
 #include <limits>
 #include <vector>
 
-#include "toolkit/kernel/zelvy_data.h"
-#include "toolkit/os/fixed_text.h"
-#include "toolkit/os/text.h"
+#include "toolkit/base/error.h"
+#include "toolkit/base/zelvy_data.h"
+#include "toolkit/base/fixed_text.h"
+#include "toolkit/base/text.h"
 
 namespace {
 
@@ -321,9 +322,9 @@ bool number_to_text(const FormatArg& value, std::string_view format, std::string
 }
 
 void put_decimal(std::string& s) {
-  if (zelvy_data::idecimal != 1) return;
+  if (zelvy_data::data().idecimal != 1) return;
   for (char& c : s)
-    if (c == '.') c = zelvy_data::cdecimal;
+    if (c == '.') c = zelvy_data::data().cdecimal;
 }
 
 void write_number(const FormatArg& value, std::string& text, std::string_view format, std::string_view routine, bool real) {
@@ -364,7 +365,7 @@ int string_to_integer(std::string_view text, int& value) {
 }
 
 bool is_decimal_char(char c) {
-  return c == '.' || c == ',' || (zelvy_data::idecimal == 1 && c == zelvy_data::cdecimal);
+  return c == '.' || c == ',' || (zelvy_data::data().idecimal == 1 && c == zelvy_data::data().cdecimal);
 }
 
 // The text a C-layer caller means: up to its first zero character, trimmed.
@@ -378,13 +379,13 @@ std::string_view c_text(std::string_view text) {
 // back afterwards. Returns whether the conversion left no error.
 template <typename F>
 bool quietly(F&& convert) {
-  const int saved_err = zelvy_data::ierr, saved_dbug = zelvy_data::idbug;
-  zelvy_data::ierr = 0;
-  zelvy_data::idbug = 0;
+  const int saved_err = zelvy_data::data().ierr, saved_dbug = zelvy_data::data().idbug;
+  zelvy_data::data().ierr = 0;
+  zelvy_data::data().idbug = 0;
   convert();
-  const bool ok = zelvy_data::ierr == 0;
-  zelvy_data::ierr = saved_err;
-  zelvy_data::idbug = saved_dbug;
+  const bool ok = zelvy_data::data().ierr == 0;
+  zelvy_data::data().ierr = saved_err;
+  zelvy_data::data().idbug = saved_dbug;
   return ok;
 }
 

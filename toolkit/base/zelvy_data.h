@@ -1,0 +1,77 @@
+// zelvy_data and zelvy_comdlg: the toolkit's module records, one instance each
+// per process, reached through their accessors. Plain data, no X: every layer
+// of the toolkit reads them, from the error state up to the windows.
+#pragma once
+
+#include <array>
+#include <string>
+
+namespace zelvy_data {
+
+constexpr int kMaxWindow = 50;  // child handles run from 1 to 50, 0 is the root window
+constexpr int kMaxDialog = 100; // dialogs loaded at one time
+
+struct Data {
+  // Error state.
+  int ierr = 0;     // last error code, 0 when none
+  int istat = 0;    // run-time status that goes with codes 1 and 2
+  int iapierr = 0;  // operating-system or library status for codes above 2
+  int idbug = 0;    // debug level 0..4
+  int ioetype = 0;  // 1 run-time file i/o failed, 2 a direct system call failed
+  // Stored texts of the last SQL, sound-library and JPEG-library failures,
+  // shown as detail of their error codes.
+  std::string sqlstate, sqlmessage, soundmessage, jpegmessage;
+
+  // Start-up and window state shared across the toolkit.
+  bool brootopen = false;
+  int iwinhandle = 0;
+  int icurdialog = 0;
+  int iscwid = 0, ischgt = 0, iscwidmm = 0, ischgtmm = 0;
+  int isccol = 0;  // -1: the display could not be opened
+
+  std::array<std::string, 2> cdefdir{};  // charsets, base directory
+  std::array<std::string, 3> cdeffile{"", "", "standard.chr"};
+  std::array<std::string, 2> cbrowser{"firefox", "evince"};  // HTML, PDF viewers
+  std::array<int, 3> ireqhw{0, 0, 0};
+  std::array<int, 3> lfn{40, 41, 42};
+  char cdirsep = '/';
+  int idecimal = 0;
+  char cdecimal = ' ';
+  char cjusnum = 'R';
+  char ctagchr = ' ';
+  int idirinfo = 1;
+  int icmodeldef = 1;
+  float asprat = 1.32f;
+  std::array<int, 2> imgopt{80, 75};
+  int iundef = -999, iundefdb = -999;
+  float rundef = -999.0f, rundefdb = -999.0f;
+  double dundef = -999.0, dundefdb = -999.0;
+  int idefpapersize = 5;
+  int maxbitmap = 0, maxicon = 0, maxmeta = 0;
+
+  std::array<int, kMaxWindow + 1> iwflags = [] {
+    std::array<int, kMaxWindow + 1> a{};
+    a.fill(-1);
+    return a;
+  }();
+  int iwinwid = 0, iwinhgt = 0;  // client size of the selected window, for unit conversion
+  bool bbell = false;
+  std::array<std::string, 2> ctmpfile{};  // plot and dump file names in /tmp
+  bool bversionline = false;              // the initialisation file held a version line
+};
+
+Data& data();
+
+}  // namespace zelvy_data
+
+namespace zelvy_comdlg {
+
+struct Data {
+  int icderr = 0;
+  std::array<int, 3> icdopt{8, 25, 10};
+  std::array<int, 2> wcomdlgpos{20, 20};  // default position of the common dialogs
+};
+
+Data& data();
+
+}  // namespace zelvy_comdlg
