@@ -47,11 +47,11 @@ DialogFontMetrics measure_xft(const char* family, int size) {
   XftFont* font = yyXftOpen(family, size);
   if (!font) return m;
   XGlyphInfo sample{}, blank{};
-  XftTextExtents8(zelvy_x::ixDisplay, font, reinterpret_cast<const FcChar8*>(kDialogSample.data()),
+  XftTextExtents8(xdisplay(), font, reinterpret_cast<const FcChar8*>(kDialogSample.data()),
                   static_cast<int>(kDialogSample.size()), &sample);
-  XftTextExtents8(zelvy_x::ixDisplay, font, reinterpret_cast<const FcChar8*>(" "), 1, &blank);
+  XftTextExtents8(xdisplay(), font, reinterpret_cast<const FcChar8*>(" "), 1, &blank);
   m = yyDialogMetricsFromSample(sample.xOff, font->ascent + font->descent, blank.xOff);
-  XftFontClose(zelvy_x::ixDisplay, font);
+  XftFontClose(xdisplay(), font);
   return m;
 }
 
@@ -67,7 +67,7 @@ DialogFontMetrics measure_core(XFontStruct* fs) {
 
 // Family and size of a font index; the resource families are kept simple.
 void font_of(int index, std::string& family, int& size) {
-  const ZelvAppData& a = zelvy_x::appData;
+  const ZelvAppData& a = zelvy_x::state().appData;
   family = a.xftName && *a.xftName ? a.xftName : "Sans";
   size = a.xftSize > 0 ? a.xftSize : 8;
   if (index <= 0) return;
@@ -84,15 +84,15 @@ XmRenderTable make_table(int index) {
   std::string family;
   int size = 8;
   font_of(index, family, size);
-  if (zelvy_x::bXft) {
+  if (zelvy_x::state().bXft) {
     XtSetArg(args[n], XmNfontType, XmFONT_IS_XFT); ++n;
     XtSetArg(args[n], XmNfontName, const_cast<char*>(family.c_str())); ++n;
     XtSetArg(args[n], XmNfontSize, size); ++n;
   } else {
     XtSetArg(args[n], XmNfontType, XmFONT_IS_FONT); ++n;
-    XtSetArg(args[n], XmNfont, zelvy_x::dialogFontStruct); ++n;
+    XtSetArg(args[n], XmNfont, zelvy_x::state().dialogFontStruct); ++n;
   }
-  XmRendition r = XmRenditionCreate(zelvy_x::rootWidget, const_cast<char*>(XmFONTLIST_DEFAULT_TAG), args, n);
+  XmRendition r = XmRenditionCreate(zelvy_x::state().rootWidget, const_cast<char*>(XmFONTLIST_DEFAULT_TAG), args, n);
   XmRenderTable t = XmRenderTableAddRenditions(nullptr, &r, 1, XmMERGE_REPLACE);
   XmRenditionFree(r);
   return t;
@@ -101,20 +101,20 @@ XmRenderTable make_table(int index) {
 void yyDialogFontInfo() {
   int count = 0;
   yyrcfontcount(count);
-  if (!zelvy_x::bXft) count = 0;
+  if (!zelvy_x::state().bXft) count = 0;
   DlgFontInfo.clear();
   renderTables.clear();
   for (int i = 0; i <= std::max(0, count); ++i) {
     std::string family;
     int size = 8;
     font_of(i, family, size);
-    DlgFontInfo.push_back(zelvy_x::bXft ? measure_xft(family.c_str(), size)
-                                        : measure_core(zelvy_x::dialogFontStruct));
+    DlgFontInfo.push_back(zelvy_x::state().bXft ? measure_xft(family.c_str(), size)
+                                        : measure_core(zelvy_x::state().dialogFontStruct));
     renderTables.tables.push_back(make_table(i));
   }
 }
 
-Widget default_parent() { return zelvy_x::rootWidget; }
+Widget default_parent() { return zelvy_x::state().rootWidget; }
 
 void wm_close_cb(Widget, XtPointer data, XtPointer) {
   const int idx = static_cast<int>(reinterpret_cast<std::intptr_t>(data));
@@ -126,7 +126,7 @@ void wm_close_cb(Widget, XtPointer data, XtPointer) {
 void free_record(DialogRecord& d) {
   yyDialogForgetFields(d);
   for (FieldRecord& f : d.fields)
-    if (f.image != 2 && zelvy_x::ixDisplay) XFreePixmap(zelvy_x::ixDisplay, f.image);
+    if (f.image != 2 && xdisplay()) XFreePixmap(xdisplay(), f.image);
   d = DialogRecord{};
 }
 
@@ -144,10 +144,10 @@ void destroy_cb(Widget w, XtPointer data, XtPointer) {
 
 bool yyDialogCreate(int idx, Widget parent, int kind) {
   DialogRecord& d = wDialogInfo[idx];
-  Display* dpy = zelvy_x::ixDisplay;
+  Display* dpy = xdisplay();
   d.kind = kind;
   d.parentWidget = parent;
-  const Pixel bg = zelvy_x::wSchemeCol[3].pixel;
+  const Pixel bg = zelvy_x::state().wSchemeCol[3].pixel;
   Widget under = parent;
   if (kind == 0 || kind == 2) {
     if (!under) under = default_parent();
@@ -162,7 +162,7 @@ bool yyDialogCreate(int idx, Widget parent, int kind) {
     }
     XtSetArg(a[n], XmNoverrideRedirect, (d.style & kTitleBits) ? False : True); ++n;
     XtSetArg(a[n], XmNtitle, d.title.empty() ? " " : d.title.c_str()); ++n;
-    XtSetArg(a[n], XmNcolormap, zelvy_x::iCmapMain ? zelvy_x::iCmapMain : DefaultColormap(dpy, zelvy_x::iScreen)); ++n;
+    XtSetArg(a[n], XmNcolormap, zelvy_x::state().iCmapMain ? zelvy_x::state().iCmapMain : DefaultColormap(dpy, zelvy_x::state().iScreen)); ++n;
     XtSetArg(a[n], XmNautoUnmanage, False); ++n;
     d.shell = XtCreatePopupShell("DialogShell", xmDialogShellWidgetClass, under, a, n);
     under = d.shell;
@@ -197,7 +197,7 @@ void yyDialogAllocLoad(int idx, int resid, const RcDialog& rc) {
   d.style = rc.style;
   d.layoutFlags = rc.layout;
   d.anchorFieldId = rc.anchor_field;
-  d.fontIndex = zelvy_x::bXft ? rc.font_index : 0;
+  d.fontIndex = zelvy_x::state().bXft ? rc.font_index : 0;
   const DialogFontMetrics& fm = yyDialogFontMetrics(d.fontIndex);
   yyDialogUnitsToPixels(fm, rc.width, rc.height, d.width, d.height);
   d.minWidth = d.width;
@@ -214,7 +214,7 @@ void yyDialogAllocLoad(int idx, int resid, const RcDialog& rc) {
     f.text = r.text;
     f.allowClear = bRangeClear;
     int font = d.fontIndex;
-    if (zelvy_x::bXft) yyrcfieldfont(resid, r.id, font);
+    if (zelvy_x::state().bXft) yyrcfieldfont(resid, r.id, font);
     f.fontIndex = (font >= 0 && font < static_cast<int>(DlgFontInfo.size())) ? font : 0;
     const DialogFontMetrics& m = yyDialogFontMetrics(d.fontIndex);
     yyDialogUnitsToPixels(m, r.x, r.y, f.x, f.y);
@@ -267,7 +267,7 @@ void yyDialogDestroy(int idx) {
     return;
   }
   if (d.shell) {
-    Atom del = XmInternAtom(zelvy_x::ixDisplay, const_cast<char*>("WM_DELETE_WINDOW"), False);
+    Atom del = XmInternAtom(xdisplay(), const_cast<char*>("WM_DELETE_WINDOW"), False);
     XmRemoveWMProtocolCallback(d.shell, del, wm_close_cb, reinterpret_cast<XtPointer>(static_cast<std::intptr_t>(idx)));
   }
   XtRemoveEventHandler(d.widget, KeyPressMask, False, yyDialogEscapeEH, nullptr);
@@ -314,7 +314,7 @@ void focus_first(DialogRecord& d) {
 // Shows the current dialog; returns the error code, 0 on success.
 int yyDialogShow(int x, int y, int mode, int fieldid) {
   DialogRecord& d = wDialogInfo[iDlgCur];
-  Display* dpy = zelvy_x::ixDisplay;
+  Display* dpy = xdisplay();
   if (d.kind == 3) return 1047;
   if (d.shownMode != -1) {
     if (d.shell && XtIsRealized(d.shell)) XRaiseWindow(dpy, XtWindow(d.shell));
@@ -353,7 +353,7 @@ int yyDialogShow(int x, int y, int mode, int fieldid) {
 }
 
 void dialog_metrics_ready() {
-  if (!engineReady && zelvy_x::ixDisplay) yyDialogEngineInit();
+  if (!engineReady && xdisplay()) yyDialogEngineInit();
 }
 
 // How the windows reach the engine: the size of the dialog a window is to
@@ -376,7 +376,7 @@ void window_dialog_combine(int dialogid, int handle) { yywindowdialog(handle, di
 // ---- Engine internals ------------------------------------------------------
 
 void yyDialogEngineInit() {
-  if (engineReady || !zelvy_x::ixDisplay) return;  // once; loaded dialogs stay
+  if (engineReady || !xdisplay()) return;  // once; loaded dialogs stay
   for (DialogRecord& d : wDialogInfo) d = DialogRecord{};
   iDlgCur = -1;
   yyDialogFontInfo();
@@ -392,7 +392,7 @@ bool yyDialogPixelSize(int resid, int& width, int& height) {
   std::uint32_t style = 0, layout = 0;
   std::string title;
   yyrcdialogload(resid, w, h, style, layout, anchor, font, bytes, title);
-  yyDialogUnitsToPixels(yyDialogFontMetrics(zelvy_x::bXft ? font : 0), w, h, width, height);
+  yyDialogUnitsToPixels(yyDialogFontMetrics(zelvy_x::state().bXft ? font : 0), w, h, width, height);
   return true;
 }
 
@@ -502,11 +502,11 @@ void yyDialogButtonMessage(DialogRecord& d, int buttonId) {
 
 void yywindowdialog(int handle, int dialogid) {
   dialog_metrics_ready();
-  if (!yywindowexists(handle) || !zelvy_win::wtClient[handle]) return;
+  if (!yywindowexists(handle) || !zelvy_win::state().wtClient[handle]) return;
   // Keyboard traversal has to reach the fields through the client area.
-  XtVaSetValues(zelvy_win::wtClient[handle], XmNtraversalOn, True, nullptr);
+  XtVaSetValues(zelvy_win::state().wtClient[handle], XmNtraversalOn, True, nullptr);
   int err = 0;
-  yyDialogLoad(dialogid, dialogid, true, 3, zelvy_win::wtClient[handle], 2, err);
+  yyDialogLoad(dialogid, dialogid, true, 3, zelvy_win::state().wtClient[handle], 2, err);
   if (err) {
     yyerror(err, "WindowOpen");
     return;
@@ -515,8 +515,8 @@ void yywindowdialog(int handle, int dialogid) {
   d.parentWindow = handle;
   zelvy_data::data().icurdialog = dialogid;
   // The window now counts as one with a dialog: its keys belong to the fields.
-  zelvy_win::WinInfo[handle].Kind = 3;
-  zelvy_win::WinInfo[handle].DialogIndex = iDlgCur;
+  zelvy_win::state().WinInfo[handle].Kind = 3;
+  zelvy_win::state().WinInfo[handle].DialogIndex = iDlgCur;
   XtManageChild(d.widget);
   yyDialogSizeFix(d);
   d.shownMode = 2;
@@ -532,7 +532,7 @@ void yywindowdialogclose(int handle) {
       zelvy_data::data().icurdialog = 0;
     }
     yyDialogDestroy(i);
-    if (yywindowexists(handle) && zelvy_win::WinInfo[handle].Kind == 3) zelvy_win::WinInfo[handle].Kind = 0;
+    if (yywindowexists(handle) && zelvy_win::state().WinInfo[handle].Kind == 3) zelvy_win::state().WinInfo[handle].Kind = 0;
   }
 }
 
@@ -548,7 +548,7 @@ void WDialogLoad(int resid, std::optional<int> dialogid, std::optional<int> pare
     kind = 2;
   } else if (p > 0) {
     kind = 2;
-    if (yywindowexists(p)) pw = zelvy_win::wtShell[p];
+    if (yywindowexists(p)) pw = zelvy_win::state().wtShell[p];
   }
   int err = 0;
   const bool existed = yyDialogLoad(resid, id, false, kind, pw, 2, err);
@@ -666,7 +666,7 @@ int WInfoDialog(int item) {
       if (!d || !d->widget || !XtIsRealized(d->widget)) return 0;
       int rx = 0, ry = 0;
       Window child = 0;
-      XTranslateCoordinates(zelvy_x::ixDisplay, XtWindow(d->widget), DefaultRootWindow(zelvy_x::ixDisplay), 0, 0,
+      XTranslateCoordinates(xdisplay(), XtWindow(d->widget), DefaultRootWindow(xdisplay()), 0, 0,
                             &rx, &ry, &child);
       return (item == 6 || item == 16) ? rx : ry;
     }

@@ -73,7 +73,7 @@ Widget border_widget(Widget parent, const FieldRecord& f, bool ignoreBorder = fa
   base_args(args, f, false);
   args.add(XmNshadowThickness, border ? 1 : 0).add(XmNshadowType, (f.style & 0x1000) ? static_cast<int>(XmSHADOW_IN) : static_cast<int>(XmSHADOW_ETCHED_IN));
   args.add(XmNmarginWidth, 0).add(XmNmarginHeight, 0).add(XtNbackground, yyDialogScheme(3));
-  if (border && zelvy_x::bFlatStyle)
+  if (border && zelvy_x::state().bFlatStyle)
     args.add(XmNtopShadowColor, yyDialogScheme(9)).add(XmNbottomShadowColor, yyDialogScheme(9));
   return XtCreateWidget("ZelvField", xmFrameWidgetClass, parent, args.a, args.n);
 }
@@ -107,9 +107,9 @@ Pixmap image_pixmap(int imageId, int type, Pixel background, int& w, int& h) {
   int status = 0;
   yyrcimagepixels(imageId, type, w, h, rgba, status);
   if (status != 0 || w <= 0 || h <= 0) return 2;
-  Display* dpy = zelvy_x::ixDisplay;
-  const int depth = zelvy_x::iDispDepth > 0 ? zelvy_x::iDispDepth : DefaultDepth(dpy, zelvy_x::iScreen);
-  Pixmap pm = XCreatePixmap(dpy, RootWindow(dpy, zelvy_x::iScreen), static_cast<unsigned>(w),
+  Display* dpy = xdisplay();
+  const int depth = zelvy_x::state().iDispDepth > 0 ? zelvy_x::state().iDispDepth : DefaultDepth(dpy, zelvy_x::state().iScreen);
+  Pixmap pm = XCreatePixmap(dpy, RootWindow(dpy, zelvy_x::state().iScreen), static_cast<unsigned>(w),
                             static_cast<unsigned>(h), static_cast<unsigned>(depth));
   GC gc = XCreateGC(dpy, pm, 0, nullptr);
   XSetForeground(dpy, gc, background);
@@ -176,7 +176,7 @@ void create_group(DialogRecord& d, FieldRecord& f) {
   Args args;
   base_args(args, f, false);
   args.add(XmNshadowType, XmSHADOW_ETCHED_IN).add(XtNbackground, yyDialogScheme(3)).add(XmNmarginWidth, 0).add(XmNmarginHeight, 0);
-  if ((f.style & 0x8000) || zelvy_x::bFlatStyle)
+  if ((f.style & 0x8000) || zelvy_x::state().bFlatStyle)
     args.add(XmNtopShadowColor, yyDialogScheme(9)).add(XmNbottomShadowColor, yyDialogScheme(9)).add(XmNshadowThickness, 1);
   f.widget = XtCreateWidget("ZelvField", xmFrameWidgetClass, d.widget, args.a, args.n);
   const std::uint32_t align = f.style & 0x300;
@@ -201,12 +201,12 @@ void add_text_callbacks(Widget text) {
 Args& text_args(Args& args, const FieldRecord& f) {
   const bool edge = (f.style & 0x800000) || (f.extendedStyle & 0x20201);
   // The line sits in the middle of a field taller than one line.
-  const int shadow = (edge || !zelvy_x::bFlatStyle) ? 1 : 0;
+  const int shadow = (edge || !zelvy_x::state().bFlatStyle) ? 1 : 0;
   const int line = static_cast<int>(yyDialogFontMetrics(f.fontIndex).charHeight / 1.07f);
   const int margin = (f.type == kString && (f.style & 0x4)) ? 0 : std::max(0, (f.height - 2 * shadow - line) / 2 - 1);
   args.add(XmNmarginHeight, margin).add(XmNmarginWidth, 1).add(XmNcursorPositionVisible, False);
   args.add(XtNbackground, yyDialogScheme(15)).add(XtNforeground, yyDialogScheme(14));
-  if (zelvy_x::bFlatStyle) {
+  if (zelvy_x::state().bFlatStyle) {
     args.add(XmNshadowThickness, edge ? 1 : 0);
     if (edge) args.add(XmNtopShadowColor, yyDialogScheme(9)).add(XmNbottomShadowColor, yyDialogScheme(9));
   }
@@ -302,8 +302,8 @@ void create_button(DialogRecord& d, FieldRecord& f) {
   args.add(XmNrecomputeSize, False)
       .add(XmNalignment, align == 0x100 ? XmALIGNMENT_BEGINNING : align == 0x200 ? XmALIGNMENT_END : XmALIGNMENT_CENTER);
   args.add(XtNbackground, yyDialogScheme(17)).add(XtNforeground, yyDialogScheme(0)).add(XmNfillOnArm, False);
-  args.add(XmNhighlightThickness, 1).add(XmNshadowThickness, zelvy_x::bFlatStyle ? 1 : 2).add(XmNmarginHeight, 0);
-  if (zelvy_x::bFlatStyle) args.add(XmNtopShadowColor, yyDialogScheme(9)).add(XmNbottomShadowColor, yyDialogScheme(9));
+  args.add(XmNhighlightThickness, 1).add(XmNshadowThickness, zelvy_x::state().bFlatStyle ? 1 : 2).add(XmNmarginHeight, 0);
+  if (zelvy_x::state().bFlatStyle) args.add(XmNtopShadowColor, yyDialogScheme(9)).add(XmNbottomShadowColor, yyDialogScheme(9));
   if ((f.style & 0x8000)) args.add(XmNfillOnArm, True).add(XmNshadowThickness, 0).add(XtNborderWidth, 1);
   f.widget = XtCreateWidget("ZelvField", xmPushButtonWidgetClass, d.widget, args.a, args.n);
   yyDialogSetLabel(f.widget, f.text);
@@ -327,12 +327,12 @@ void create_toggle(DialogRecord& d, FieldRecord& f) {
   args.add(XmNrecomputeSize, False).add(XmNalignment, a).add(XtNbackground, yyDialogScheme(3)).add(XmNmarginHeight, 0);
   args.add(XmNhighlightThickness, 1).add(XmNmarginWidth, 0);
   if (yyDialogPushLike(f)) {
-    args.add(XmNindicatorOn, XmINDICATOR_NONE).add(XmNfillOnSelect, True).add(XmNshadowThickness, zelvy_x::bFlatStyle ? 0 : 2);
+    args.add(XmNindicatorOn, XmINDICATOR_NONE).add(XmNfillOnSelect, True).add(XmNshadowThickness, zelvy_x::state().bFlatStyle ? 0 : 2);
   } else {
     args.add(XmNindicatorOn, XmINDICATOR_CHECK_BOX).add(XmNunselectColor, yyDialogScheme(8));
     args.add(XmNselectColor, f.type == kRadio ? yyDialogScheme(16) : yyDialogScheme(8));
     if (f.type == kCheckbox) args.add(XmNenableToggleVisual, True);
-    if (zelvy_x::bFlatStyle)
+    if (zelvy_x::state().bFlatStyle)
       args.add(XmNdetailShadowThickness, f.type == kRadio ? 2 : 1).add(XmNtopShadowColor, yyDialogScheme(9)).add(XmNbottomShadowColor, yyDialogScheme(9));
   }
   if (f.type == kRadio) args.add(XmNindicatorType, XmONE_OF_MANY_ROUND).add(XmNindicatorOn, yyDialogPushLike(f) ? XmINDICATOR_NONE : XmINDICATOR_FILL);
@@ -355,7 +355,7 @@ void create_combo(DialogRecord& d, FieldRecord& f) {
   args.add(XmNcomboBoxType, type == 1 ? XmCOMBO_BOX : type == 3 ? XmDROP_DOWN_LIST : XmDROP_DOWN_COMBO_BOX);
   args.add(XmNmarginHeight, 0).add(XmNmarginWidth, 0).add(XmNhighlightThickness, 0).add(XtNbackground, yyDialogScheme(3));
   args.add(XmNshadowThickness, 1).add(XmNarrowSize, std::max(8, f.height - 4));
-  if (zelvy_x::bFlatStyle) args.add(XmNtopShadowColor, yyDialogScheme(9)).add(XmNbottomShadowColor, yyDialogScheme(9));
+  if (zelvy_x::state().bFlatStyle) args.add(XmNtopShadowColor, yyDialogScheme(9)).add(XmNbottomShadowColor, yyDialogScheme(9));
   f.widget = XtCreateWidget("ZelvField", xmComboBoxWidgetClass, d.widget, args.a, args.n);
   f.valueWidget = XtNameToWidget(f.widget, "*Text");
   if (!f.valueWidget) f.valueWidget = f.widget;

@@ -147,8 +147,8 @@ void focus_in(DialogRecord* d, FieldRecord* f) {
   if (!bValid && pStoredItem && pStoredItem != f) {
     if (f->type != kButton || f->identifier == 1) {
       // Only a button other than the first may leave an invalid number.
-      XBell(zelvy_x::ixDisplay, 0);
-      XtAppAddTimeOut(zelvy_x::ixContext, 0, refocus_cb, pStoredItem->valueWidget);
+      XBell(xdisplay(), 0);
+      XtAppAddTimeOut(zelvy_x::state().ixContext, 0, refocus_cb, pStoredItem->valueWidget);
       return;
     }
     yyDialogRestoreValid(*pStoredItem);
@@ -336,7 +336,7 @@ bool type_treats_readonly_as_disabled(int type) {
 
 XmString yyDialogXmString(std::string_view text) {
   int type = 0;
-  const std::string utf8 = yyConvertEncoding(text, zelvy_x::iDialogEncoding, type);
+  const std::string utf8 = yyConvertEncoding(text, zelvy_x::state().iDialogEncoding, type);
   return XmStringGenerate(const_cast<char*>(utf8.c_str()), nullptr, XmCHARSET_TEXT, nullptr);
 }
 
@@ -497,7 +497,7 @@ int yyinfodialogfieldstate(const FieldRecord& f) {
 void yyDialogFieldChangedValue(DialogRecord& d, FieldRecord& f) {
   if (!d.widget || !XtIsRealized(d.widget)) return;
   // Sent through the server, so the application sees it after this callback.
-  Display* dpy = zelvy_x::ixDisplay;
+  Display* dpy = xdisplay();
   XEvent ev{};
   ev.xclient.type = ClientMessage;
   ev.xclient.window = XtWindow(d.widget);

@@ -19,7 +19,7 @@ enum FieldType {
 
 inline constexpr std::uint32_t kDisabledBit = 0x8000000, kVisibleBit = 0x10000000, kReadOnlyBit = 0x800;
 
-inline Pixel yyDialogScheme(int i) { return zelvy_x::wSchemeCol[static_cast<std::size_t>(i)].pixel; }
+inline Pixel yyDialogScheme(int i) { return zelvy_x::state().wSchemeCol[static_cast<std::size_t>(i)].pixel; }
 
 inline bool yyDialogIsNumeric(const FieldRecord& f) { return f.type >= kInteger && f.type <= kDouble; }
 inline bool yyDialogIsText(const FieldRecord& f) { return f.type == kString || yyDialogIsNumeric(f); }

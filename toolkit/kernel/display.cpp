@@ -20,9 +20,10 @@
 #include "toolkit/base/error.h"
 #include "toolkit/base/zelvy_data.h"
 
-namespace {
+// This module's state.
+static zelvy_x::State& xs = zelvy_x::state();
 
-using namespace zelvy_x;
+namespace {
 
 char* S(const char* s) { return const_cast<char*>(s); }
 
@@ -125,12 +126,12 @@ std::string find_dialog_font(Display* dpy, int tenths) {
       XFreeFontNames(names);
       if (XFontStruct* fs = XLoadQueryFont(dpy, name)) {
         XFreeFont(dpy, fs);
-        iFontFound = 1;
+        xs.iFontFound = 1;
         return name;
       }
     }
   }
-  iFontFound = 0;
+  xs.iFontFound = 0;
   std::snprintf(name, sizeof name, "-*-*-medium-r-normal-*-*-%s-*-*-p-*-iso8859-1", size);
   return name;
 }
@@ -167,41 +168,41 @@ bool usable(const XStandardColormap& m) {
 }
 
 void find_best_map(Display* dpy) {
-  const Window root = RootWindow(dpy, iScreen);
+  const Window root = RootWindow(dpy, xs.iScreen);
   XStandardColormap* maps = nullptr;
   int count = 0;
   bool found = false;
   if (XGetRGBColormaps(dpy, root, &maps, &count, XA_RGB_BEST_MAP) && count > 0) {
     found = usable(maps[0]);
-    if (found) best_map_info = maps[0];
+    if (found) xs.best_map_info = maps[0];
     XFree(maps);
   } else {
     XVisualInfo tmpl{};
-    tmpl.screen = iScreen;
+    tmpl.screen = xs.iScreen;
     int n = 0;
     XVisualInfo* v = XGetVisualInfo(dpy, VisualScreenMask, &tmpl, &n);
     if (v) {
       const int i = yyGetBestVisual(v, n);
       if (i >= 0 &&
-          XmuLookupStandardColormap(dpy, iScreen, v[i].visualid, v[i].depth, XA_RGB_BEST_MAP, False,
+          XmuLookupStandardColormap(dpy, xs.iScreen, v[i].visualid, v[i].depth, XA_RGB_BEST_MAP, False,
                                     True) &&
           XGetRGBColormaps(dpy, root, &maps, &count, XA_RGB_BEST_MAP) && count > 0) {
         found = usable(maps[0]);
-        if (found) best_map_info = maps[0];
+        if (found) xs.best_map_info = maps[0];
         XFree(maps);
       }
       XFree(v);
     }
   }
   if (!found) return;
-  BestMap = true;
-  iCmapMain = best_map_info.colormap;
+  xs.BestMap = true;
+  xs.iCmapMain = xs.best_map_info.colormap;
   XVisualInfo tmpl{};
-  tmpl.visualid = best_map_info.visualid;
+  tmpl.visualid = xs.best_map_info.visualid;
   int n = 0;
   if (XVisualInfo* v = XGetVisualInfo(dpy, VisualIDMask, &tmpl, &n)) {
-    iVisual = v[0].visual;
-    iDispDepth = v[0].depth;
+    xs.iVisual = v[0].visual;
+    xs.iDispDepth = v[0].depth;
     XFree(v);
   }
 }
@@ -273,20 +274,20 @@ XColor named_colour(Display* dpy, Colormap cmap, const char* name, const char* s
 }
 
 void make_cursors(Display* dpy) {
-  const Window root = RootWindow(dpy, iScreen);
-  const Colormap cmap = DefaultColormap(dpy, iScreen);
-  XColor black = named_colour(dpy, cmap, "Black", "#000000000000", BlackPixel(dpy, iScreen));
-  XColor white = named_colour(dpy, cmap, "White", "#FFFFFFFFFFFF", WhitePixel(dpy, iScreen));
-  ixCursor[0] = XCreateFontCursor(dpy, XC_top_left_arrow);
-  ixCursor[4] = XCreateFontCursor(dpy, XC_xterm);
-  ixCursor[7] = XCreateFontCursor(dpy, XC_sb_v_double_arrow);
-  ixCursor[8] = XCreateFontCursor(dpy, XC_sb_h_double_arrow);
-  ixCursor[11] = XCreateFontCursor(dpy, XC_sb_up_arrow);
+  const Window root = RootWindow(dpy, xs.iScreen);
+  const Colormap cmap = DefaultColormap(dpy, xs.iScreen);
+  XColor black = named_colour(dpy, cmap, "Black", "#000000000000", BlackPixel(dpy, xs.iScreen));
+  XColor white = named_colour(dpy, cmap, "White", "#FFFFFFFFFFFF", WhitePixel(dpy, xs.iScreen));
+  xs.ixCursor[0] = XCreateFontCursor(dpy, XC_top_left_arrow);
+  xs.ixCursor[4] = XCreateFontCursor(dpy, XC_xterm);
+  xs.ixCursor[7] = XCreateFontCursor(dpy, XC_sb_v_double_arrow);
+  xs.ixCursor[8] = XCreateFontCursor(dpy, XC_sb_h_double_arrow);
+  xs.ixCursor[11] = XCreateFontCursor(dpy, XC_sb_up_arrow);
   for (const CursorArt& art : kCursorArt) {
-    ixCursor[art.shape] = art_cursor(dpy, root, art, black, white, false);
-    if (art.shape == 9) ixCursor[10] = art_cursor(dpy, root, art, black, white, true);
+    xs.ixCursor[art.shape] = art_cursor(dpy, root, art, black, white, false);
+    if (art.shape == 9) xs.ixCursor[10] = art_cursor(dpy, root, art, black, white, true);
   }
-  ixCursor[12] = 0;
+  xs.ixCursor[12] = 0;
 }
 
 void find_modifiers(Display* dpy) {
@@ -303,13 +304,13 @@ void find_modifiers(Display* dpy) {
   for (KeySym sym : {XK_Alt_L, XK_Mode_switch, XK_Meta_L, XK_Alt_R, XK_Meta_R}) {
     const int row = find(sym);
     if (row >= 0) {
-      AltMask = 1u << row;
-      AltKeySym = sym;
+      xs.AltMask = 1u << row;
+      xs.AltKeySym = sym;
       break;
     }
   }
   const int num = find(XK_Num_Lock);
-  NumLockMask = num >= 0 ? 1u << num : 0;
+  xs.NumLockMask = num >= 0 ? 1u << num : 0;
   XFreeModifiermap(map);
 }
 
@@ -327,129 +328,129 @@ Display* open_display() {
 }  // namespace
 
 int yyXlibErrorEH(Display*, XErrorEvent* event) {
-  iXError = event->request_code;
+  xs.iXError = event->request_code;
   return 0;
 }
 
 void yygetdisplayinfo(int fontsize, int flags, int& width, int& height, int& widthmm,
                       int& heightmm, int& colours, int& greys) {
-  if (ixDisplay) {
+  if (xs.ixDisplay) {
     colours = -1;
     return;
   }
   colours = -1;
-  bFlatStyle = !(flags & 2);
+  xs.bFlatStyle = !(flags & 2);
   Display* dpy = open_display();
   if (!dpy) return;
 
-  cDialogFont = find_dialog_font(dpy, fontsize * 10);
-  fallback_font_line = "Zelv*dialogFont: " + cDialogFont;
+  xs.cDialogFont = find_dialog_font(dpy, fontsize * 10);
+  fallback_font_line = "Zelv*dialogFont: " + xs.cDialogFont;
   fallback[0] = fallback_font_line.c_str();
 
   XtToolkitInitialize();
-  ixContext = XtCreateApplicationContext();
-  XtAppSetFallbackResources(ixContext, const_cast<String*>(fallback));
+  xs.ixContext = XtCreateApplicationContext();
+  XtAppSetFallbackResources(xs.ixContext, const_cast<String*>(fallback));
   // The probed connection is handed to Xt rather than opening a second one.
   int argc = 1;
   char* argv[] = {S("Zelv"), nullptr};
-  XtDisplayInitialize(ixContext, dpy, "Zelv", "Zelv", nullptr, 0, &argc, argv);
-  ixDisplay = dpy;
+  XtDisplayInitialize(xs.ixContext, dpy, "Zelv", "Zelv", nullptr, 0, &argc, argv);
+  xs.ixDisplay = dpy;
   XSetErrorHandler(yyXlibErrorEH);
 
   Arg args[3];
   XtSetArg(args[0], XtNmappedWhenManaged, False);
   XtSetArg(args[1], XtNwidth, 1);
   XtSetArg(args[2], XtNheight, 1);
-  rootWidget = XtAppCreateShell("Zelv", "Zelv", zelvWidgetClass, dpy, args, 3);
+  xs.rootWidget = XtAppCreateShell("Zelv", "Zelv", zelvWidgetClass, dpy, args, 3);
 
-  iScreen = DefaultScreen(dpy);
-  iDispDepthMain = iDispDepth = DefaultDepth(dpy, iScreen);
-  iDispWidth = width = DisplayWidth(dpy, iScreen);
-  iDispHeight = height = DisplayHeight(dpy, iScreen);
-  widthmm = DisplayWidthMM(dpy, iScreen);
-  heightmm = DisplayHeightMM(dpy, iScreen);
-  iCmapMain = DefaultColormap(dpy, iScreen);
-  iVisual = DefaultVisual(dpy, iScreen);
-  colours = iDispDepthMain <= 24 ? 1 << iDispDepthMain : 0x1000000;
-  greys = iDispDepthMain == 4 ? 8 : iDispDepthMain == 8 ? 16 : iDispDepthMain == 1 ? 2 : 256;
+  xs.iScreen = DefaultScreen(dpy);
+  xs.iDispDepthMain = xs.iDispDepth = DefaultDepth(dpy, xs.iScreen);
+  xs.iDispWidth = width = DisplayWidth(dpy, xs.iScreen);
+  xs.iDispHeight = height = DisplayHeight(dpy, xs.iScreen);
+  widthmm = DisplayWidthMM(dpy, xs.iScreen);
+  heightmm = DisplayHeightMM(dpy, xs.iScreen);
+  xs.iCmapMain = DefaultColormap(dpy, xs.iScreen);
+  xs.iVisual = DefaultVisual(dpy, xs.iScreen);
+  colours = xs.iDispDepthMain <= 24 ? 1 << xs.iDispDepthMain : 0x1000000;
+  greys = xs.iDispDepthMain == 4 ? 8 : xs.iDispDepthMain == 8 ? 16 : xs.iDispDepthMain == 1 ? 2 : 256;
 
-  if (iDispDepthMain >= 9) find_best_map(dpy);
+  if (xs.iDispDepthMain >= 9) find_best_map(dpy);
 
-  XtGetApplicationResources(rootWidget, &appData, app_resources, XtNumber(app_resources), nullptr, 0);
+  XtGetApplicationResources(xs.rootWidget, &xs.appData, app_resources, XtNumber(app_resources), nullptr, 0);
   // Loaded here rather than by the resource converter, so that a last-resort
   // name the server lacks falls back quietly to its own default font.
-  if (appData.dialogFont && *appData.dialogFont) dialogFontStruct = XLoadQueryFont(dpy, appData.dialogFont);
-  if (!dialogFontStruct) dialogFontStruct = XLoadQueryFont(dpy, "fixed");
-  XtVaSetValues(rootWidget, XtNfontPointer, dialogFontStruct, nullptr);
+  if (xs.appData.dialogFont && *xs.appData.dialogFont) xs.dialogFontStruct = XLoadQueryFont(dpy, xs.appData.dialogFont);
+  if (!xs.dialogFontStruct) xs.dialogFontStruct = XLoadQueryFont(dpy, "fixed");
+  XtVaSetValues(xs.rootWidget, XtNfontPointer, xs.dialogFontStruct, nullptr);
 
-  iKCReturn = XKeysymToKeycode(dpy, XK_Return);
-  iKCKPEnter = XKeysymToKeycode(dpy, XK_KP_Enter);
-  iMultiClickTime = XtGetMultiClickTime(dpy);
-  bXft = xmUseVersion >= 2003 && !(flags & 4) && appData.xft;
-  iMsgBoxRule = (flags & 8) ? 1 : 0;
+  xs.iKCReturn = XKeysymToKeycode(dpy, XK_Return);
+  xs.iKCKPEnter = XKeysymToKeycode(dpy, XK_KP_Enter);
+  xs.iMultiClickTime = XtGetMultiClickTime(dpy);
+  xs.bXft = xmUseVersion >= 2003 && !(flags & 4) && xs.appData.xft;
+  xs.iMsgBoxRule = (flags & 8) ? 1 : 0;
 }
 
 void yyDisplayRootOpen() {
-  Display* dpy = ixDisplay;
+  Display* dpy = xs.ixDisplay;
   if (!dpy) return;
-  if (iDispDepthMain > 8 && !BestMap && gColtab.empty()) {
-    gColtab.assign(64 * 64 * 64, 99999999UL);
-    gColtab.front() = BlackPixel(dpy, iScreen);
-    gColtab.back() = WhitePixel(dpy, iScreen);
-    nColtabEntries = static_cast<int>(gColtab.size());
+  if (xs.iDispDepthMain > 8 && !xs.BestMap && xs.gColtab.empty()) {
+    xs.gColtab.assign(64 * 64 * 64, 99999999UL);
+    xs.gColtab.front() = BlackPixel(dpy, xs.iScreen);
+    xs.gColtab.back() = WhitePixel(dpy, xs.iScreen);
+    xs.nColtabEntries = static_cast<int>(xs.gColtab.size());
   }
-  if (bSchemeDone) return;
-  bSchemeDone = true;
-  const ZelvAppData& a = appData;
+  if (xs.bSchemeDone) return;
+  xs.bSchemeDone = true;
+  const ZelvAppData& a = xs.appData;
   const Pixel src[20] = {a.foreground,     a.menuselForeColor,  a.topShadowColor, a.background,
                          a.bottomShadowColor, a.menuselBackColor, a.tooltipBackColor,
-                         a.tooltipForeColor, WhitePixel(dpy, iScreen), a.darkColor,
+                         a.tooltipForeColor, WhitePixel(dpy, xs.iScreen), a.darkColor,
                          a.grayTextColor,  a.menuForeColor,     a.menuDropColor,  a.menuBackColor,
                          a.editForeColor,  a.editBackColor,     a.altForeColor,   a.altBackColor,
                          a.armColor,       a.selectColor};
-  for (int i = 0; i < 20; ++i) wSchemeCol[i].pixel = src[i];
-  XQueryColors(dpy, iCmapMain, wSchemeCol.data(), 20);
+  for (int i = 0; i < 20; ++i) xs.wSchemeCol[i].pixel = src[i];
+  XQueryColors(dpy, xs.iCmapMain, xs.wSchemeCol.data(), 20);
   find_modifiers(dpy);
   make_cursors(dpy);
 }
 
 unsigned long yyAllocPixel(int red, int green, int blue) {
-  Display* dpy = ixDisplay;
+  Display* dpy = xs.ixDisplay;
   if (!dpy) return 0;
   red = std::clamp(red, 0, 255);
   green = std::clamp(green, 0, 255);
   blue = std::clamp(blue, 0, 255);
-  if (BestMap) {
-    const XStandardColormap& m = best_map_info;
+  if (xs.BestMap) {
+    const XStandardColormap& m = xs.best_map_info;
     return m.base_pixel + static_cast<unsigned long>(red) * m.red_max / 255 * m.red_mult +
            static_cast<unsigned long>(green) * m.green_max / 255 * m.green_mult +
            static_cast<unsigned long>(blue) * m.blue_max / 255 * m.blue_mult;
   }
-  if (nColtabEntries) {
+  if (xs.nColtabEntries) {
     const int index = red / 4 + (green / 4 + (blue / 4) * 64) * 64;
-    unsigned long& slot = gColtab[index];
+    unsigned long& slot = xs.gColtab[index];
     if (slot == 99999999UL) {
       XColor c{};
       c.red = static_cast<unsigned short>((red / 4 * 4 + 3) << 8);
       c.green = static_cast<unsigned short>((green / 4 * 4 + 3) << 8);
       c.blue = static_cast<unsigned short>((blue / 4 * 4 + 3) << 8);
       c.flags = DoRed | DoGreen | DoBlue;
-      if (XAllocColor(dpy, iCmapMain, &c)) slot = c.pixel;
+      if (XAllocColor(dpy, xs.iCmapMain, &c)) slot = c.pixel;
     }
     if (slot == 99999999UL) {
-      gColError = 1;
-      return WhitePixel(dpy, iScreen);
+      xs.gColError = 1;
+      return WhitePixel(dpy, xs.iScreen);
     }
     return slot;
   }
-  if (red == 255 && green == 255 && blue == 255) return WhitePixel(dpy, iScreen);
-  if (red == 0 && green == 0 && blue == 0) return BlackPixel(dpy, iScreen);
+  if (red == 255 && green == 255 && blue == 255) return WhitePixel(dpy, xs.iScreen);
+  if (red == 0 && green == 0 && blue == 0) return BlackPixel(dpy, xs.iScreen);
   XColor c{};
   c.red = static_cast<unsigned short>(red << 8);
   c.green = static_cast<unsigned short>(green << 8);
   c.blue = static_cast<unsigned short>(blue << 8);
   c.flags = DoRed | DoGreen | DoBlue;
-  return XAllocColor(dpy, iCmapMain, &c) ? c.pixel : WhitePixel(dpy, iScreen);
+  return XAllocColor(dpy, xs.iCmapMain, &c) ? c.pixel : WhitePixel(dpy, xs.iScreen);
 }
 
 std::string yyConvertEncoding(std::string_view text, int encoding, int& texttype) {
@@ -479,15 +480,15 @@ int WInfoScreen(int item) {
     case 1: return d.iscwid;
     case 2: return d.ischgt;
     case 3: return d.isccol;
-    case 4: return (BestMap || iDispDepthMain <= 8) ? 1 : 0;
-    case 5: return ixDisplay && DoesBackingStore(ScreenOfDisplay(ixDisplay, iScreen)) != NotUseful;
-    case 32: return iFontFound;
-    case 33: return bXft ? 1 : 0;
+    case 4: return (xs.BestMap || xs.iDispDepthMain <= 8) ? 1 : 0;
+    case 5: return xs.ixDisplay && DoesBackingStore(ScreenOfDisplay(xs.ixDisplay, xs.iScreen)) != NotUseful;
+    case 32: return xs.iFontFound;
+    case 33: return xs.bXft ? 1 : 0;
     case 34: return d.iscwidmm;
     case 35: return d.ischgtmm;
     default:
       if (item >= 6 && item <= 26) {
-        const XColor& c = wSchemeCol[kSchemeOfItem[item - 6]];
+        const XColor& c = xs.wSchemeCol[kSchemeOfItem[item - 6]];
         return (c.red >> 8) | ((c.green >> 8) << 8) | ((c.blue >> 8) << 16);
       }
       return 0;
@@ -501,25 +502,25 @@ void WCursorShape(int shape, std::optional<int> scope) {
     yyerror(1015, "WCursorShape");
     return;
   }
-  Display* dpy = ixDisplay;
-  if (!dpy || !bSchemeDone) return;
-  const Cursor cur = ixCursor[shape];
-  using namespace zelvy_win;
+  Display* dpy = xs.ixDisplay;
+  if (!dpy || !xs.bSchemeDone) return;
+  const Cursor cur = xs.ixCursor[shape];
+  
   if (sc == 1) {
-    const int h = iWinCur;
-    if (h < 0 || h > iWinMax || !wWindow[h]) {
+    const int h = zelvy_win::state().iWinCur;
+    if (h < 0 || h > zelvy_win::state().iWinMax || !zelvy_win::state().wWindow[h]) {
       yyerror(1097, "WCursorShape");
       return;
     }
-    hCursorWin[h] = cur;
-    iCursorWin[h] = shape;
-    XDefineCursor(dpy, wClient[h], cur);
+    zelvy_win::state().hCursorWin[h] = cur;
+    zelvy_win::state().iCursorWin[h] = shape;
+    XDefineCursor(dpy, zelvy_win::state().wClient[h], cur);
   } else {
-    iCursor = shape;
-    for (int h = 0; h <= iWinMax; ++h) {
-      if (!wWindow[h] || (sc == 2 && hCursorWin[h])) continue;
-      hCursorWin[h] = 0;
-      XDefineCursor(dpy, wClient[h], cur);
+    xs.iCursor = shape;
+    for (int h = 0; h <= zelvy_win::state().iWinMax; ++h) {
+      if (!zelvy_win::state().wWindow[h] || (sc == 2 && zelvy_win::state().hCursorWin[h])) continue;
+      zelvy_win::state().hCursorWin[h] = 0;
+      XDefineCursor(dpy, zelvy_win::state().wClient[h], cur);
     }
   }
   XFlush(dpy);
@@ -527,9 +528,9 @@ void WCursorShape(int shape, std::optional<int> scope) {
 
 int yycurrenttime() {
   using namespace zelvy_win;
-  Display* dpy = ixDisplay;
-  if (!dpy || !wWindow[0] || !wClient[0]) return 0;
-  const Window w = wClient[0];
+  Display* dpy = xs.ixDisplay;
+  if (!dpy || !zelvy_win::state().wWindow[0] || !zelvy_win::state().wClient[0]) return 0;
+  const Window w = zelvy_win::state().wClient[0];
   XChangeProperty(dpy, w, XA_WM_CLASS, XA_ATOM, 32, PropModeAppend, nullptr, 0);
   XEvent ev;
   XWindowEvent(dpy, w, PropertyChangeMask, &ev);
@@ -540,24 +541,24 @@ int yysystime() { return yycurrenttime(); }
 
 int yymotifversion() { return xmUseVersion; }
 
-int yyvendorrelease() { return ixDisplay ? VendorRelease(ixDisplay) : 0; }
+int yyvendorrelease() { return xs.ixDisplay ? VendorRelease(xs.ixDisplay) : 0; }
 
 XftFont* yyXftOpen(const char* family, int size) {
   char name[256];
   std::snprintf(name, sizeof name, "%s-%-d", family && *family ? family : "Sans", size);
-  return XftFontOpenName(ixDisplay, iScreen, name);
+  return XftFontOpenName(xs.ixDisplay, xs.iScreen, name);
 }
 
 void yyStyleScrollbar(Widget widget, int which) {
-  if (!bFlatStyle || !widget) return;
+  if (!xs.bFlatStyle || !widget) return;
   Widget target = widget;
   if (which == 3 || which == 4) target = XtParent(widget);
   if (which >= 1 && which <= 4) {
     target = XtNameToWidget(target, (which == 1 || which == 3) ? "HorScrollBar" : "VertScrollBar");
     if (!target) return;
   }
-  XtVaSetValues(target, XmNtopShadowColor, wSchemeCol[9].pixel, XmNbottomShadowColor,
-                wSchemeCol[9].pixel, XmNshadowThickness, 1, XmNtroughColor, wSchemeCol[17].pixel,
+  XtVaSetValues(target, XmNtopShadowColor, xs.wSchemeCol[9].pixel, XmNbottomShadowColor,
+                xs.wSchemeCol[9].pixel, XmNshadowThickness, 1, XmNtroughColor, xs.wSchemeCol[17].pixel,
                 XmNsliderMark, 2, nullptr);
 }
 
@@ -577,7 +578,7 @@ std::string yyGetFilePart(int which, std::string_view path) {
 }
 
 int yyGetParentHandle(int& kind, Window xwin) {
-  Display* dpy = ixDisplay;
+  Display* dpy = xs.ixDisplay;
   while (dpy && xwin) {
     if (kind == 1 || kind == 3) {
       const int h = yyGetWindowIndex(0, xwin);
@@ -598,7 +599,7 @@ int yyGetParentHandle(int& kind, Window xwin) {
 }
 
 Pixmap yyCreateGreyPixmap(Pixmap pixmap, int width, int height, Pixel background) {
-  Display* dpy = ixDisplay;
+  Display* dpy = xs.ixDisplay;
   if (!dpy || pixmap == 2 || width < 1 || height < 1) return 2;
   XImage* img = XGetImage(dpy, pixmap, 0, 0, width, height, AllPlanes, ZPixmap);
   if (!img) return 2;
@@ -610,20 +611,27 @@ Pixmap yyCreateGreyPixmap(Pixmap pixmap, int width, int height, Pixel background
         XUnionRectWithRegion(&r, shape, shape);
       }
   XDestroyImage(img);
-  const Window root = RootWindow(dpy, iScreen);
-  Pixmap out = XCreatePixmap(dpy, root, width + 1, height + 1, iDispDepth);
+  const Window root = RootWindow(dpy, xs.iScreen);
+  Pixmap out = XCreatePixmap(dpy, root, width + 1, height + 1, xs.iDispDepth);
   GC gc = XCreateGC(dpy, out, 0, nullptr);
   XSetForeground(dpy, gc, background);
   XFillRectangle(dpy, out, gc, 0, 0, width + 1, height + 1);
   XOffsetRegion(shape, 1, 1);
   XSetRegion(dpy, gc, shape);
-  XSetForeground(dpy, gc, wSchemeCol[8].pixel);
+  XSetForeground(dpy, gc, xs.wSchemeCol[8].pixel);
   XFillRectangle(dpy, out, gc, 0, 0, width + 1, height + 1);
   XOffsetRegion(shape, -1, -1);
   XSetRegion(dpy, gc, shape);
-  XSetForeground(dpy, gc, wSchemeCol[4].pixel);
+  XSetForeground(dpy, gc, xs.wSchemeCol[4].pixel);
   XFillRectangle(dpy, out, gc, 0, 0, width + 1, height + 1);
   XFreeGC(dpy, gc);
   XDestroyRegion(shape);
   return out;
 }
+
+namespace zelvy_x {
+State& state() {
+  static State s;
+  return s;
+}
+}  // namespace zelvy_x

@@ -24,40 +24,47 @@ struct ZelvAppData {
 };
 
 namespace zelvy_x {
+struct State {
+  Display* ixDisplay = nullptr;
+  XtAppContext ixContext = nullptr;
+  Widget rootWidget = nullptr;
+  int iScreen = 0;
+  int iDispDepthMain = 0, iDispDepth = 0, iDispWidth = 0, iDispHeight = 0;
+  Colormap iCmapMain = 0;
+  Visual* iVisual = nullptr;
+  bool BestMap = false;
+  XStandardColormap best_map_info{};
+  std::vector<unsigned long> gColtab;  // the colour cache, 64 levels a component
+  int nColtabEntries = 0;
+  int gColError = 0;
+  int iKCReturn = 0, iKCKPEnter = 0;
+  int iMultiClickTime = 500;
+  bool bXft = false;
+  bool bFlatStyle = true;
+  int iFontFound = 0;
+  int iMsgBoxRule = 0;
+  unsigned int AltMask = Mod1Mask;
+  KeySym AltKeySym = 0;
+  unsigned int NumLockMask = 0;
+  int iXError = 0;
+  int iDialogEncoding = 0;  // 1: texts handed to the toolkit are UTF-8, else ISO 8859-1
+  int iClipboardMethod = 1;
+  ZelvAppData appData{};
+  std::string cDialogFont;   // the core font found for the dialog font size
+  XFontStruct* dialogFontStruct = nullptr;
+  std::array<XColor, 20> wSchemeCol{};
+  std::array<Cursor, 13> ixCursor{};
+  int iCursor = 0;           // shape of the global cursor
+  bool bSchemeDone = false;  // scheme colours, masks and cursors made at the first root window
+};
 
-inline Display* ixDisplay = nullptr;
-inline XtAppContext ixContext = nullptr;
-inline Widget rootWidget = nullptr;
-inline int iScreen = 0;
-inline int iDispDepthMain = 0, iDispDepth = 0, iDispWidth = 0, iDispHeight = 0;
-inline Colormap iCmapMain = 0;
-inline Visual* iVisual = nullptr;
-inline bool BestMap = false;
-inline XStandardColormap best_map_info{};
-inline std::vector<unsigned long> gColtab;  // the colour cache, 64 levels a component
-inline int nColtabEntries = 0;
-inline int gColError = 0;
-inline int iKCReturn = 0, iKCKPEnter = 0;
-inline int iMultiClickTime = 500;
-inline bool bXft = false;
-inline bool bFlatStyle = true;
-inline int iFontFound = 0;
-inline int iMsgBoxRule = 0;
-inline unsigned int AltMask = Mod1Mask;
-inline KeySym AltKeySym = 0;
-inline unsigned int NumLockMask = 0;
-inline int iXError = 0;
-inline int iDialogEncoding = 0;  // 1: texts handed to the toolkit are UTF-8, else ISO 8859-1
-inline int iClipboardMethod = 1;
-inline ZelvAppData appData{};
-inline std::string cDialogFont;   // the core font found for the dialog font size
-inline XFontStruct* dialogFontStruct = nullptr;
-inline std::array<XColor, 20> wSchemeCol{};
-inline std::array<Cursor, 13> ixCursor{};
-inline int iCursor = 0;           // shape of the global cursor
-inline bool bSchemeDone = false;  // scheme colours, masks and cursors made at the first root window
+// The one instance, defined in display.cpp.
+State& state();
 
 }  // namespace zelvy_x
+
+// The X connection, null before the display opens.
+inline Display* xdisplay() { return zelvy_x::state().ixDisplay; }
 
 // Opens the display once; colours -1 means failure (also on a second call).
 void yygetdisplayinfo(int fontsize, int flags, int& width, int& height, int& widthmm,

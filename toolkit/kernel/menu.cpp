@@ -23,7 +23,10 @@
 #include "toolkit/base/error.h"
 #include "toolkit/base/zelvy_data.h"
 
-using namespace zelvy_menu;
+// This module's state.
+static zelvy_menu::State& ms = zelvy_menu::state();
+
+
 
 // ---- The item tree ---------------------------------------------------------
 
@@ -130,8 +133,8 @@ void yyMenuLoad(int menuid, MenuRecord& m, int& status) {
   }
   // States set before the menu existed hold in it.
   for (std::size_t i = 0; i < n; ++i) {
-    auto it = itemstates.find(m.ItemIds[i]);
-    if (it != itemstates.end() && m.ItemIds[i] > 0) m.ItemFlags[i] |= static_cast<std::uint32_t>(it->second);
+    auto it = ms.itemstates.find(m.ItemIds[i]);
+    if (it != ms.itemstates.end() && m.ItemIds[i] > 0) m.ItemFlags[i] |= static_cast<std::uint32_t>(it->second);
   }
   yyMenuBuildPopups(m);
 }
@@ -262,7 +265,7 @@ int yyMenuResize(MenuRecord& m, int width) {
     if (x > 0 && x + m.ItemWidth[i] > width) {
       ++rows;
       x = 0;
-      y += iMenuHeight;
+      y += ms.iMenuHeight;
     }
     m.ItemX[i] = x;
     m.ItemY[i] = y;
@@ -316,8 +319,6 @@ int yyMenuMatchAccel(const AccelTable& t, unsigned long keysym, int modifiers) {
 
 namespace {
 
-using zelvy_x::ixDisplay;
-
 XftFont* xftMenuFont = nullptr;
 XFontStruct* coreMenuFont = nullptr;
 GC menuGC = nullptr;
@@ -328,41 +329,41 @@ Window savedFocus = None;
 int savedRevert = RevertToParent;
 std::string shownPrompt;  // the status bar keeps a view of it while it shows
 
-bool drawing_ready() { return ixDisplay && menuGC; }
+bool drawing_ready() { return xdisplay() && menuGC; }
 
 XftColor xft_colour(Pixel p) {
   XColor c{};
   c.pixel = p;
-  XQueryColor(ixDisplay, zelvy_x::iCmapMain, &c);
+  XQueryColor(xdisplay(), zelvy_x::state().iCmapMain, &c);
   XRenderColor rc{c.red, c.green, c.blue, 0xffff};
   XftColor out{};
-  XftColorAllocValue(ixDisplay, DefaultVisual(ixDisplay, zelvy_x::iScreen), zelvy_x::iCmapMain, &rc, &out);
+  XftColorAllocValue(xdisplay(), DefaultVisual(xdisplay(), zelvy_x::state().iScreen), zelvy_x::state().iCmapMain, &rc, &out);
   return out;
 }
 
 void prepare_drawing() {
-  if (!ixDisplay || menuGC) return;
+  if (!xdisplay() || menuGC) return;
   yyMenuRowHeight();
-  const Window root = RootWindow(ixDisplay, zelvy_x::iScreen);
-  menuGC = XCreateGC(ixDisplay, root, 0, nullptr);
-  if (coreMenuFont) XSetFont(ixDisplay, menuGC, coreMenuFont->fid);
+  const Window root = RootWindow(xdisplay(), zelvy_x::state().iScreen);
+  menuGC = XCreateGC(xdisplay(), root, 0, nullptr);
+  if (coreMenuFont) XSetFont(xdisplay(), menuGC, coreMenuFont->fid);
   if (xftMenuFont) {
-    menuDraw = XftDrawCreate(ixDisplay, root, DefaultVisual(ixDisplay, zelvy_x::iScreen), zelvy_x::iCmapMain);
-    const ZelvAppData& a = zelvy_x::appData;
+    menuDraw = XftDrawCreate(xdisplay(), root, DefaultVisual(xdisplay(), zelvy_x::state().iScreen), zelvy_x::state().iCmapMain);
+    const ZelvAppData& a = zelvy_x::state().appData;
     colFore = xft_colour(a.menuForeColor);
     colSel = xft_colour(a.menuselForeColor);
     colGrey = xft_colour(a.grayTextColor);
-    colWhite = xft_colour(WhitePixel(ixDisplay, zelvy_x::iScreen));
+    colWhite = xft_colour(WhitePixel(xdisplay(), zelvy_x::state().iScreen));
   }
 }
 
 int text_width(std::string_view text) {
-  if (text.empty() || !ixDisplay) return 0;
+  if (text.empty() || !xdisplay()) return 0;
   if (xftMenuFont) {
     int type = 0;
-    const std::string utf8 = yyConvertEncoding(text, zelvy_x::iDialogEncoding, type);
+    const std::string utf8 = yyConvertEncoding(text, zelvy_x::state().iDialogEncoding, type);
     XGlyphInfo ext{};
-    XftTextExtentsUtf8(ixDisplay, xftMenuFont, reinterpret_cast<const FcChar8*>(utf8.data()),
+    XftTextExtentsUtf8(xdisplay(), xftMenuFont, reinterpret_cast<const FcChar8*>(utf8.data()),
                        static_cast<int>(utf8.size()), &ext);
     return ext.xOff;
   }
@@ -374,13 +375,13 @@ void draw_text(Window w, int x, int y, std::string_view text, Pixel core, const 
   if (text.empty()) return;
   if (xftMenuFont && menuDraw) {
     int type = 0;
-    const std::string utf8 = yyConvertEncoding(text, zelvy_x::iDialogEncoding, type);
+    const std::string utf8 = yyConvertEncoding(text, zelvy_x::state().iDialogEncoding, type);
     XftDrawChange(menuDraw, w);
     XftDrawStringUtf8(menuDraw, &xft, xftMenuFont, x, y, reinterpret_cast<const FcChar8*>(utf8.data()),
                       static_cast<int>(utf8.size()));
   } else {
-    XSetForeground(ixDisplay, menuGC, core);
-    XDrawString(ixDisplay, w, menuGC, x, y, text.data(), static_cast<int>(text.size()));
+    XSetForeground(xdisplay(), menuGC, core);
+    XDrawString(xdisplay(), w, menuGC, x, y, text.data(), static_cast<int>(text.size()));
   }
 }
 
@@ -395,34 +396,32 @@ std::pair<std::string_view, std::string_view> split_text(std::string_view t) {
 
 int yyMenuRowHeight() {
   static bool measured = false;  // with the font of a display; until then nominal
-  if (measured || (iMenuHeight > 0 && !ixDisplay)) return iMenuHeight;
+  if (measured || (ms.iMenuHeight > 0 && !xdisplay())) return ms.iMenuHeight;
   int height = 13;
-  if (ixDisplay) {
+  if (xdisplay()) {
     measured = true;
-    const ZelvAppData& a = zelvy_x::appData;
-    if (zelvy_x::bXft) xftMenuFont = yyXftOpen(a.xftNameMenu, a.xftSizeMenu > 0 ? a.xftSizeMenu : 8);
+    const ZelvAppData& a = zelvy_x::state().appData;
+    if (zelvy_x::state().bXft) xftMenuFont = yyXftOpen(a.xftNameMenu, a.xftSizeMenu > 0 ? a.xftSizeMenu : 8);
     if (xftMenuFont) {
       XGlyphInfo ext{};
-      XftTextExtents8(ixDisplay, xftMenuFont, reinterpret_cast<const FcChar8*>("Wy@"), 3, &ext);
+      XftTextExtents8(xdisplay(), xftMenuFont, reinterpret_cast<const FcChar8*>("Wy@"), 3, &ext);
       height = ext.height;
-    } else if ((coreMenuFont = zelvy_x::dialogFontStruct)) {
+    } else if ((coreMenuFont = zelvy_x::state().dialogFontStruct)) {
       int dir = 0, asc = 0, desc = 0;
       XCharStruct all{};
       XTextExtents(coreMenuFont, "Wy@", 3, &dir, &asc, &desc, &all);
       height = all.ascent + all.descent;
     }
   }
-  iMenuHeight = height + 8;
-  iMenuYText = height + 4;
-  iVertUnd = height + 6;
-  return iMenuHeight;
+  ms.iMenuHeight = height + 8;
+  ms.iMenuYText = height + 4;
+  ms.iVertUnd = height + 6;
+  return ms.iMenuHeight;
 }
 
 // ---- Windows ---------------------------------------------------------------
 
 namespace {
-
-using namespace zelvy_win;
 
 void measure(MenuRecord& m) {
   yyMenuRowHeight();
@@ -444,31 +443,31 @@ void measure(MenuRecord& m) {
     }
     m.PopupTextWidth[p] = textwidth;
     m.PopupWidth[p] = textwidth + 19;
-    m.PopupHeight[p] = rows * iMenuHeight + seps * iSeparHeight + 6;
+    m.PopupHeight[p] = rows * ms.iMenuHeight + seps * zelvy_menu::iSeparHeight + 6;
     int y = 3;
     for (int i : items) {
       m.ItemX[i] = 3;
       m.ItemY[i] = y;
       m.ItemWidth[i] = m.PopupWidth[p];
-      y += m.separator(i) ? iSeparHeight : iMenuHeight;
+      y += m.separator(i) ? zelvy_menu::iSeparHeight : ms.iMenuHeight;
     }
   }
 }
 
 int item_height(const MenuRecord& m, int i) {
-  return (m.separator(i) && !(m.ItemPopup[i] == 0 && !m.Floating)) ? iSeparHeight : iMenuHeight;
+  return (m.separator(i) && !(m.ItemPopup[i] == 0 && !m.Floating)) ? zelvy_menu::iSeparHeight : ms.iMenuHeight;
 }
 
 constexpr long kItemEvents = ExposureMask | ButtonPressMask | ButtonReleaseMask;
 
 void create_windows(MenuRecord& m) {
-  if (!ixDisplay || m.Created) return;
+  if (!xdisplay() || m.Created) return;
   if (!m.Floating && !yywindowexists(m.Owner)) return;
   prepare_drawing();
   measure(m);
-  Display* dpy = ixDisplay;
-  const ZelvAppData& a = zelvy_x::appData;
-  const Window root = RootWindow(dpy, zelvy_x::iScreen);
+  Display* dpy = xdisplay();
+  const ZelvAppData& a = zelvy_x::state().appData;
+  const Window root = RootWindow(dpy, zelvy_x::state().iScreen);
   for (int p = 0; p < m.PopupCount; ++p) {
     XSetWindowAttributes at{};
     at.event_mask = kItemEvents;
@@ -477,16 +476,16 @@ void create_windows(MenuRecord& m) {
     Window w = 0;
     if (p == 0 && !m.Floating) {
       at.background_pixel = a.menuBackColor;
-      const int width = std::max(1, WinInfo[m.Owner].FrameWidth);
+      const int width = std::max(1, zelvy_win::state().WinInfo[m.Owner].FrameWidth);
       yyMenuResize(m, width);
-      w = XCreateWindow(dpy, wWindow[m.Owner], 0, 0, width, m.BarRows * iMenuHeight, 0, CopyFromParent,
+      w = XCreateWindow(dpy, zelvy_win::state().wWindow[m.Owner], 0, 0, width, m.BarRows * ms.iMenuHeight, 0, CopyFromParent,
                         InputOutput, CopyFromParent, mask, &at);
     } else {
       at.background_pixel = a.menuDropColor;
       at.override_redirect = True;
       at.save_under = True;
       at.backing_store = Always;
-      at.cursor = zelvy_x::ixCursor[0];
+      at.cursor = zelvy_x::state().ixCursor[0];
       mask |= CWOverrideRedirect | CWSaveUnder | CWBackingStore | (at.cursor ? CWCursor : 0);
       w = XCreateWindow(dpy, root, 0, 0, m.PopupWidth[p] + 6, std::max(1, m.PopupHeight[p]), 0,
                         CopyFromParent, InputOutput, CopyFromParent, mask, &at);
@@ -509,9 +508,9 @@ void create_windows(MenuRecord& m) {
 
 void destroy_windows(MenuRecord& m) {
   if (!m.Created) return;
-  if (ixDisplay) {
+  if (xdisplay()) {
     for (Window w : m.PopupWindows)
-      if (w) XDestroyWindow(ixDisplay, w);  // items go with their pop-up
+      if (w) XDestroyWindow(xdisplay(), w);  // items go with their pop-up
   }
   std::fill(m.PopupWindows.begin(), m.PopupWindows.end(), 0);
   std::fill(m.ItemWindows.begin(), m.ItemWindows.end(), 0);
@@ -520,9 +519,9 @@ void destroy_windows(MenuRecord& m) {
 
 // The window whose status bar shows the prompts: the nearest one up the chain with a bar.
 int prompt_window(int h) {
-  for (int guard = 0; h >= 0 && h < kMenuSlots && guard < kMenuSlots; ++guard) {
-    if (h < static_cast<int>(zelvy_sbar::psbarInfo.size()) && zelvy_sbar::psbarInfo[h]) return h;
-    h = WinInfo[h].Parent;
+  for (int guard = 0; h >= 0 && h < zelvy_menu::kMenuSlots && guard < zelvy_menu::kMenuSlots; ++guard) {
+    if (h < static_cast<int>(zelvy_sbar::state().psbarInfo.size()) && zelvy_sbar::state().psbarInfo[h]) return h;
+    h = zelvy_win::state().WinInfo[h].Parent;
   }
   return -1;
 }
@@ -532,7 +531,7 @@ bool has_prompts(const MenuRecord& m) { return !m.Prompts.empty() || m.DynamicPr
 // A floating menu also shows the prompts of the window's own menu.
 bool prompts_for(const MenuRecord& m, int win) {
   if (has_prompts(m)) return true;
-  return m.Floating && yywindowexists(win) && pwRootMenuSub[win] && has_prompts(*pwRootMenuSub[win]);
+  return m.Floating && yywindowexists(win) && ms.pwRootMenuSub[win] && has_prompts(*ms.pwRootMenuSub[win]);
 }
 
 int promptBar = -1;  // the window whose status bar shows the prompt line, -1 none
@@ -545,14 +544,14 @@ const std::string* prompt_of(const MenuRecord& m, int id) {
 }
 
 void show_prompt() {
-  MenuRecord* m = pwActiveMenu;
+  MenuRecord* m = ms.pwActiveMenu;
   if (!m || !m->Created || promptBar < 0) return;
-  const int win = iActiveMenuWin >= 0 ? iActiveMenuWin : m->Owner;
+  const int win = ms.iActiveMenuWin >= 0 ? ms.iActiveMenuWin : m->Owner;
   const int h = promptBar;
   const std::string* text = nullptr;
-  if (m->live(iCurMenuItem) && !m->separator(iCurMenuItem)) {
-    const int id = m->ItemIds[iCurMenuItem];
-    if (m->Floating && yywindowexists(win) && pwRootMenuSub[win]) text = prompt_of(*pwRootMenuSub[win], id);
+  if (m->live(ms.iCurMenuItem) && !m->separator(ms.iCurMenuItem)) {
+    const int id = m->ItemIds[ms.iCurMenuItem];
+    if (m->Floating && yywindowexists(win) && ms.pwRootMenuSub[win]) text = prompt_of(*ms.pwRootMenuSub[win], id);
     if (!text) text = prompt_of(*m, id);
   }
   shownPrompt = text ? *text : std::string();
@@ -562,14 +561,14 @@ void show_prompt() {
 // ---- Drawing ---------------------------------------------------------------
 
 bool highlighted(const MenuRecord& m, int i) {
-  if (pwActiveMenu != &m || m.separator(i)) return false;
-  return i == iCurMenuItem || (m.ItemSubPopup[i] >= 0 && is_open(m, m.ItemSubPopup[i]));
+  if (ms.pwActiveMenu != &m || m.separator(i)) return false;
+  return i == ms.iCurMenuItem || (m.ItemSubPopup[i] >= 0 && is_open(m, m.ItemSubPopup[i]));
 }
 
 void draw_item(const MenuRecord& m, int i) {
   if (!m.Created || !drawing_ready() || !m.live(i) || !m.ItemWindows[i]) return;
-  Display* dpy = ixDisplay;
-  const ZelvAppData& a = zelvy_x::appData;
+  Display* dpy = xdisplay();
+  const ZelvAppData& a = zelvy_x::state().appData;
   const Window w = m.ItemWindows[i];
   const bool onbar = m.ItemPopup[i] == 0 && !m.Floating;
   const bool hi = highlighted(m, i);
@@ -581,18 +580,18 @@ void draw_item(const MenuRecord& m, int i) {
     if (onbar) return;
     XSetForeground(dpy, menuGC, a.bottomShadowColor);
     XDrawLine(dpy, w, menuGC, 0, 4, width, 4);
-    XSetForeground(dpy, menuGC, WhitePixel(dpy, zelvy_x::iScreen));
+    XSetForeground(dpy, menuGC, WhitePixel(dpy, zelvy_x::state().iScreen));
     XDrawLine(dpy, w, menuGC, 0, 5, width, 5);
     return;
   }
   const bool grey = m.greyed(i);
   const Pixel fore = grey ? a.grayTextColor : hi ? a.menuselForeColor : a.menuForeColor;
   const XftColor& xfore = grey ? colGrey : hi ? colSel : colFore;
-  const Pixel white = WhitePixel(dpy, zelvy_x::iScreen);
+  const Pixel white = WhitePixel(dpy, zelvy_x::state().iScreen);
   const bool etched = grey && !hi;
   if (!onbar && (m.ItemFlags[i] & kMenuChecked)) {
     static constexpr int kTick[7] = {-1, 0, 1, 0, -1, -2, -3};
-    const int c = iMenuHeight / 2 - 1;
+    const int c = ms.iMenuHeight / 2 - 1;
     for (int pass = etched ? 0 : 1; pass < 2; ++pass) {
       XSetForeground(dpy, menuGC, pass == 0 ? white : fore);
       const int d = pass == 0 ? 1 : 0;
@@ -604,14 +603,14 @@ void draw_item(const MenuRecord& m, int i) {
                                     : split_text(m.ItemText[i]);
   const int ax = accel.empty() ? 0 : m.PopupTextWidth[m.ItemPopup[i]] - text_width(accel);
   if (etched) {
-    draw_text(w, tx + 1, iMenuYText + 1, label, white, colWhite);
-    if (!accel.empty()) draw_text(w, ax + 1, iMenuYText + 1, accel, white, colWhite);
+    draw_text(w, tx + 1, ms.iMenuYText + 1, label, white, colWhite);
+    if (!accel.empty()) draw_text(w, ax + 1, ms.iMenuYText + 1, accel, white, colWhite);
   }
-  draw_text(w, tx, iMenuYText, label, fore, xfore);
-  if (!accel.empty()) draw_text(w, ax, iMenuYText, accel, fore, xfore);
+  draw_text(w, tx, ms.iMenuYText, label, fore, xfore);
+  if (!accel.empty()) draw_text(w, ax, ms.iMenuYText, accel, fore, xfore);
   if (!onbar && m.has_sub(i)) {
-    const int s = iMenuHeight < 24 ? iMenuHeight / 4 : 6;
-    const int x = m.PopupWidth[m.ItemPopup[i]] - s - 4, mid = iMenuHeight / 2;
+    const int s = ms.iMenuHeight < 24 ? ms.iMenuHeight / 4 : 6;
+    const int x = m.PopupWidth[m.ItemPopup[i]] - s - 4, mid = ms.iMenuHeight / 2;
     for (int pass = etched ? 0 : 1; pass < 2; ++pass) {
       const int d = pass == 0 ? 0 : -1;
       XPoint pts[3] = {{static_cast<short>(x + d), static_cast<short>(mid - s + d)},
@@ -626,18 +625,18 @@ void draw_item(const MenuRecord& m, int i) {
     const int ux = tx + text_width(label.substr(0, mn));
     const int uw = text_width(label.substr(mn, 1));
     XSetForeground(dpy, menuGC, fore);
-    XFillRectangle(dpy, w, menuGC, ux, iVertUnd, std::max(1, uw), 1);
+    XFillRectangle(dpy, w, menuGC, ux, ms.iVertUnd, std::max(1, uw), 1);
   }
 }
 
 void draw_popup_frame(const MenuRecord& m, int p) {
   if (!m.Created || !drawing_ready() || !m.PopupWindows[p]) return;
   if (p == 0 && !m.Floating) {
-    XClearWindow(ixDisplay, m.PopupWindows[0]);
+    XClearWindow(xdisplay(), m.PopupWindows[0]);
     return;
   }
-  XSetForeground(ixDisplay, menuGC, zelvy_x::appData.bottomShadowColor);
-  XDrawRectangle(ixDisplay, m.PopupWindows[p], menuGC, 0, 0, m.PopupWidth[p] + 5, m.PopupHeight[p] - 1);
+  XSetForeground(xdisplay(), menuGC, zelvy_x::state().appData.bottomShadowColor);
+  XDrawRectangle(xdisplay(), m.PopupWindows[p], menuGC, 0, 0, m.PopupWidth[p] + 5, m.PopupHeight[p] - 1);
 }
 
 void draw_popup(const MenuRecord& m, int p) {
@@ -649,10 +648,10 @@ void draw_popup(const MenuRecord& m, int p) {
 
 void open_popup_at(MenuRecord& m, int p, int x, int y) {
   m.OpenPopups.push_back(p);
-  m.OpenDirections.push_back(iMenuDir);
+  m.OpenDirections.push_back(ms.iMenuDir);
   if (!m.Created) return;
-  XMoveWindow(ixDisplay, m.PopupWindows[p], x, y);
-  XMapRaised(ixDisplay, m.PopupWindows[p]);
+  XMoveWindow(xdisplay(), m.PopupWindows[p], x, y);
+  XMapRaised(xdisplay(), m.PopupWindows[p]);
   draw_popup(m, p);
 }
 
@@ -663,10 +662,10 @@ void open_sub(MenuRecord& m, int item) {
   if (m.Created) {
     int ix = 0, iy = 0;
     Window child;
-    XTranslateCoordinates(ixDisplay, m.ItemWindows[item], RootWindow(ixDisplay, zelvy_x::iScreen), 0, 0, &ix,
+    XTranslateCoordinates(xdisplay(), m.ItemWindows[item], RootWindow(xdisplay(), zelvy_x::state().iScreen), 0, 0, &ix,
                           &iy, &child);
     yyMenuGetPos(ix, iy, m.ItemWidth[item], item_height(m, item), m.PopupWidth[p] + 6, m.PopupHeight[p],
-                 m.PopupKind[p], zelvy_x::iDispWidth, zelvy_x::iDispHeight, iMenuDir, x, y);
+                 m.PopupKind[p], zelvy_x::state().iDispWidth, zelvy_x::state().iDispHeight, ms.iMenuDir, x, y);
   }
   open_popup_at(m, p, x, y);
   draw_item(m, item);
@@ -677,8 +676,8 @@ void close_newest(MenuRecord& m) {
   const int p = m.OpenPopups.back();
   m.OpenPopups.pop_back();
   m.OpenDirections.pop_back();
-  iMenuDir = m.OpenDirections.empty() ? 1 : m.OpenDirections.back();
-  if (m.Created) XUnmapWindow(ixDisplay, m.PopupWindows[p]);
+  ms.iMenuDir = m.OpenDirections.empty() ? 1 : m.OpenDirections.back();
+  if (m.Created) XUnmapWindow(xdisplay(), m.PopupWindows[p]);
   const int parent = m.PopupParentItem[p];
   if (parent >= 0) draw_item(m, parent);
 }
@@ -709,29 +708,29 @@ void go_top(int item) {
 // Drops down the pop-up of a bar item and goes to its first or last item.
 void drop_down(MenuRecord& m, int item, bool last) {
   if (!m.has_sub(item) || m.greyed(item)) return;
-  bMenuAutoPop = true;
+  ms.bMenuAutoPop = true;
   open_sub(m, item);
   go(yyMenuEdgeItem(m, m.ItemSubPopup[item], last));
 }
 
 int bar_window(int h) {
-  for (int guard = 0; h >= 0 && h < kMenuSlots && guard < kMenuSlots; ++guard) {
-    if (!(WinInfo[h].Flags & 16) || WinInfo[h].Parent < 0) return h;
-    h = WinInfo[h].Parent;
+  for (int guard = 0; h >= 0 && h < zelvy_menu::kMenuSlots && guard < zelvy_menu::kMenuSlots; ++guard) {
+    if (!(zelvy_win::state().WinInfo[h].Flags & 16) || zelvy_win::state().WinInfo[h].Parent < 0) return h;
+    h = zelvy_win::state().WinInfo[h].Parent;
   }
   return -1;
 }
 
 bool is_alt_key(unsigned long ks) {
   return ks == XK_Alt_L || ks == XK_Alt_R || ks == XK_Meta_L || ks == XK_Meta_R ||
-         (zelvy_x::AltKeySym != 0 && ks == zelvy_x::AltKeySym);
+         (zelvy_x::state().AltKeySym != 0 && ks == zelvy_x::state().AltKeySym);
 }
 
 void select_crossing(MenuRecord& m, bool on) {
   if (!m.Created) return;
   const long mask = kItemEvents | (on ? EnterWindowMask | LeaveWindowMask : 0);
   for (Window w : m.ItemWindows)
-    if (w) XSelectInput(ixDisplay, w, mask);
+    if (w) XSelectInput(xdisplay(), w, mask);
 }
 
 }  // namespace
@@ -739,88 +738,88 @@ void select_crossing(MenuRecord& m, bool on) {
 // ---- Opening, closing, highlight ------------------------------------------
 
 void yyMenuActivate(int item, MenuRecord& m, int window) {
-  if (item != -1) iCurMenuItem = item;
-  iActiveMenuWin = window;
-  pwActiveMenu = &m;
+  if (item != -1) ms.iCurMenuItem = item;
+  ms.iActiveMenuWin = window;
+  ms.pwActiveMenu = &m;
   if (m.Created) {
-    Display* dpy = ixDisplay;
+    Display* dpy = xdisplay();
     const int win = window >= 0 ? window : m.Owner;
     if (promptBar < 0 && prompts_for(m, win) && (promptBar = prompt_window(win)) >= 0)
       yyWindowStatusBarSwitch(2, promptBar);
-    if (yywindowexists(window) && WinInfo[window].Visible) {
+    if (yywindowexists(window) && zelvy_win::state().WinInfo[window].Visible) {
       if (!focusSaved) {
         XGetInputFocus(dpy, &savedFocus, &savedRevert);
         focusSaved = savedFocus != None;
       }
       // Keys reach the menu through the frame while it is open.
       XWindowAttributes wa{};
-      XGetWindowAttributes(dpy, wWindow[window], &wa);
-      XSelectInput(dpy, wWindow[window], wa.your_event_mask | KeyPressMask);
-      XSetInputFocus(dpy, wWindow[window], RevertToParent, CurrentTime);
-      if (XGrabPointer(dpy, wWindow[window], True, ButtonPressMask | ButtonReleaseMask | EnterWindowMask | LeaveWindowMask,
+      XGetWindowAttributes(dpy, zelvy_win::state().wWindow[window], &wa);
+      XSelectInput(dpy, zelvy_win::state().wWindow[window], wa.your_event_mask | KeyPressMask);
+      XSetInputFocus(dpy, zelvy_win::state().wWindow[window], RevertToParent, CurrentTime);
+      if (XGrabPointer(dpy, zelvy_win::state().wWindow[window], True, ButtonPressMask | ButtonReleaseMask | EnterWindowMask | LeaveWindowMask,
                        GrabModeSync, GrabModeAsync, None, None, CurrentTime) == GrabSuccess) {
         XAllowEvents(dpy, SyncPointer, CurrentTime);
-        bGrabPointer = true;
+        ms.bGrabPointer = true;
       }
     }
     select_crossing(m, true);
   }
-  if (m.live(iCurMenuItem)) draw_item(m, iCurMenuItem);
+  if (m.live(ms.iCurMenuItem)) draw_item(m, ms.iCurMenuItem);
   show_prompt();
 }
 
 void yyMenuDeactivate() {
-  MenuRecord* mp = pwActiveMenu;
+  MenuRecord* mp = ms.pwActiveMenu;
   if (!mp) return;
   MenuRecord& m = *mp;
-  const int old = iCurMenuItem;
-  iCurMenuItem = -1;
+  const int old = ms.iCurMenuItem;
+  ms.iCurMenuItem = -1;
   if (promptBar >= 0) {
     yyWindowStatusBarPrompt(promptBar, false, {});
     yyWindowStatusBarSwitch(1, promptBar);
     promptBar = -1;
   }
   while (!m.OpenPopups.empty()) close_newest(m);
-  iMenuDir = 1;
+  ms.iMenuDir = 1;
   if (m.Created) {
     select_crossing(m, false);
-    if (bGrabPointer) {
-      XAllowEvents(ixDisplay, AsyncPointer, CurrentTime);
-      XUngrabPointer(ixDisplay, CurrentTime);
+    if (ms.bGrabPointer) {
+      XAllowEvents(xdisplay(), AsyncPointer, CurrentTime);
+      XUngrabPointer(xdisplay(), CurrentTime);
     }
-    if (focusSaved) XSetInputFocus(ixDisplay, savedFocus, savedRevert, CurrentTime);
-    XFlush(ixDisplay);
+    if (focusSaved) XSetInputFocus(xdisplay(), savedFocus, savedRevert, CurrentTime);
+    XFlush(xdisplay());
   }
   focusSaved = false;
-  bGrabPointer = false;
-  pwActiveMenu = nullptr;
-  iActiveMenuWin = -1;
-  bMenuAutoPop = false;
-  iTopItemPress = iTopWinPress = -1;
+  ms.bGrabPointer = false;
+  ms.pwActiveMenu = nullptr;
+  ms.iActiveMenuWin = -1;
+  ms.bMenuAutoPop = false;
+  ms.iTopItemPress = ms.iTopWinPress = -1;
   if (m.live(old)) draw_item(m, old);
-  if (m.Floating && pwFloatMenu.get() == &m) {
+  if (m.Floating && ms.pwFloatMenu.get() == &m) {
     destroy_windows(m);
-    pwFloatMenu.reset();
+    ms.pwFloatMenu.reset();
   }
 }
 
 void yyMenuInvert(int item, int event, bool open) {
-  MenuRecord* mp = pwActiveMenu;
+  MenuRecord* mp = ms.pwActiveMenu;
   if (!mp || !mp->live(item)) return;
   MenuRecord& m = *mp;
   if (event == 7) {
-    const int prev = iCurMenuItem;
-    iCurMenuItem = item;
+    const int prev = ms.iCurMenuItem;
+    ms.iCurMenuItem = item;
     close_above(m, m.ItemPopup[item]);
     if (m.live(prev) && prev != item) draw_item(m, prev);
     const int parent = m.PopupParentItem[m.ItemPopup[item]];
     if (parent >= 0) draw_item(m, parent);
     draw_item(m, item);
-    if (open && bMenuAutoPop && m.has_sub(item) && !m.greyed(item)) open_sub(m, item);
+    if (open && ms.bMenuAutoPop && m.has_sub(item) && !m.greyed(item)) open_sub(m, item);
   } else if (event == 8) {
-    iCurMenuItem = m.OpenPopups.empty() ? -1 : m.PopupParentItem[m.OpenPopups.back()];
+    ms.iCurMenuItem = m.OpenPopups.empty() ? -1 : m.PopupParentItem[m.OpenPopups.back()];
     draw_item(m, item);
-    if (m.live(iCurMenuItem)) draw_item(m, iCurMenuItem);
+    if (m.live(ms.iCurMenuItem)) draw_item(m, ms.iCurMenuItem);
   }
   show_prompt();
 }
@@ -829,10 +828,10 @@ void yyMenuInvert(int item, int event, bool open) {
 
 bool yyMenuProcessKey(unsigned long ks, unsigned int state, int window, int& type, int& value1, int& value2) {
   type = 0;
-  const bool shift = state & ShiftMask, ctrl = state & ControlMask, alt = state & zelvy_x::AltMask;
-  if (!pwActiveMenu) {
+  const bool shift = state & ShiftMask, ctrl = state & ControlMask, alt = state & zelvy_x::state().AltMask;
+  if (!ms.pwActiveMenu) {
     const int h = bar_window(window);
-    MenuRecord* m = h >= 0 ? pwRootMenuAct[h] : nullptr;
+    MenuRecord* m = h >= 0 ? ms.pwRootMenuAct[h] : nullptr;
     if (!m) return false;
     if (alt && !shift && !ctrl) {
       int count = 0;
@@ -846,25 +845,25 @@ bool yyMenuProcessKey(unsigned long ks, unsigned int state, int window, int& typ
         }
         return true;
       }
-      bMenuAutoPop = m->has_sub(it);
+      ms.bMenuAutoPop = m->has_sub(it);
       yyMenuActivate(it, *m, h);
-      if (bMenuAutoPop && !m->greyed(it)) open_sub(*m, it);
+      if (ms.bMenuAutoPop && !m->greyed(it)) open_sub(*m, it);
       return true;
     }
     if (ks == XK_F10 && !shift) {
-      bMenuAutoPop = false;
+      ms.bMenuAutoPop = false;
       yyMenuActivate(yyMenuEdgeItem(*m, 0, false), *m, h);
       return true;
     }
     return false;
   }
 
-  MenuRecord& m = *pwActiveMenu;
+  MenuRecord& m = *ms.pwActiveMenu;
   if ((ks == XK_F10 && !shift) || ks == XK_Escape || is_alt_key(ks)) {
     yyMenuDeactivate();
     return true;
   }
-  const int c = iCurMenuItem;
+  const int c = ms.iCurMenuItem;
   const bool live = m.live(c);
   const int newest = m.OpenPopups.empty() ? 0 : m.OpenPopups.back();
   const int p = live ? m.ItemPopup[c] : newest;
@@ -874,7 +873,7 @@ bool yyMenuProcessKey(unsigned long ks, unsigned int state, int window, int& typ
   switch (ks) {
     case XK_Up: case XK_KP_Up:
       if (!live) go(yyMenuEdgeItem(m, newest, true));
-      else if (onbar) drop_down(m, c, bMenuAutoPop);
+      else if (onbar) drop_down(m, c, ms.bMenuAutoPop);
       else if (subopen) go(yyMenuEdgeItem(m, sub, true));
       else go(yyMenuStep(m, c, -1));
       return true;
@@ -896,7 +895,7 @@ bool yyMenuProcessKey(unsigned long ks, unsigned int state, int window, int& typ
         close_newest(m);
         go(m.PopupParentItem[p]);
       } else if (m.PopupKind[p] == kPopupDrop) {
-        bMenuAutoPop = true;
+        ms.bMenuAutoPop = true;
         go_top(yyMenuStep(m, m.PopupParentItem[p], -1));
       }
       return true;
@@ -908,7 +907,7 @@ bool yyMenuProcessKey(unsigned long ks, unsigned int state, int window, int& typ
         open_sub(m, c);
         go(yyMenuEdgeItem(m, sub, false));
       } else if (!m.Floating) {
-        bMenuAutoPop = true;
+        ms.bMenuAutoPop = true;
         go_top(yyMenuStep(m, top_ancestor(m, c), 1));
       }
       return true;
@@ -951,18 +950,18 @@ bool yyMenuProcessKey(unsigned long ks, unsigned int state, int window, int& typ
 
 bool yyMenuProcessAccel(unsigned long ks, unsigned int state, int window, int& type, int& value1, int& value2) {
   type = 0;
-  if (pwActiveMenu || window < 0 || window >= kMenuSlots) return false;
+  if (ms.pwActiveMenu || window < 0 || window >= zelvy_menu::kMenuSlots) return false;
   int h = window;
-  for (int guard = 0; !pwRootMenuSub[h] && WinInfo[h].Parent >= 0 && guard < kMenuSlots; ++guard) h = WinInfo[h].Parent;
-  if (!pwRootMenuSub[h]) h = 0;
-  int mods = ((state & ShiftMask) ? 1 : 0) + ((state & ControlMask) ? 4 : 0) + ((state & zelvy_x::AltMask) ? 8 : 0);
+  for (int guard = 0; !ms.pwRootMenuSub[h] && zelvy_win::state().WinInfo[h].Parent >= 0 && guard < zelvy_menu::kMenuSlots; ++guard) h = zelvy_win::state().WinInfo[h].Parent;
+  if (!ms.pwRootMenuSub[h]) h = 0;
+  int mods = ((state & ShiftMask) ? 1 : 0) + ((state & ControlMask) ? 4 : 0) + ((state & zelvy_x::state().AltMask) ? 8 : 0);
   if (ks == XK_ISO_Left_Tab) {
     ks = XK_Tab;
     mods |= 1;
   }
-  const int id = yyMenuMatchAccel(pwAccelTable[h], ks, mods);
+  const int id = yyMenuMatchAccel(ms.pwAccelTable[h], ks, mods);
   if (id == 0) return false;
-  if (const MenuRecord* m = pwRootMenuSub[h].get()) {
+  if (const MenuRecord* m = ms.pwRootMenuSub[h].get()) {
     const int i = m->find(id);
     if (i >= 0 && m->greyed(i)) return true;  // a greyed item's accelerator is void
   }
@@ -976,30 +975,30 @@ void yyMenuProcessButton(MenuRecord& m, int item, bool press, int& type, int& va
   type = 0;
   if (!m.live(item)) return;
   const bool onbar = !m.Floating && m.ItemPopup[item] == 0;
-  if (!pwActiveMenu) {
+  if (!ms.pwActiveMenu) {
     if (!press || !onbar || m.separator(item)) return;
-    bMenuAutoPop = m.has_sub(item);
+    ms.bMenuAutoPop = m.has_sub(item);
     yyMenuActivate(item, m, m.Owner);
-    if (bMenuAutoPop && !m.greyed(item)) open_sub(m, item);
-    iTopItemPress = -1;
+    if (ms.bMenuAutoPop && !m.greyed(item)) open_sub(m, item);
+    ms.iTopItemPress = -1;
     return;
   }
   if (press) {
     if (onbar) {
-      iTopItemPress = item;
-      iTopWinPress = m.Owner;
+      ms.iTopItemPress = item;
+      ms.iTopWinPress = m.Owner;
     }
     return;
   }
-  const int c = iCurMenuItem;
+  const int c = ms.iCurMenuItem;
   if (m.selectable(c)) {
     choose(m, c, type, value1, value2);
     return;
   }
-  if (onbar && iTopItemPress == item) {
-    iTopItemPress = -1;
-    if (!bMenuAutoPop) {
-      bMenuAutoPop = true;
+  if (onbar && ms.iTopItemPress == item) {
+    ms.iTopItemPress = -1;
+    if (!ms.bMenuAutoPop) {
+      ms.bMenuAutoPop = true;
       if (!m.greyed(item)) open_sub(m, item);
       draw_item(m, item);
     } else {
@@ -1030,35 +1029,35 @@ MenuRecord* yyMenuFind(Window xwin, int& code, int& index) {
       }
     return false;
   };
-  if (look(pwActiveMenu)) return pwActiveMenu;
-  if (look(pwFloatMenu.get())) return pwFloatMenu.get();
-  for (auto& m : pwRootMenuSub)
+  if (look(ms.pwActiveMenu)) return ms.pwActiveMenu;
+  if (look(ms.pwFloatMenu.get())) return ms.pwFloatMenu.get();
+  for (auto& m : ms.pwRootMenuSub)
     if (look(m.get())) return m.get();
   return nullptr;
 }
 
 void yyMenuDrawRoot(int h) {
-  if (h < 0 || h >= kMenuSlots || !pwRootMenuAct[h]) return;
-  MenuRecord& m = *pwRootMenuAct[h];
+  if (h < 0 || h >= zelvy_menu::kMenuSlots || !ms.pwRootMenuAct[h]) return;
+  MenuRecord& m = *ms.pwRootMenuAct[h];
   draw_popup(m, 0);
 }
 
 int yyMenuBarHeight(int h) {
-  if (h < 0 || h >= kMenuSlots || !pwRootMenuAct[h] || pwRootMenuAct[h]->Floating) return 0;
-  MenuRecord& m = *pwRootMenuAct[h];
+  if (h < 0 || h >= zelvy_menu::kMenuSlots || !ms.pwRootMenuAct[h] || ms.pwRootMenuAct[h]->Floating) return 0;
+  MenuRecord& m = *ms.pwRootMenuAct[h];
   if (!m.Created) create_windows(m);
-  const int width = std::max(1, WinInfo[h].FrameWidth);
+  const int width = std::max(1, zelvy_win::state().WinInfo[h].FrameWidth);
   const int rows = yyMenuResize(m, width);
   if (m.Created) {
-    XMoveResizeWindow(ixDisplay, m.PopupWindows[0], 0, 0, width, rows * iMenuHeight);
+    XMoveResizeWindow(xdisplay(), m.PopupWindows[0], 0, 0, width, rows * ms.iMenuHeight);
     for (int i : items_of(m, 0))
-      XMoveResizeWindow(ixDisplay, m.ItemWindows[i], m.ItemX[i], m.ItemY[i], std::max(1, m.ItemWidth[i]),
-                        iMenuHeight);
+      XMoveResizeWindow(xdisplay(), m.ItemWindows[i], m.ItemX[i], m.ItemY[i], std::max(1, m.ItemWidth[i]),
+                        ms.iMenuHeight);
   }
   return rows * yyMenuRowHeight();
 }
 
-bool yyMenuIsOpen() { return pwActiveMenu != nullptr; }
+bool yyMenuIsOpen() { return ms.pwActiveMenu != nullptr; }
 
 namespace {
 
@@ -1070,8 +1069,8 @@ void send(int type, int value1, int value2, int x, int y, int win, Time time) {
 }
 
 int select_window() {
-  if (iActiveMenuWin >= 0) return iActiveMenuWin;
-  return pwActiveMenu ? std::max(0, pwActiveMenu->Owner) : 0;
+  if (ms.iActiveMenuWin >= 0) return ms.iActiveMenuWin;
+  return ms.pwActiveMenu ? std::max(0, ms.pwActiveMenu->Owner) : 0;
 }
 
 }  // namespace
@@ -1090,7 +1089,7 @@ bool yyMenuProcessEvent(XEvent& ev, MenuMessage& made) {
   struct Reset {
     ~Reset() { outMessage = nullptr; }
   } reset;
-  if (!ixDisplay) return false;
+  if (!xdisplay()) return false;
   int code = -1, index = -1;
   switch (ev.type) {
     case Expose: {
@@ -1099,7 +1098,7 @@ bool yyMenuProcessEvent(XEvent& ev, MenuMessage& made) {
       if (code == 6) draw_item(*m, index);
       else draw_popup_frame(*m, index);
       XEvent more;
-      while (XCheckTypedWindowEvent(ixDisplay, ev.xexpose.window, Expose, &more)) {}
+      while (XCheckTypedWindowEvent(xdisplay(), ev.xexpose.window, Expose, &more)) {}
       return true;
     }
     case ButtonPress:
@@ -1109,8 +1108,8 @@ bool yyMenuProcessEvent(XEvent& ev, MenuMessage& made) {
       MenuRecord* m = yyMenuFind(ev.xbutton.window, code, index);
       if (m && code == 6) {
         if (button == 1) {
-          if (!pwActiveMenu || pwActiveMenu == m) {
-            const int win = pwActiveMenu ? select_window() : std::max(0, m->Owner);
+          if (!ms.pwActiveMenu || ms.pwActiveMenu == m) {
+            const int win = ms.pwActiveMenu ? select_window() : std::max(0, m->Owner);
             int type = 0, v1 = 0, v2 = 0;
             yyMenuProcessButton(*m, index, press, type, v1, v2);
             send(type, v1, v2, 0, 0, win, ev.xbutton.time);
@@ -1118,16 +1117,16 @@ bool yyMenuProcessEvent(XEvent& ev, MenuMessage& made) {
             yyMenuDeactivate();
           }
         }
-      } else if ((!m || code == 4) && pwActiveMenu && (button == 1 || button == 3)) {
+      } else if ((!m || code == 4) && ms.pwActiveMenu && (button == 1 || button == 3)) {
         yyMenuDeactivate();
       }
-      if (bGrabPointer) XAllowEvents(ixDisplay, SyncPointer, CurrentTime);
+      if (ms.bGrabPointer) XAllowEvents(xdisplay(), SyncPointer, CurrentTime);
       return m != nullptr;
     }
     case EnterNotify:
     case LeaveNotify: {
       MenuRecord* m = yyMenuFind(ev.xcrossing.window, code, index);
-      if (m && m == pwActiveMenu && code == 6 && ev.xcrossing.mode == NotifyNormal)
+      if (m && m == ms.pwActiveMenu && code == 6 && ev.xcrossing.mode == NotifyNormal)
         yyMenuInvert(index, ev.type == EnterNotify ? 7 : 8, true);
       return m != nullptr;
     }
@@ -1138,7 +1137,7 @@ bool yyMenuProcessEvent(XEvent& ev, MenuMessage& made) {
       if (ks == XK_Tab || ks == XK_KP_Tab || ks == XK_ISO_Left_Tab || ks == 0x1000FF74 || ks == 0x1000FF75)
         ks = XLookupKeysym(&ev.xkey, 0);
       int win = -1;
-      if (pwActiveMenu) {
+      if (ms.pwActiveMenu) {
         win = select_window();
       } else {
         int kind = 1;
@@ -1157,7 +1156,7 @@ bool yyMenuProcessEvent(XEvent& ev, MenuMessage& made) {
       return false;
     }
     case KeyRelease:
-      return pwActiveMenu != nullptr;
+      return ms.pwActiveMenu != nullptr;
     default:
       return false;
   }
@@ -1166,19 +1165,19 @@ bool yyMenuProcessEvent(XEvent& ev, MenuMessage& made) {
 // ---- Menus of windows ------------------------------------------------------
 
 void yyMenuInstall(int h, std::unique_ptr<MenuRecord> menu) {
-  if (h < 0 || h >= kMenuSlots) return;
-  if (pwActiveMenu && pwActiveMenu == pwRootMenuSub[h].get()) yyMenuDeactivate();
-  if (pwRootMenuSub[h]) destroy_windows(*pwRootMenuSub[h]);
-  pwRootMenuSub[h] = std::move(menu);
-  pwRootMenuAct[h] = pwRootMenuSub[h].get();
-  pwAccelTable[h] = AccelTable{};
-  MenuRecord* m = pwRootMenuSub[h].get();
+  if (h < 0 || h >= zelvy_menu::kMenuSlots) return;
+  if (ms.pwActiveMenu && ms.pwActiveMenu == ms.pwRootMenuSub[h].get()) yyMenuDeactivate();
+  if (ms.pwRootMenuSub[h]) destroy_windows(*ms.pwRootMenuSub[h]);
+  ms.pwRootMenuSub[h] = std::move(menu);
+  ms.pwRootMenuAct[h] = ms.pwRootMenuSub[h].get();
+  ms.pwAccelTable[h] = AccelTable{};
+  MenuRecord* m = ms.pwRootMenuSub[h].get();
   if (!m) return;
   m->Owner = h;
   int count = -1;
   yyrcaccelcheck(m->MenuId, count);
   if (count > 0) {
-    AccelTable& t = pwAccelTable[h];
+    AccelTable& t = ms.pwAccelTable[h];
     t.ids.resize(count);
     t.keysyms.resize(count);
     t.modifiers.resize(count);
@@ -1189,7 +1188,7 @@ void yyMenuInstall(int h, std::unique_ptr<MenuRecord> menu) {
 
 void yymenu(int menuid, int h, int& status) {
   status = 0;
-  if (h < 0 || h >= kMenuSlots || (ixDisplay && !yywindowexists(h))) {
+  if (h < 0 || h >= zelvy_menu::kMenuSlots || (xdisplay() && !yywindowexists(h))) {
     status = 1003;
     return;
   }
@@ -1207,25 +1206,25 @@ void yymenu(int menuid, int h, int& status) {
 }
 
 void yyMenuWindowClosed(int h) {
-  if (h < 0 || h >= kMenuSlots) return;
-  if (pwActiveMenu && (iActiveMenuWin == h || pwActiveMenu == pwRootMenuSub[h].get())) yyMenuDeactivate();
-  if (pwRootMenuSub[h]) destroy_windows(*pwRootMenuSub[h]);
-  pwRootMenuSub[h].reset();
-  pwRootMenuAct[h] = nullptr;
-  pwAccelTable[h] = AccelTable{};
-  if (iWinMenu == h) iWinMenu = 0;
+  if (h < 0 || h >= zelvy_menu::kMenuSlots) return;
+  if (ms.pwActiveMenu && (ms.iActiveMenuWin == h || ms.pwActiveMenu == ms.pwRootMenuSub[h].get())) yyMenuDeactivate();
+  if (ms.pwRootMenuSub[h]) destroy_windows(*ms.pwRootMenuSub[h]);
+  ms.pwRootMenuSub[h].reset();
+  ms.pwRootMenuAct[h] = nullptr;
+  ms.pwAccelTable[h] = AccelTable{};
+  if (ms.iWinMenu == h) ms.iWinMenu = 0;
 }
 
 void yymenuselect(int window, int floating, int& status) {
   status = 0;
   if (window >= 0) {
-    if (window >= kMenuSlots) {
+    if (window >= zelvy_menu::kMenuSlots) {
       status = 1003;
       return;
     }
-    iWinMenu = window;
+    ms.iWinMenu = window;
   }
-  if (floating >= 0) iFloatMenu = floating != 0;
+  if (floating >= 0) ms.iFloatMenu = floating != 0;
 }
 
 // ---- Public routines -------------------------------------------------------
@@ -1235,15 +1234,15 @@ namespace {
 // The menu the public routines act on: the floating one while it is being
 // prepared, else the selected window's, else the root window's.
 MenuRecord* target_menu() {
-  if (iFloatMenu && pwFloatMenu) return pwFloatMenu.get();
-  const int h = iWinMenu;
-  if (h >= 0 && h < kMenuSlots && pwRootMenuSub[h]) return pwRootMenuSub[h].get();
-  return pwRootMenuSub[0].get();
+  if (ms.iFloatMenu && ms.pwFloatMenu) return ms.pwFloatMenu.get();
+  const int h = ms.iWinMenu;
+  if (h >= 0 && h < zelvy_menu::kMenuSlots && ms.pwRootMenuSub[h]) return ms.pwRootMenuSub[h].get();
+  return ms.pwRootMenuSub[0].get();
 }
 
 // Windows follow a change of the tree or of a text: new sizes, a new bar layout.
 void rebuild(MenuRecord& m) {
-  if (pwActiveMenu == &m) yyMenuDeactivate();
+  if (ms.pwActiveMenu == &m) yyMenuDeactivate();
   const bool had = m.Created;
   destroy_windows(m);
   yyMenuBuildPopups(m);
@@ -1268,7 +1267,7 @@ void WMenuSetState(int itemid, int state, int value) {
   }
   const std::uint32_t bit = state == 1 ? kMenuGreyed : kMenuChecked;
   const bool set = state == 1 ? value == 0 : value == 1;  // enabled is the absence of "greyed"
-  int& bits = itemstates[itemid];
+  int& bits = ms.itemstates[itemid];
   bits = set ? (bits | static_cast<int>(bit)) : (bits & ~static_cast<int>(bit));
   MenuRecord* m = target_menu();
   const int i = m ? m->find(itemid) : -1;
@@ -1277,7 +1276,7 @@ void WMenuSetState(int itemid, int state, int value) {
   if (now == m->ItemFlags[i]) return;
   m->ItemFlags[i] = now;
   draw_item(*m, i);
-  if (m->Created) XFlush(ixDisplay);
+  if (m->Created) XFlush(xdisplay());
 }
 
 int WMenuGetState(int itemid, int state) {
@@ -1287,8 +1286,8 @@ int WMenuGetState(int itemid, int state) {
   if (i >= 0) {
     bits = static_cast<int>(m->ItemFlags[i]);
   } else {
-    auto it = itemstates.find(itemid);
-    bits = it == itemstates.end() ? 0 : it->second;
+    auto it = ms.itemstates.find(itemid);
+    bits = it == ms.itemstates.end() ? 0 : it->second;
   }
   return state == 1 ? ((bits & kMenuGreyed) ? 0 : 1) : ((bits & kMenuChecked) ? 1 : 0);
 }
@@ -1400,45 +1399,45 @@ void WMenuFloatLoad(int menuid) {
   }
   m->Floating = true;
   yyMenuBuildPopups(*m);
-  m->Owner = zelvy_win::iWinCur;
-  pwFloatMenu = std::move(m);
-  iFloatMenu = true;
+  m->Owner = zelvy_win::state().iWinCur;
+  ms.pwFloatMenu = std::move(m);
+  ms.iFloatMenu = true;
 }
 
 void WMenuFloatShow(int x, int y, int flags) {
-  iFloatMenu = false;
-  if (!pwFloatMenu) {
+  ms.iFloatMenu = false;
+  if (!ms.pwFloatMenu) {
     yyerror(1001, "WMenuFloatShow");
     return;
   }
-  MenuRecord& m = *pwFloatMenu;
+  MenuRecord& m = *ms.pwFloatMenu;
   const int h = yywindowexists(m.Owner) ? m.Owner : 0;
   int sx = x, sy = y;
   if (!(flags & 1) && yywindowexists(h)) {
     int px = 0, py = 0;
     WindowUnitsToPixels(x, y, px, py);
     Window child;
-    XTranslateCoordinates(ixDisplay, wClient[h], RootWindow(ixDisplay, zelvy_x::iScreen), px, py, &sx, &sy, &child);
+    XTranslateCoordinates(xdisplay(), zelvy_win::state().wClient[h], RootWindow(xdisplay(), zelvy_x::state().iScreen), px, py, &sx, &sy, &child);
   }
   create_windows(m);
   if (m.Created) yyWindowPositionOnScreen(m.PopupWidth[0] + 6, m.PopupHeight[0], sx, sy);
-  bMenuAutoPop = true;
-  iCurMenuItem = -1;
+  ms.bMenuAutoPop = true;
+  ms.iCurMenuItem = -1;
   yyMenuActivate(-1, m, (flags & 2) ? -1 : h);
   open_popup_at(m, 0, sx, sy);
-  if (m.Created) XFlush(ixDisplay);
+  if (m.Created) XFlush(xdisplay());
 }
 
 void yymenufloating(int menuid, int x, int y, int flags, int& status) {
   status = 0;
   WMenuFloatLoad(menuid);
-  if (!pwFloatMenu) {
+  if (!ms.pwFloatMenu) {
     status = 1002;
     return;
   }
   // Items that the window's menu also has take its states and texts.
-  if (const MenuRecord* w = pwRootMenuSub[std::clamp(iWinMenu, 0, kMenuSlots - 1)].get()) {
-    MenuRecord& f = *pwFloatMenu;
+  if (const MenuRecord* w = ms.pwRootMenuSub[std::clamp(ms.iWinMenu, 0, zelvy_menu::kMenuSlots - 1)].get()) {
+    MenuRecord& f = *ms.pwFloatMenu;
     for (int i = 0; i < f.ItemCount(); ++i) {
       const int j = f.live(i) ? w->find(f.ItemIds[i]) : -1;
       if (j < 0) continue;
@@ -1450,3 +1449,10 @@ void yymenufloating(int menuid, int x, int y, int flags, int& status) {
   }
   WMenuFloatShow(x, y, flags);
 }
+
+namespace zelvy_menu {
+State& state() {
+  static State s;
+  return s;
+}
+}  // namespace zelvy_menu

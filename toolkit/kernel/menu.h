@@ -92,24 +92,29 @@ struct AccelTable {
 
 namespace zelvy_menu {
 constexpr int kMenuSlots = zelvy_data::kMaxWindow + 1;
-// States set by identifier, kept for toolbar buttons and for menus loaded later.
-inline std::map<int, int> itemstates;
-inline std::array<std::unique_ptr<MenuRecord>, kMenuSlots> pwRootMenuSub;
-inline std::array<MenuRecord*, kMenuSlots> pwRootMenuAct{};
-inline std::array<AccelTable, kMenuSlots> pwAccelTable;
-inline std::unique_ptr<MenuRecord> pwFloatMenu;
-inline MenuRecord* pwActiveMenu = nullptr;
-inline int iActiveMenuWin = -1;
-inline int iCurMenuItem = -1;
-inline bool bMenuAutoPop = false;
-inline int iMenuDir = 1;
-inline bool bGrabPointer = false;
-inline int iTopItemPress = -1, iTopWinPress = -1;
-inline int iWinMenu = 0;
-inline bool iFloatMenu = false;
-inline int iTextMenuType = -1;
-inline int iMenuHeight = 0, iMenuYText = 0, iVertUnd = 0;
 inline constexpr int iSeparHeight = 9;
+struct State {
+  // States set by identifier, kept for toolbar buttons and for menus loaded later.
+  std::map<int, int> itemstates;
+  std::array<std::unique_ptr<MenuRecord>, kMenuSlots> pwRootMenuSub;
+  std::array<MenuRecord*, kMenuSlots> pwRootMenuAct{};
+  std::array<AccelTable, kMenuSlots> pwAccelTable;
+  std::unique_ptr<MenuRecord> pwFloatMenu;
+  MenuRecord* pwActiveMenu = nullptr;
+  int iActiveMenuWin = -1;
+  int iCurMenuItem = -1;
+  bool bMenuAutoPop = false;
+  int iMenuDir = 1;
+  bool bGrabPointer = false;
+  int iTopItemPress = -1, iTopWinPress = -1;
+  int iWinMenu = 0;
+  bool iFloatMenu = false;
+  int iTextMenuType = -1;
+  int iMenuHeight = 0, iMenuYText = 0, iVertUnd = 0;
+};
+
+// The one instance, defined in menu.cpp.
+State& state();
 }  // namespace zelvy_menu
 
 // ---- Toolkit side --------------------------------------------------------

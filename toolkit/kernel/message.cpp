@@ -24,9 +24,6 @@ MessageRecord valuesaved;
 
 namespace {
 
-using namespace zelvy_win;
-using zelvy_x::ixDisplay;
-
 struct Pending {
   int type = 0;
   MessageRecord rec;
@@ -61,7 +58,7 @@ constexpr int kTagFieldChanged = 10, kTagTimer = 13;
 bool enabled(int type) { return type >= 1 && type <= 18 && iMessageEnabled[type - 1] != 0; }
 
 Atom message_atom() {
-  if (!aZelvMessage && ixDisplay) aZelvMessage = XInternAtom(ixDisplay, "_ZELV_MESSAGE", False);
+  if (!aZelvMessage && xdisplay()) aZelvMessage = XInternAtom(xdisplay(), "_ZELV_MESSAGE", False);
   return aZelvMessage;
 }
 
@@ -70,7 +67,7 @@ Atom message_atom() {
 void post_to_root(long tag, long v1 = 0, long v2 = 0, long v3 = 0, long v4 = 0) {
   XEvent ev{};
   ev.xclient.type = ClientMessage;
-  ev.xclient.window = wWindow[0];
+  ev.xclient.window = zelvy_win::state().wWindow[0];
   ev.xclient.message_type = message_atom();
   ev.xclient.format = 32;
   ev.xclient.data.l[0] = tag;
@@ -78,8 +75,8 @@ void post_to_root(long tag, long v1 = 0, long v2 = 0, long v3 = 0, long v4 = 0) 
   ev.xclient.data.l[2] = v2;
   ev.xclient.data.l[3] = v3;
   ev.xclient.data.l[4] = v4;
-  XSendEvent(ixDisplay, wWindow[0], False, 0, &ev);
-  XFlush(ixDisplay);
+  XSendEvent(xdisplay(), zelvy_win::state().wWindow[0], False, 0, &ev);
+  XFlush(xdisplay());
 }
 
 void noop_handler(Widget, XtPointer, XEvent*, Boolean*) {}
@@ -97,10 +94,10 @@ int window_type(Window xwin, int& h) {
 // whose widget tree holds it.
 int owner_of(Window xwin) {
   int h = yyGetWindowIndex(0, xwin);
-  if (h >= 0 || !ixDisplay) return h;
-  for (Widget w = XtWindowToWidget(ixDisplay, xwin); w; w = XtParent(w))
-    for (int c = 0; c <= iWinMax; ++c)
-      if (wtShell[c] == w) return c;
+  if (h >= 0 || !xdisplay()) return h;
+  for (Widget w = XtWindowToWidget(xdisplay(), xwin); w; w = XtParent(w))
+    for (int c = 0; c <= zelvy_win::state().iWinMax; ++c)
+      if (zelvy_win::state().wtShell[c] == w) return c;
   return -1;
 }
 
@@ -126,12 +123,12 @@ bool yyMsgBlockEvent(const XEvent& ev) {
 }
 
 void yyMsgResizeControl() {
-  for (int h = 0; h <= iWinMax; ++h) {
-    if (!wWindow[h]) continue;
+  for (int h = 0; h <= zelvy_win::state().iWinMax; ++h) {
+    if (!zelvy_win::state().wWindow[h]) continue;
     bool locked = false;
     if (nModal > 0) locked = h != iModal[nModal - 1];
     else if (nSemi > 0) locked = !(iObjCurType == 1 && h == iObjCur);
-    WinInfo[h].Locked = locked ? 1 : 0;
+    zelvy_win::state().WinInfo[h].Locked = locked ? 1 : 0;
     yyWindowSizeHints(h);
   }
 }
@@ -141,7 +138,7 @@ void yyMsgCompressExposeEvents(Window w, XEvent& ev) {
   int x1 = ev.xexpose.x, y1 = ev.xexpose.y;
   int x2 = x1 + ev.xexpose.width, y2 = y1 + ev.xexpose.height;
   XEvent more;
-  while (XCheckTypedWindowEvent(ixDisplay, w, Expose, &more)) {
+  while (XCheckTypedWindowEvent(xdisplay(), w, Expose, &more)) {
     x1 = std::min(x1, more.xexpose.x);
     y1 = std::min(y1, more.xexpose.y);
     x2 = std::max(x2, more.xexpose.x + more.xexpose.width);
@@ -165,14 +162,14 @@ void key_event(XEvent& ev) {
   const int h = owner_of(ev.xkey.window);
   if (h < 0) return;
   // Menus, accelerators and dialogs see keys first once they exist.
-  const int kind = WinInfo[h].Kind;
+  const int kind = zelvy_win::state().WinInfo[h].Kind;
   if (kind != 0 && kind != 2) return;
-  if (ev.xkey.window != wClient[h] && ev.xkey.window != wShell[h]) return;
+  if (ev.xkey.window != zelvy_win::state().wClient[h] && ev.xkey.window != zelvy_win::state().wShell[h]) return;
   const KeyMessage km = yyMsgProcessKey(ks, ev.xkey.state & ControlMask, ev.xkey.state & ShiftMask,
                                         std::string_view(buf, n > 0 ? n : 0));
   if (!km.made) return;
   int x = ev.xkey.x, y = ev.xkey.y;
-  if (ev.xkey.window == wShell[h]) y -= WinInfo[h].ClientY;
+  if (ev.xkey.window == zelvy_win::state().wShell[h]) y -= zelvy_win::state().WinInfo[h].ClientY;
   yyMsgSend(KeyDown, km.value1, km.value2, 0, km.value4, x, y, h, as_time(ev.xkey.time));
 }
 
@@ -181,8 +178,8 @@ void button_event(XEvent& ev) {
   int h = -1;
   int code = window_type(ev.xbutton.window, h);
   int x = ev.xbutton.x, y = ev.xbutton.y;
-  if (code == 1 && WinInfo[h].Kind == 0) {
-    y -= WinInfo[h].ClientY;
+  if (code == 1 && zelvy_win::state().WinInfo[h].Kind == 0) {
+    y -= zelvy_win::state().WinInfo[h].ClientY;
     if (y >= 0) code = 2;
   }
   const unsigned button = ev.xbutton.button;
@@ -195,11 +192,11 @@ void button_event(XEvent& ev) {
     return;
   }
   if (code != 2) return;
-  if (press) XSetInputFocus(ixDisplay, wClient[h], RevertToParent, ev.xbutton.time);
+  if (press) XSetInputFocus(xdisplay(), zelvy_win::state().wClient[h], RevertToParent, ev.xbutton.time);
   const int mods = mouse_modifiers(ev.xbutton.state);
   if (press) {
     const bool dbl = enabled(MouseDoubleClick) && static_cast<int>(button) == lastButton &&
-                     ev.xbutton.time - lastPress < static_cast<Time>(zelvy_x::iMultiClickTime);
+                     ev.xbutton.time - lastPress < static_cast<Time>(zelvy_x::state().iMultiClickTime);
     lastButton = static_cast<int>(button);
     lastPress = ev.xbutton.time;
     const int type = dbl ? MouseDoubleClick : MouseDown;
@@ -214,8 +211,8 @@ void motion_event(XEvent& ev) {
   int h = -1;
   int code = window_type(ev.xmotion.window, h);
   int y = ev.xmotion.y;
-  if (code == 1 && WinInfo[h].Kind == 0) {
-    y -= WinInfo[h].ClientY;
+  if (code == 1 && zelvy_win::state().WinInfo[h].Kind == 0) {
+    y -= zelvy_win::state().WinInfo[h].ClientY;
     if (y >= 0) code = 2;
   }
   if (code == 2 && enabled(MouseMove))
@@ -225,19 +222,19 @@ void motion_event(XEvent& ev) {
 
 // Returns true when the event has been dealt with and needs no widget.
 bool expose_event(XEvent& ev) {
-  XSync(ixDisplay, False);
+  XSync(xdisplay(), False);
   int h = -1;
   const int code = window_type(ev.xexpose.window, h);
   if (code == 2) {
     yyMsgCompressExposeEvents(ev.xexpose.window, ev);
-    if (WinInfo[h].Kind != 5)
+    if (zelvy_win::state().WinInfo[h].Kind != 5)
       yyMsgSend(ExposeMessage, ev.xexpose.width, ev.xexpose.height, 0, 0, ev.xexpose.x, ev.xexpose.y, h, 0);
     return false;
   }
   if (code == 3) {
     yyWindowStatusBarExpose(h, ev.xexpose.window);
     XEvent more;
-    while (XCheckTypedWindowEvent(ixDisplay, ev.xexpose.window, Expose, &more)) {}
+    while (XCheckTypedWindowEvent(xdisplay(), ev.xexpose.window, Expose, &more)) {}
     return true;
   }
   return false;
@@ -247,11 +244,11 @@ bool configure_event(XEvent& ev) {
   int h = -1;
   const int code = window_type(ev.xconfigure.window, h);
   if (code != 1 && code != 8) return false;
-  XSync(ixDisplay, False);
+  XSync(xdisplay(), False);
   XEvent more;
-  while (XCheckTypedWindowEvent(ixDisplay, ev.xconfigure.window, ConfigureNotify, &more)) ev = more;
+  while (XCheckTypedWindowEvent(xdisplay(), ev.xconfigure.window, ConfigureNotify, &more)) ev = more;
   XtDispatchEvent(&ev);  // the shell follows its new size and resizes the frame
-  WindowRecord& r = WinInfo[h];
+  WindowRecord& r = zelvy_win::state().WinInfo[h];
   if (code == 8 || code == 1) {
     r.FrameWidth = ev.xconfigure.width;
     r.FrameHeight = ev.xconfigure.height;
@@ -260,7 +257,7 @@ bool configure_event(XEvent& ev) {
   yyWindowResize(h);
   if (r.Kind != 2 && r.Kind != 5 && (r.ClientWidth != oldw || r.ClientHeight != oldh)) {
     yyMsgSend(Resize, r.ClientWidth, r.ClientHeight, 0, 0, ev.xconfigure.x, ev.xconfigure.y, h, 0);
-    XClearWindow(ixDisplay, wClient[h]);
+    XClearWindow(xdisplay(), zelvy_win::state().wClient[h]);
   }
   return true;
 }
@@ -271,7 +268,7 @@ bool client_message(XEvent& ev) {
   if (l[0] == kTagFieldChanged) {
     yyMsgSend(FieldChanged, static_cast<int>(l[1]), static_cast<int>(l[1]), 1, -1,
               static_cast<int>(l[2]), static_cast<int>(l[3]), static_cast<int>(l[4]), 0);
-  } else if (l[0] == kTagTimer && iTimerEnabled && ev.xclient.window == wWindow[0]) {
+  } else if (l[0] == kTagTimer && iTimerEnabled && ev.xclient.window == zelvy_win::state().wWindow[0]) {
     yyMsgSend(TimerExpired, static_cast<int>(l[1]), 0, 0, 0, 0, 0, 0, 0);
   }
   return true;
@@ -295,14 +292,14 @@ bool yyMsgProcessEvent(XEvent& ev) {
 // One X event through the toolkit, in the order: toolkit, then the widgets.
 int yyMsgInterpret() {
   XEvent ev;
-  XtAppNextEvent(zelvy_x::ixContext, &ev);
+  XtAppNextEvent(zelvy_x::state().ixContext, &ev);
   if (yyMsgBlockEvent(ev)) return 0;
   if (ev.type == KeyPress) {
     // Keypad Enter acts as Return, down to the keycode that widgets see.
-    if (zelvy_x::iKCKPEnter && ev.xkey.keycode == static_cast<unsigned>(zelvy_x::iKCKPEnter))
-      ev.xkey.keycode = zelvy_x::iKCReturn;
-    if (zelvy_x::AltKeySym == XK_Mode_switch && (ev.xkey.state & 8192))
-      ev.xkey.state = (ev.xkey.state & ~8192u) | zelvy_x::AltMask;
+    if (zelvy_x::state().iKCKPEnter && ev.xkey.keycode == static_cast<unsigned>(zelvy_x::state().iKCKPEnter))
+      ev.xkey.keycode = zelvy_x::state().iKCReturn;
+    if (zelvy_x::state().AltKeySym == XK_Mode_switch && (ev.xkey.state & 8192))
+      ev.xkey.state = (ev.xkey.state & ~8192u) | zelvy_x::state().AltMask;
   }
   // Menus and accelerators see every event first.
   if (yyMenuProcessEvent(ev)) return ZelvMessage.type;
@@ -315,7 +312,7 @@ void yymessageunits(int type, MessageRecord& r) {
   r.Y = r.PixelY;
   const int h = r.Win;
   const bool known = yywindowexists(h) && r.Value3 != 1;
-  const int w = known ? WinInfo[h].ClientWidth : 0, ht = known ? WinInfo[h].ClientHeight : 0;
+  const int w = known ? zelvy_win::state().WinInfo[h].ClientWidth : 0, ht = known ? zelvy_win::state().WinInfo[h].ClientHeight : 0;
   switch (type) {
     case KeyDown: case MouseDown: case MouseUp: case MouseMove: case MouseDoubleClick:
       r.GX = static_cast<float>(r.PixelX) + 0.5f;
@@ -340,7 +337,7 @@ void yymessageunits(int type, MessageRecord& r) {
     case Resize:
       r.PixelWidth = r.Value1;
       r.PixelHeight = r.Value2;
-      if (h == iWinCur) {
+      if (h == zelvy_win::state().iWinCur) {
         zelvy_data::data().iwinwid = r.Value1;
         zelvy_data::data().iwinhgt = r.Value2;
       }
@@ -359,11 +356,11 @@ void timer_fired(XtPointer data, XtIntervalId*) {
   const int id = static_cast<int>(reinterpret_cast<std::intptr_t>(data));
   for (auto it = pTimerInfo1.begin(); it != pTimerInfo1.end(); ++it) {
     if (it->id != id) continue;
-    if (it->repeat == 1) it->xid = XtAppAddTimeOut(zelvy_x::ixContext, it->interval, timer_fired, data);
+    if (it->repeat == 1) it->xid = XtAppAddTimeOut(zelvy_x::state().ixContext, it->interval, timer_fired, data);
     else pTimerInfo1.erase(it);
     break;
   }
-  if (!wWindow[0]) return;
+  if (!zelvy_win::state().wWindow[0]) return;
   post_to_root(kTagTimer, id);
 }
 
@@ -456,7 +453,7 @@ void WMessage(int& type, MessageRecord& record) {
     record = valuesaved;
     return;
   }
-  if (!ixDisplay || !zelvy_x::ixContext) {
+  if (!xdisplay() || !zelvy_x::state().ixContext) {
     // Without a display nothing can ever arrive; the caller's loop ends on this.
     type = CloseRequest;
     record = MessageRecord{};
@@ -491,7 +488,7 @@ void WMessagePeek(int& type, MessageRecord& record) {
     return;
   }
   type = -1;
-  if (!ixDisplay || !zelvy_x::ixContext) return;
+  if (!xdisplay() || !zelvy_x::state().ixContext) return;
   iInWMessage = 2;
   iFocusCount = 2;
   int t = 0;
@@ -500,10 +497,10 @@ void WMessagePeek(int& type, MessageRecord& record) {
     take(ZelvMessage2, t, rec);
   } else {
     while (t == 0) {
-      const XtInputMask pending = XtAppPending(zelvy_x::ixContext);
+      const XtInputMask pending = XtAppPending(zelvy_x::state().ixContext);
       if (!pending) break;
       if (!(pending & XtIMXEvent)) {
-        XtAppProcessEvent(zelvy_x::ixContext, pending & ~XtIMXEvent);  // timers first
+        XtAppProcessEvent(zelvy_x::state().ixContext, pending & ~XtIMXEvent);  // timers first
         continue;
       }
       ZelvMessage = Pending{};
@@ -525,7 +522,7 @@ void WMessageEnable(int type, int enable) {
   iMessageEnabled[type - 1] = enable ? 1 : 0;
   if (type == TimerExpired) iTimerEnabled = enable != 0;
   if (type == KeyDown || type == MouseMove || type == ExposeMessage)
-    for (int h = 0; h <= iWinMax; ++h) yyMsgApplyMasks(h);
+    for (int h = 0; h <= zelvy_win::state().iWinMax; ++h) yyMsgApplyMasks(h);
 }
 
 int WInfoMessage(int type) { return enabled(type) ? 1 : 0; }
@@ -545,7 +542,7 @@ void WMessageTimer(int milliseconds, int identifier, int repeat) {
     }
     return;
   }
-  if (!zelvy_x::ixContext) return;
+  if (!zelvy_x::state().ixContext) return;
   const XtPointer data = reinterpret_cast<XtPointer>(static_cast<std::intptr_t>(identifier));
   if (it != pTimerInfo1.end()) {
     XtRemoveTimeOut(it->xid);
@@ -554,7 +551,7 @@ void WMessageTimer(int milliseconds, int identifier, int repeat) {
     pTimerInfo1.push_back(Timer{milliseconds, identifier, repeat, 0});
     it = std::prev(pTimerInfo1.end());
   }
-  it->xid = XtAppAddTimeOut(zelvy_x::ixContext, static_cast<unsigned long>(milliseconds), timer_fired, data);
+  it->xid = XtAppAddTimeOut(zelvy_x::state().ixContext, static_cast<unsigned long>(milliseconds), timer_fired, data);
 }
 
 void yyMsgResetFilter() {
@@ -569,24 +566,24 @@ void yyMsgRestoreFilter() {
 }
 
 void yyMsgApplyMasks(int h) {
-  if (!yywindowexists(h) || !wtClient[h]) return;
+  if (!yywindowexists(h) || !zelvy_win::state().wtClient[h]) return;
   EventMask mask = StructureNotifyMask | ButtonPressMask | ButtonReleaseMask | PropertyChangeMask;
   if (enabled(KeyDown)) mask |= KeyPressMask;
   if (enabled(MouseMove)) mask |= PointerMotionMask;
   if (enabled(ExposeMessage)) mask |= ExposureMask;
   // Through an (empty) Xt handler, so that Xt selects the union of our mask
   // and the widgets' own; the events themselves are read before Xt sees them.
-  XtRemoveEventHandler(wtClient[h], XtAllEvents, True, noop_handler, nullptr);
-  XtAddEventHandler(wtClient[h], mask, False, noop_handler, nullptr);
+  XtRemoveEventHandler(zelvy_win::state().wtClient[h], XtAllEvents, True, noop_handler, nullptr);
+  XtAddEventHandler(zelvy_win::state().wtClient[h], mask, False, noop_handler, nullptr);
 }
 
 void yyMsgPostFieldChanged(int field, int x, int y, int win) {
-  if (!ixDisplay || !wWindow[0]) return;
+  if (!xdisplay() || !zelvy_win::state().wWindow[0]) return;
   post_to_root(kTagFieldChanged, field, x, y, win);
 }
 
 void yyMsgModalLoop(int win) {
-  if (nModal >= kModalDepth || !ixDisplay) return;
+  if (nModal >= kModalDepth || !xdisplay()) return;
   iModal[nModal++] = win;
   ZelvMessage = Pending{};
   bModalMessageLoop = true;
@@ -604,7 +601,7 @@ void yyMsgModalEnd() {
   bModalMessageLoop = false;
   // The loop waits for X events: one that means nothing wakes it when the
   // level is ended from a timer rather than from an event's callback.
-  if (!ixDisplay || !wWindow[0]) return;
+  if (!xdisplay() || !zelvy_win::state().wWindow[0]) return;
   post_to_root(0);
 }
 
@@ -613,15 +610,15 @@ void yyMsgSemiModelessStack(int direction, int kind, int handle) {
     if (k == 1) {
       if (!yywindowexists(hd)) return nullptr;
       static std::pair<int, int> tmp;
-      tmp = {WinInfo[hd].SavedObject, WinInfo[hd].SavedObjectKind};
+      tmp = {zelvy_win::state().WinInfo[hd].SavedObject, zelvy_win::state().WinInfo[hd].SavedObjectKind};
       return &tmp;
     }
     return &dialogSaved[hd];
   };
   auto store = [&](int k, int hd, std::pair<int, int> v) {
     if (k == 1 && yywindowexists(hd)) {
-      WinInfo[hd].SavedObject = v.first;
-      WinInfo[hd].SavedObjectKind = v.second;
+      zelvy_win::state().WinInfo[hd].SavedObject = v.first;
+      zelvy_win::state().WinInfo[hd].SavedObjectKind = v.second;
     } else if (k == 2) {
       dialogSaved[hd] = v;
     }
@@ -644,9 +641,9 @@ void yyMsgSemiModelessStack(int direction, int kind, int handle) {
     } else {
       // Keep the chain whole: whoever stored the popped object takes its predecessor.
       bool done = false;
-      for (int h = 0; h <= iWinMax && !done; ++h)
-        if (wWindow[h] && WinInfo[h].Mode == 3 && WinInfo[h].SavedObject == handle &&
-            WinInfo[h].SavedObjectKind == kind) {
+      for (int h = 0; h <= zelvy_win::state().iWinMax && !done; ++h)
+        if (zelvy_win::state().wWindow[h] && zelvy_win::state().WinInfo[h].Mode == 3 && zelvy_win::state().WinInfo[h].SavedObject == handle &&
+            zelvy_win::state().WinInfo[h].SavedObjectKind == kind) {
           store(1, h, prev);
           done = true;
         }

@@ -178,7 +178,7 @@ void WInitialise(std::string_view inifile, std::optional<int> flags, std::option
   if (!(iflags & 1)) yyxkeysymdb();
   if (kernel_os::env_char("ZELVXFT") == '0') iflags |= 4;
   const int size = fontsize.value_or(10);
-  zelvy_x::iClipboardMethod = kernel_os::env_char("ZELVCLIPBOARD") == '0' ? 0 : 1;
+  zelvy_x::state().iClipboardMethod = kernel_os::env_char("ZELVCLIPBOARD") == '0' ? 0 : 1;
 
   int greys = 0;
   yygetdisplayinfo(size, iflags, d.iscwid, d.ischgt, d.iscwidmm, d.ischgtmm, d.isccol, greys);

@@ -27,11 +27,16 @@ struct StatusBarRecord {
 };
 
 namespace zelvy_sbar {
-inline XftFont* xftSBarFont = nullptr;
-inline XFontStruct* coreSBarFont = nullptr;  // when client-side fonts are off
-inline int iSBarHeight = 0;
-inline int iSBarYText = 0;
-inline std::vector<std::unique_ptr<StatusBarRecord>> psbarInfo;  // by window handle
+struct State {
+  XftFont* xftSBarFont = nullptr;
+  XFontStruct* coreSBarFont = nullptr;  // when client-side fonts are off
+  int iSBarHeight = 0;
+  int iSBarYText = 0;
+  std::vector<std::unique_ptr<StatusBarRecord>> psbarInfo;  // by window handle
+};
+
+// The one instance, defined in statusbar.cpp.
+State& state();
 }  // namespace zelvy_sbar
 
 // Stage 1: font and height, before the first frame size; stage 2: drawing resources.

@@ -26,15 +26,15 @@
 #include "toolkit/base/error.h"
 #include "toolkit/base/zelvy_data.h"
 
-namespace {
+// This module's state.
+static zelvy_win::State& ws = zelvy_win::state();
 
-using namespace zelvy_win;
-using zelvy_x::ixDisplay;
+namespace {
 
 constexpr int kDefault = -999999;
 
 // The attributes the client windows are created with, one set per window for its background.
-std::array<XSetWindowAttributes, kSlots> iWinAttributes{};
+std::array<XSetWindowAttributes, zelvy_win::kSlots> iWinAttributes{};
 
 int menu_height(int h) { return yyMenuBarHeight(h); }
 
@@ -44,31 +44,31 @@ DialogEngineHooks& dialog_engine() {
 }
 
 int sbar_height(int h) {
-  const bool bar = zelvy_sbar::psbarInfo.size() > static_cast<size_t>(h) && zelvy_sbar::psbarInfo[h];
-  return bar ? zelvy_sbar::iSBarHeight + 1 : 0;
+  const bool bar = zelvy_sbar::state().psbarInfo.size() > static_cast<size_t>(h) && zelvy_sbar::state().psbarInfo[h];
+  return bar ? zelvy_sbar::state().iSBarHeight + 1 : 0;
 }
 
 // Height the frame adds to the client: menu bar and status bar.
 int extra_height(int h) { return menu_height(h) + sbar_height(h); }
 
 void set_title(int h, std::string_view title) {
-  WinInfo[h].Title = std::string(title);
-  if (!wShell[h]) return;
+  ws.WinInfo[h].Title = std::string(title);
+  if (!ws.wShell[h]) return;
   const std::string t(title);
-  XStoreName(ixDisplay, wShell[h], t.c_str());
-  XSetIconName(ixDisplay, wShell[h], t.c_str());
+  XStoreName(xdisplay(), ws.wShell[h], t.c_str());
+  XSetIconName(xdisplay(), ws.wShell[h], t.c_str());
 }
 
 void yyWindowWMCloseCB(Widget, XtPointer client, XtPointer) {
   const int h = static_cast<int>(reinterpret_cast<std::intptr_t>(client));
-  if (!yywindowexists(h) || WinInfo[h].Locked) return;
+  if (!yywindowexists(h) || ws.WinInfo[h].Locked) return;
   // Editors, viewers and grid windows handle their own close when they exist.
   yyMsgSend(CloseRequest, 0, 0, 0, 0, 0, 0, h, 0);
 }
 
 int free_handle() {
   for (int h = 1; h <= zelvy_data::kMaxWindow; ++h)
-    if (!wWindow[h]) return h;
+    if (!ws.wWindow[h]) return h;
   return -1;
 }
 
@@ -116,7 +116,7 @@ bool check_resources(const OpenRequest& q, const char* routine) {
 }
 
 bool open_window(int h, const OpenRequest& q, const char* routine) {
-  Display* dpy = ixDisplay;
+  Display* dpy = xdisplay();
   yyDisplayRootOpen();
 
   const bool with_dialog = check_resources(q, routine) && dialog_engine().pixels;
@@ -135,16 +135,16 @@ bool open_window(int h, const OpenRequest& q, const char* routine) {
   // A window inside its parent has no menu bar of its own.
   const bool with_menu = q.menuid > 0 && !(q.flags & 16);
   const int menu_rows = with_menu ? yyMenuRowHeight() : 0;
-  const int fh = ch + menu_rows + ((q.flags & 32) ? zelvy_sbar::iSBarHeight + 1 : 0);
+  const int fh = ch + menu_rows + ((q.flags & 32) ? zelvy_sbar::state().iSBarHeight + 1 : 0);
 
-  WindowRecord& r = WinInfo[h];
+  WindowRecord& r = ws.WinInfo[h];
   r = WindowRecord{};
   r.Flags = static_cast<unsigned>(sized.flags);
   if (sized.flags & 64) r.Flags &= ~12u;
   r.Visible = (q.flags & 128) ? 0 : 1;
   r.Parent = q.parent;
-  r.Colormap_ = zelvy_x::iCmapMain;
-  r.Depth = zelvy_x::iDispDepth;
+  r.Colormap_ = zelvy_x::state().iCmapMain;
+  r.Depth = zelvy_x::state().iDispDepth;
   r.FrameWidth = fw;
   r.FrameHeight = fh;
   int x = q.x, y = q.y;
@@ -152,9 +152,9 @@ bool open_window(int h, const OpenRequest& q, const char* routine) {
     // Inside the parent: relative to its client area on the screen.
     int px = 0, py = 0;
     Window child;
-    XTranslateCoordinates(dpy, wClient[q.parent], RootWindow(dpy, zelvy_x::iScreen), 0, 0, &px, &py,
+    XTranslateCoordinates(dpy, ws.wClient[q.parent], RootWindow(dpy, zelvy_x::state().iScreen), 0, 0, &px, &py,
                           &child);
-    const WindowRecord& p = WinInfo[q.parent];
+    const WindowRecord& p = ws.WinInfo[q.parent];
     if (x == kDefault) x = (p.ClientWidth - fw) / 2;
     if (y == kDefault) y = (p.ClientHeight - fh) / 2;
     x += px;
@@ -178,10 +178,10 @@ bool open_window(int h, const OpenRequest& q, const char* routine) {
   XtSetArg(args[n], XtNheight, fh); ++n;
   XtSetArg(args[n], XtNtitle, title.c_str()); ++n;
   XtSetArg(args[n], XtNiconName, title.c_str()); ++n;
-  if (zelvy_x::iCmapMain != DefaultColormap(dpy, zelvy_x::iScreen)) {
-    XtSetArg(args[n], XtNcolormap, zelvy_x::iCmapMain); ++n;
-    XtSetArg(args[n], XtNvisual, zelvy_x::iVisual); ++n;
-    XtSetArg(args[n], XtNdepth, zelvy_x::iDispDepth); ++n;
+  if (zelvy_x::state().iCmapMain != DefaultColormap(dpy, zelvy_x::state().iScreen)) {
+    XtSetArg(args[n], XtNcolormap, zelvy_x::state().iCmapMain); ++n;
+    XtSetArg(args[n], XtNvisual, zelvy_x::state().iVisual); ++n;
+    XtSetArg(args[n], XtNdepth, zelvy_x::state().iDispDepth); ++n;
   }
   WidgetClass shellclass = applicationShellWidgetClass;
   if (h != 0) {
@@ -189,48 +189,48 @@ bool open_window(int h, const OpenRequest& q, const char* routine) {
     if (q.parent >= 0 && (q.flags & (256 | 16))) {
       // The window manager keeps such a child above its parent.
       shellclass = transientShellWidgetClass;
-      XtSetArg(args[n], XtNtransientFor, wtShell[q.parent]); ++n;
+      XtSetArg(args[n], XtNtransientFor, ws.wtShell[q.parent]); ++n;
     }
   }
   Widget shell = XtAppCreateShell("Zelv", "Zelv", shellclass, dpy, args, n);
   Widget frame = XtVaCreateManagedWidget("MainWindow", xmDrawingAreaWidgetClass, shell,
                                          XmNmarginWidth, 0, XmNmarginHeight, 0, XmNresizePolicy,
                                          XmRESIZE_NONE, XtNwidth, fw, XtNheight, fh, nullptr);
-  Pixel clientbg = WhitePixel(dpy, zelvy_x::iScreen);
+  Pixel clientbg = WhitePixel(dpy, zelvy_x::state().iScreen);
   if (q.colour >= 0)
     clientbg = yyAllocPixel(q.colour & 255, (q.colour >> 8) & 255, (q.colour >> 16) & 255);
   XSetWindowAttributes& at = iWinAttributes[h];
   at = XSetWindowAttributes{};
   at.background_pixel = clientbg;
-  at.border_pixel = BlackPixel(dpy, zelvy_x::iScreen);
+  at.border_pixel = BlackPixel(dpy, zelvy_x::state().iScreen);
   at.bit_gravity = StaticGravity;
   at.backing_store = WhenMapped;
-  at.cursor = zelvy_x::ixCursor[zelvy_x::iCursor];
+  at.cursor = zelvy_x::state().ixCursor[zelvy_x::state().iCursor];
   at.event_mask = StructureNotifyMask | ButtonPressMask | ButtonReleaseMask | PropertyChangeMask;
-  const bool own_map = zelvy_x::iCmapMain != DefaultColormap(dpy, zelvy_x::iScreen);
+  const bool own_map = zelvy_x::state().iCmapMain != DefaultColormap(dpy, zelvy_x::state().iScreen);
   Widget client = XtVaCreateManagedWidget(
       "ClientWindow", windWidgetClass, frame, XmNmarginWidth, 0, XmNmarginHeight, 0,
       XmNresizePolicy, XmRESIZE_NONE, XtNx, 0, XtNy, 0, XtNwidth, cw, XtNheight, ch, XtNborderWidth,
       0, XtNbackground, clientbg, XmNtraversalOn, False, XtNwinAttributes, &at, XtNwinMask,
       static_cast<long>(CWBackPixel | CWBorderPixel | CWBitGravity | CWBackingStore | CWCursor |
                         CWEventMask),
-      XtNcolourMap, own_map ? zelvy_x::iCmapMain : 0, XtNwinVisual,
-      own_map ? zelvy_x::iVisual : nullptr, nullptr);
+      XtNcolourMap, own_map ? zelvy_x::state().iCmapMain : 0, XtNwinVisual,
+      own_map ? zelvy_x::state().iVisual : nullptr, nullptr);
   if (q.colour >= 0) {
     XtVaSetValues(frame, XtNbackground, clientbg, nullptr);
     XtVaSetValues(shell, XtNbackground, clientbg, nullptr);
   }
   XtRealizeWidget(shell);
 
-  wtShell[h] = shell;
-  wtWindow[h] = frame;
-  wtClient[h] = client;
-  wShell[h] = XtWindow(shell);
-  wWindow[h] = XtWindow(frame);
-  wClient[h] = XtWindow(client);
-  iWinColour[h] = q.colour;
-  hCursorWin[h] = 0;
-  iWinMax = std::max(iWinMax, h);
+  ws.wtShell[h] = shell;
+  ws.wtWindow[h] = frame;
+  ws.wtClient[h] = client;
+  ws.wShell[h] = XtWindow(shell);
+  ws.wWindow[h] = XtWindow(frame);
+  ws.wClient[h] = XtWindow(client);
+  ws.iWinColour[h] = q.colour;
+  ws.hCursorWin[h] = 0;
+  ws.iWinMax = std::max(ws.iWinMax, h);
 
   XSizeHints hints{};
   hints.flags = USPosition | USSize;
@@ -238,15 +238,15 @@ bool open_window(int h, const OpenRequest& q, const char* routine) {
   hints.y = y;
   hints.width = fw;
   hints.height = fh;
-  XSetWMNormalHints(dpy, wShell[h], &hints);
+  XSetWMNormalHints(dpy, ws.wShell[h], &hints);
   yyWindowSizeHints(h);
   set_title(h, q.title);
 
-  if (!aWMProtocols) {
-    aWMProtocols = XInternAtom(dpy, "WM_PROTOCOLS", False);
-    aWMDeleteWindow = XInternAtom(dpy, "WM_DELETE_WINDOW", False);
+  if (!ws.aWMProtocols) {
+    ws.aWMProtocols = XInternAtom(dpy, "WM_PROTOCOLS", False);
+    ws.aWMDeleteWindow = XInternAtom(dpy, "WM_DELETE_WINDOW", False);
   }
-  XmAddWMProtocolCallback(shell, aWMDeleteWindow, yyWindowWMCloseCB,
+  XmAddWMProtocolCallback(shell, ws.aWMDeleteWindow, yyWindowWMCloseCB,
                           reinterpret_cast<XtPointer>(static_cast<std::intptr_t>(h)));
 
   if (q.flags & 32) yyWindowStatusBarCreate(h);
@@ -266,34 +266,34 @@ bool open_window(int h, const OpenRequest& q, const char* routine) {
 
 void close_window(int h) {
   if (!yywindowexists(h)) return;
-  for (int c = 1; c <= iWinMax; ++c)
-    if (c != h && wWindow[c] && WinInfo[c].Parent == h) close_window(c);
-  Display* dpy = ixDisplay;
-  if (!WinInfo[h].Keep) XtUnmapWidget(wtShell[h]);
+  for (int c = 1; c <= ws.iWinMax; ++c)
+    if (c != h && ws.wWindow[c] && ws.WinInfo[c].Parent == h) close_window(c);
+  Display* dpy = xdisplay();
+  if (!ws.WinInfo[h].Keep) XtUnmapWidget(ws.wtShell[h]);
   yyWindowStatusBarShutdown(h);
   yyMenuWindowClosed(h);
-  XmRemoveWMProtocolCallback(wtShell[h], aWMDeleteWindow, yyWindowWMCloseCB,
+  XmRemoveWMProtocolCallback(ws.wtShell[h], ws.aWMDeleteWindow, yyWindowWMCloseCB,
                              reinterpret_cast<XtPointer>(static_cast<std::intptr_t>(h)));
-  XtDestroyWidget(wtShell[h]);
-  WinInfo[h] = WindowRecord{};
-  wtShell[h] = wtWindow[h] = wtClient[h] = nullptr;
-  wShell[h] = wWindow[h] = wClient[h] = 0;
-  iWinColour[h] = -1;
-  hCursorWin[h] = 0;
+  XtDestroyWidget(ws.wtShell[h]);
+  ws.WinInfo[h] = WindowRecord{};
+  ws.wtShell[h] = ws.wtWindow[h] = ws.wtClient[h] = nullptr;
+  ws.wShell[h] = ws.wWindow[h] = ws.wClient[h] = 0;
+  ws.iWinColour[h] = -1;
+  ws.hCursorWin[h] = 0;
   zelvy_data::data().iwflags[h] = -1;
   XSync(dpy, False);
 }
 
 void adjust_winmax() {
-  while (iWinMax >= 0 && !wWindow[iWinMax]) --iWinMax;
+  while (ws.iWinMax >= 0 && !ws.wWindow[ws.iWinMax]) --ws.iWinMax;
 }
 
 // The public side of a selection: size for unit conversion.
 void take_selection(int h) {
-  iWinCur = h;
+  ws.iWinCur = h;
   zelvy_data::data().iwinhandle = h;
-  zelvy_data::data().iwinwid = WinInfo[h].ClientWidth;
-  zelvy_data::data().iwinhgt = WinInfo[h].ClientHeight;
+  zelvy_data::data().iwinwid = ws.WinInfo[h].ClientWidth;
+  zelvy_data::data().iwinhgt = ws.WinInfo[h].ClientHeight;
   int status = 0;
   yymenuselect(h, -1, status);  // the menu routines act on the selected window's menu
 }
@@ -311,22 +311,22 @@ int yyunitsfrompixels(int pixel, int size) {
 }
 
 void yyWindowPositionOnScreen(int width, int height, int& x, int& y) {
-  const int dw = zelvy_x::iDispWidth, dh = zelvy_x::iDispHeight;
+  const int dw = zelvy_x::state().iDispWidth, dh = zelvy_x::state().iDispHeight;
   if (x + width > dw) x = dw - width;
   if (x < 0) x = 0;
   if (y + height > dh) y = dh - height;
   if (y < 0) y = 0;
 }
 
-bool yywindowexists(int h) { return h >= 0 && h <= iWinMax && h < kSlots && wWindow[h] != 0; }
+bool yywindowexists(int h) { return h >= 0 && h <= ws.iWinMax && h < zelvy_win::kSlots && ws.wWindow[h] != 0; }
 
 int yyGetWindowIndex(int code, Window xwin) {
   if (!xwin) return -1;
-  for (int h = 0; h <= iWinMax; ++h) {
-    if (!wWindow[h]) continue;
-    if ((code == 0 || code == 8) && wShell[h] == xwin) return h;
-    if ((code == 0 || code == 1) && wWindow[h] == xwin) return h;
-    if ((code == 0 || code == 2) && wClient[h] == xwin) return h;
+  for (int h = 0; h <= ws.iWinMax; ++h) {
+    if (!ws.wWindow[h]) continue;
+    if ((code == 0 || code == 8) && ws.wShell[h] == xwin) return h;
+    if ((code == 0 || code == 1) && ws.wWindow[h] == xwin) return h;
+    if ((code == 0 || code == 2) && ws.wClient[h] == xwin) return h;
     if ((code == 0 || code == 3) && yyWindowStatusBarOwns(h, xwin)) return h;
   }
   return -1;
@@ -334,33 +334,33 @@ int yyGetWindowIndex(int code, Window xwin) {
 
 void yyWindowSizeHints(int h) {
   if (!yywindowexists(h)) return;
-  const WindowRecord& r = WinInfo[h];
+  const WindowRecord& r = ws.WinInfo[h];
   XSizeHints hints{};
   long supplied = 0;
-  XGetWMNormalHints(ixDisplay, wShell[h], &hints, &supplied);
+  XGetWMNormalHints(xdisplay(), ws.wShell[h], &hints, &supplied);
   hints.flags &= ~(PMinSize | PMaxSize);
   if (r.Locked || (r.Flags & 64)) {
     hints.flags |= PMinSize | PMaxSize;
     hints.min_width = hints.max_width = r.FrameWidth;
     hints.min_height = hints.max_height = r.FrameHeight;
   }
-  XSetWMNormalHints(ixDisplay, wShell[h], &hints);
+  XSetWMNormalHints(xdisplay(), ws.wShell[h], &hints);
 }
 
 void yyWindowResize(int h) {
   if (!yywindowexists(h)) return;
-  WindowRecord& r = WinInfo[h];
+  WindowRecord& r = ws.WinInfo[h];
   const int top = menu_height(h);
   const int cw = std::max(1, r.FrameWidth);
   const int ch = std::max(1, r.FrameHeight - top - sbar_height(h));
-  XtConfigureWidget(wtClient[h], 0, top, cw, ch, 0);
+  XtConfigureWidget(ws.wtClient[h], 0, top, cw, ch, 0);
   if (r.Content) XtConfigureWidget(r.Content, 0, 0, cw, ch, 0);
   yyWindowStatusBarResize(h);
   r.ClientX = 0;
   r.ClientY = top;
   r.ClientWidth = cw;
   r.ClientHeight = ch;
-  if (h == iWinCur) {
+  if (h == ws.iWinCur) {
     zelvy_data::data().iwinwid = cw;
     zelvy_data::data().iwinhgt = ch;
   }
@@ -381,11 +381,11 @@ void WindowOpen(std::optional<int> flags, std::optional<int> x, std::optional<in
                 std::optional<int> colourcount, std::optional<int> colour) {
   (void)colourcount;  // the palette ramps matter only on displays of 8 bits or less
   if (zelvy_data::data().brootopen) return;
-  if (!ixDisplay) {
+  if (!xdisplay()) {
     yyerror(1122, "WindowOpen");
     return;
   }
-  iWinMax = 0;
+  ws.iWinMax = 0;
   yyMsgResetFilter();
   OpenRequest q;
   q.flags = flags.value_or(7);
@@ -403,7 +403,7 @@ void WindowOpen(std::optional<int> flags, std::optional<int> x, std::optional<in
   zelvy_data::data().brootopen = true;
   zelvy_data::data().iwflags[0] = q.flags;
   // The dialog the root window carries is the selected one from here on.
-  zelvy_data::data().icurdialog = WinInfo[0].Kind == 3 ? q.dialogid : 0;
+  zelvy_data::data().icurdialog = ws.WinInfo[0].Kind == 3 ? q.dialogid : 0;
   take_selection(0);
   yyMsgApplyMasks(0);
 }
@@ -414,7 +414,7 @@ void WindowOpenChild(int& handle, std::optional<int> flags, std::optional<int> x
                      std::optional<int> dialogid, std::string_view title,
                      std::optional<int> parent, std::optional<int> colour) {
   handle = -1;
-  if (!ixDisplay) {
+  if (!xdisplay()) {
     yyerror(1122, "WindowOpenChild");
     return;
   }
@@ -431,16 +431,16 @@ void WindowOpenChild(int& handle, std::optional<int> flags, std::optional<int> x
       yyerror(1003, "WindowOpenChild");
       return;
     }
-    if (!WinInfo[q.parent].Visible) {
+    if (!ws.WinInfo[q.parent].Visible) {
       yyerror(1016, "WindowOpenChild");
       return;
     }
-    if (WinInfo[q.parent].Kind != 0) {
-      yyerror(WinInfo[q.parent].Kind == 3 ? 1046 : 1056, "WindowOpenChild");
+    if (ws.WinInfo[q.parent].Kind != 0) {
+      yyerror(ws.WinInfo[q.parent].Kind == 3 ? 1046 : 1056, "WindowOpenChild");
       return;
     }
     // Window units of the parent, with a default of 8000 units.
-    const int pw = WinInfo[q.parent].ClientWidth, ph = WinInfo[q.parent].ClientHeight;
+    const int pw = ws.WinInfo[q.parent].ClientWidth, ph = ws.WinInfo[q.parent].ClientHeight;
     q.x = x ? yyunitstopixels(*x, pw) : kDefault;
     q.y = y ? yyunitstopixels(*y, ph) : kDefault;
     q.width = yyunitstopixels(width.value_or(8000), pw);
@@ -457,7 +457,7 @@ void WindowOpenChild(int& handle, std::optional<int> flags, std::optional<int> x
   q.dialogid = dialogid.value_or(0);
   q.title = title;
   q.colour = colour.value_or(-1);
-  if (iWinMax < 0) iWinMax = 0;
+  if (ws.iWinMax < 0) ws.iWinMax = 0;
   if (!open_window(h, q, "WindowOpenChild")) {
     yyerror(1122, "WindowOpenChild");
     return;
@@ -476,21 +476,21 @@ void WindowCloseChild(int handle) {
   close_window(handle);
   adjust_winmax();
   zelvy_data::data().iwflags[handle] = -1;
-  if (!yywindowexists(iWinCur) && yywindowexists(0)) take_selection(0);
+  if (!yywindowexists(ws.iWinCur) && yywindowexists(0)) take_selection(0);
 }
 
 void WindowClose() {
   if (!zelvy_data::data().brootopen) return;
-  for (int h = iWinMax; h >= 1; --h)
-    if (wWindow[h]) close_window(h);
+  for (int h = ws.iWinMax; h >= 1; --h)
+    if (ws.wWindow[h]) close_window(h);
   if (dialog_engine().shutdown) dialog_engine().shutdown();  // while the windows the dialogs live in still exist
   close_window(0);
-  iWinMax = -1;
-  iWinCur = 0;
+  ws.iWinMax = -1;
+  ws.iWinCur = 0;
   yyMsgRestoreFilter();
-  zelvy_x::gColtab.clear();
-  zelvy_x::gColtab.shrink_to_fit();
-  zelvy_x::nColtabEntries = 0;
+  zelvy_x::state().gColtab.clear();
+  zelvy_x::state().gColtab.shrink_to_fit();
+  zelvy_x::state().nColtabEntries = 0;
   zelvy_data::data().brootopen = false;
   zelvy_data::data().iwflags[0] = -1;
   zelvy_data::data().icurdialog = 0;
@@ -504,17 +504,17 @@ namespace {
 // Hides or shows a window and, recursively, the windows that lie inside it;
 // showing leaves children that were hidden on their own as they are.
 void yyWindowShowHide(int h, bool show) {
-  WindowRecord& r = WinInfo[h];
+  WindowRecord& r = ws.WinInfo[h];
   if (show) {
     r.Visible = 1;
-    XtMapWidget(wtShell[h]);
+    XtMapWidget(ws.wtShell[h]);
   } else {
-    XtUnmapWidget(wtShell[h]);
+    XtUnmapWidget(ws.wtShell[h]);
   }
-  for (int c = 1; c <= iWinMax; ++c) {
-    if (!wWindow[c] || WinInfo[c].Parent != h || !(WinInfo[c].Flags & 16)) continue;
-    if (!show) XtUnmapWidget(wtShell[c]);
-    else if (WinInfo[c].Visible) yyWindowShowHide(c, true);
+  for (int c = 1; c <= ws.iWinMax; ++c) {
+    if (!ws.wWindow[c] || ws.WinInfo[c].Parent != h || !(ws.WinInfo[c].Flags & 16)) continue;
+    if (!show) XtUnmapWidget(ws.wtShell[c]);
+    else if (ws.WinInfo[c].Visible) yyWindowShowHide(c, true);
   }
   if (!show) r.Visible = 0;
 }
@@ -522,25 +522,25 @@ void yyWindowShowHide(int h, bool show) {
 }  // namespace
 
 void yywindowsizepos(int x, int y, int width, int height, int show) {
-  const int h = iWinCur;
+  const int h = ws.iWinCur;
   if (!yywindowexists(h)) return;
-  WindowRecord& r = WinInfo[h];
-  Display* dpy = ixDisplay;
+  WindowRecord& r = ws.WinInfo[h];
+  Display* dpy = xdisplay();
   Position sx = 0, sy = 0;
-  XtVaGetValues(wtShell[h], XtNx, &sx, XtNy, &sy, nullptr);
+  XtVaGetValues(ws.wtShell[h], XtNx, &sx, XtNy, &sy, nullptr);
   int nx = x == kDefault ? sx : x, ny = y == kDefault ? sy : y;
-  if ((r.Flags & 16) && wShell[0] && h != 0) {
+  if ((r.Flags & 16) && ws.wShell[0] && h != 0) {
     Position rx = 0, ry = 0;
-    XtVaGetValues(wtShell[0], XtNx, &rx, XtNy, &ry, nullptr);
+    XtVaGetValues(ws.wtShell[0], XtNx, &rx, XtNy, &ry, nullptr);
     if (x != kDefault) nx += rx;
     if (y != kDefault) ny += ry;
   }
   if (width != kDefault && width > 0) r.FrameWidth = width;
   if (height != kDefault && height > 0) r.FrameHeight = height + extra_height(h);
-  XtConfigureWidget(wtShell[h], static_cast<Position>(nx), static_cast<Position>(ny),
+  XtConfigureWidget(ws.wtShell[h], static_cast<Position>(nx), static_cast<Position>(ny),
                     static_cast<Dimension>(std::max(1, r.FrameWidth)),
                     static_cast<Dimension>(std::max(1, r.FrameHeight)), 0);
-  XMoveResizeWindow(dpy, wShell[h], nx, ny, std::max(1, r.FrameWidth), std::max(1, r.FrameHeight));
+  XMoveResizeWindow(dpy, ws.wShell[h], nx, ny, std::max(1, r.FrameWidth), std::max(1, r.FrameHeight));
   yyWindowSizeHints(h);
   yyWindowResize(h);
   yyWindowShowHide(h, show != 3);
@@ -550,35 +550,35 @@ void yywindowsizepos(int x, int y, int width, int height, int show) {
 void yywindowtitle(int iconid, int settitle, int& status, std::string_view title) {
   (void)iconid;  // icons come from the image resources with the toolbars
   status = 0;
-  const int h = iWinCur;
+  const int h = ws.iWinCur;
   if (!yywindowexists(h)) {
     status = 1003;
     return;
   }
   if (settitle == 1) set_title(h, title);
-  XFlush(ixDisplay);
+  XFlush(xdisplay());
 }
 
 void yywindowraise() {
-  const int h = iWinCur;
+  const int h = ws.iWinCur;
   if (!yywindowexists(h)) return;
-  XRaiseWindow(ixDisplay, wShell[h]);
-  XSetInputFocus(ixDisplay, wShell[h], RevertToParent, CurrentTime);
-  XFlush(ixDisplay);
+  XRaiseWindow(xdisplay(), ws.wShell[h]);
+  XSetInputFocus(xdisplay(), ws.wShell[h], RevertToParent, CurrentTime);
+  XFlush(xdisplay());
 }
 
 void yywindowclear(int x1, int y1, int x2, int y2, int colour) {
-  const int h = iWinCur;
+  const int h = ws.iWinCur;
   if (!yywindowexists(h)) return;
-  Display* dpy = ixDisplay;
+  Display* dpy = xdisplay();
   const int x = std::min(x1, x2), y = std::min(y1, y2);
   const unsigned w = static_cast<unsigned>(std::abs(x2 - x1) + 1), ht = static_cast<unsigned>(std::abs(y2 - y1) + 1);
   if (colour < 0) {
-    XClearArea(dpy, wClient[h], x, y, w, ht, False);
+    XClearArea(dpy, ws.wClient[h], x, y, w, ht, False);
   } else {
-    GC gc = XCreateGC(dpy, wClient[h], 0, nullptr);
+    GC gc = XCreateGC(dpy, ws.wClient[h], 0, nullptr);
     XSetForeground(dpy, gc, yyAllocPixel(colour & 255, (colour >> 8) & 255, (colour >> 16) & 255));
-    XFillRectangle(dpy, wClient[h], gc, x, y, w, ht);
+    XFillRectangle(dpy, ws.wClient[h], gc, x, y, w, ht);
     XFreeGC(dpy, gc);
   }
   XFlush(dpy);
@@ -587,22 +587,22 @@ void yywindowclear(int x1, int y1, int x2, int y2, int colour) {
 void yywindowtest(int handle, int& exists) { exists = yywindowexists(handle) ? 1 : 0; }
 
 int WInfoWindow(int item) {
-  const int h = iWinCur;
+  const int h = ws.iWinCur;
   const bool open = yywindowexists(h);
-  const WindowRecord& r = WinInfo[open ? h : 0];
+  const WindowRecord& r = ws.WinInfo[open ? h : 0];
   auto screen_pos = [&](Window w, bool wantx) {
     if (!open || !w) return 0;
     int sx = 0, sy = 0;
     Window child;
-    XTranslateCoordinates(ixDisplay, w, RootWindow(ixDisplay, zelvy_x::iScreen), 0, 0, &sx, &sy,
+    XTranslateCoordinates(xdisplay(), w, RootWindow(xdisplay(), zelvy_x::state().iScreen), 0, 0, &sx, &sy,
                           &child);
     return wantx ? sx : sy;
   };
   auto position = [&](bool wantx) {
-    int p = screen_pos(wShell[h], wantx);
+    int p = screen_pos(ws.wShell[h], wantx);
     if (open && (r.Flags & 16) && yywindowexists(r.Parent)) {
-      const WindowRecord& pr = WinInfo[r.Parent];
-      p -= screen_pos(wClient[r.Parent], wantx);
+      const WindowRecord& pr = ws.WinInfo[r.Parent];
+      p -= screen_pos(ws.wClient[r.Parent], wantx);
       p = yyunitsfrompixels(p, wantx ? pr.ClientWidth : pr.ClientHeight);
     }
     return p;
@@ -614,15 +614,15 @@ int WInfoWindow(int item) {
     case 4: return h;
     case 5: case 13: return position(true);
     case 6: case 14: return position(false);
-    case 7: return screen_pos(wClient[h], true);
-    case 8: return screen_pos(wClient[h], false);
+    case 7: return screen_pos(ws.wClient[h], true);
+    case 8: return screen_pos(ws.wClient[h], false);
     case 9: return open && r.Visible ? 1 : 3;
     case 10: return open ? r.Kind : 0;
     case 11: return open ? r.ClientWidth : 0;
     case 12: return open ? r.ClientHeight : 0;
     case 15: {
       int n = 0;
-      for (int c = 1; c <= zelvy_data::kMaxWindow; ++c) n += wWindow[c] == 0;
+      for (int c = 1; c <= zelvy_data::kMaxWindow; ++c) n += ws.wWindow[c] == 0;
       return n;
     }
     case 16: return zelvy_data::data().brootopen ? 1 : 0;
@@ -641,3 +641,10 @@ void WindowUnitsFromPixels(int pixelx, int pixely, int& unitx, int& unity) {
 }
 
 void yyAttachDialogEngine(const DialogEngineHooks& hooks) { dialog_engine() = hooks; }
+
+namespace zelvy_win {
+State& state() {
+  static State s;
+  return s;
+}
+}  // namespace zelvy_win

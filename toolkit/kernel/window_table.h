@@ -37,21 +37,25 @@ struct WindowRecord {
 };
 
 namespace zelvy_win {
-
 constexpr int kSlots = zelvy_data::kMaxWindow + 1;
-inline std::array<WindowRecord, kSlots> WinInfo{};
-inline std::array<Widget, kSlots> wtShell{}, wtWindow{}, wtClient{};
-inline std::array<Window, kSlots> wShell{}, wWindow{}, wClient{};
-inline std::array<int, kSlots> iWinColour = [] {
-  std::array<int, kSlots> a{};
-  a.fill(-1);
-  return a;
-}();
-inline std::array<Cursor, kSlots> hCursorWin{};
-inline std::array<int, kSlots> iCursorWin{};
-inline int iWinMax = -1;
-inline int iWinCur = 0;
-inline Atom aWMProtocols = 0, aWMDeleteWindow = 0;
+struct State {
+  std::array<WindowRecord, kSlots> WinInfo{};
+  std::array<Widget, kSlots> wtShell{}, wtWindow{}, wtClient{};
+  std::array<Window, kSlots> wShell{}, wWindow{}, wClient{};
+  std::array<int, kSlots> iWinColour = [] {
+    std::array<int, kSlots> a{};
+    a.fill(-1);
+    return a;
+  }();
+  std::array<Cursor, kSlots> hCursorWin{};
+  std::array<int, kSlots> iCursorWin{};
+  int iWinMax = -1;
+  int iWinCur = 0;
+  Atom aWMProtocols = 0, aWMDeleteWindow = 0;
+};
+
+// The one instance, defined in window.cpp.
+State& state();
 
 }  // namespace zelvy_win
 

@@ -14,8 +14,6 @@
 
 namespace {
 
-using zelvy_x::ixDisplay;
-
 struct TextState {
   XFontStruct* font = nullptr;
   GC gc = nullptr;
@@ -93,21 +91,21 @@ std::vector<std::string> family_names(int family, bool bold, bool italic, int pi
 XFontStruct* yyWindowTextFont(int family, bool bold, bool italic, int pixels, int tenths) {
   for (const std::string& name : family_names(family, bold, italic, pixels, tenths)) {
     int n = 0;
-    if (char** found = XListFonts(ixDisplay, name.c_str(), 1, &n)) {
+    if (char** found = XListFonts(xdisplay(), name.c_str(), 1, &n)) {
       XFreeFontNames(found);
-      if (XFontStruct* fs = XLoadQueryFont(ixDisplay, name.c_str())) return fs;
+      if (XFontStruct* fs = XLoadQueryFont(xdisplay(), name.c_str())) return fs;
     }
   }
-  return XLoadQueryFont(ixDisplay, "fixed");
+  return XLoadQueryFont(xdisplay(), "fixed");
 }
 
 bool ready() {
-  const int h = zelvy_win::iWinCur;
-  if (!ixDisplay || !yywindowexists(h)) return false;
-  if (!text.gc) text.gc = XCreateGC(ixDisplay, zelvy_win::wClient[h], 0, nullptr);
+  const int h = zelvy_win::state().iWinCur;
+  if (!xdisplay() || !yywindowexists(h)) return false;
+  if (!text.gc) text.gc = XCreateGC(xdisplay(), zelvy_win::state().wClient[h], 0, nullptr);
   if (!text.colours_set) {
-    text.fore = BlackPixel(ixDisplay, zelvy_x::iScreen);
-    text.back = WhitePixel(ixDisplay, zelvy_x::iScreen);
+    text.fore = BlackPixel(xdisplay(), zelvy_x::state().iScreen);
+    text.back = WhitePixel(xdisplay(), zelvy_x::state().iScreen);
     text.colours_set = true;
   }
   if (!text.font) {
@@ -121,10 +119,10 @@ bool ready() {
 
 void yywindowfontcreate(int family, int bold, int italic, int& width, int& height) {
   width = height = 0;
-  if (!ixDisplay) return;
+  if (!xdisplay()) return;
   XFontStruct* fs = yyWindowTextFont(family, bold != 0, italic != 0, 0, 0);
   if (!fs) return;
-  if (text.font) XFreeFont(ixDisplay, text.font);
+  if (text.font) XFreeFont(xdisplay(), text.font);
   text.font = fs;
   unsigned long thickness = 0;
   text.underline_thickness = XGetFontProperty(fs, XA_UNDERLINE_THICKNESS, &thickness) && thickness > 0
@@ -136,19 +134,19 @@ void yywindowfontcreate(int family, int bold, int italic, int& width, int& heigh
 
 void yywindowoutstring(int& x, int y, std::string_view s) {
   if (!ready()) return;
-  const int h = zelvy_win::iWinCur;
-  XSetFont(ixDisplay, text.gc, text.font->fid);
-  XSetForeground(ixDisplay, text.gc, text.fore);
-  XSetBackground(ixDisplay, text.gc, text.back);
+  const int h = zelvy_win::state().iWinCur;
+  XSetFont(xdisplay(), text.gc, text.font->fid);
+  XSetForeground(xdisplay(), text.gc, text.fore);
+  XSetBackground(xdisplay(), text.gc, text.back);
   const int baseline = y + text.font->ascent;
   const int n = static_cast<int>(s.size());
-  XDrawImageString(ixDisplay, zelvy_win::wClient[h], text.gc, x, baseline, s.data(), n);
+  XDrawImageString(xdisplay(), zelvy_win::state().wClient[h], text.gc, x, baseline, s.data(), n);
   const int w = XTextWidth(text.font, s.data(), n);
   if (text.underline)
-    XFillRectangle(ixDisplay, zelvy_win::wClient[h], text.gc, x, baseline + 2, static_cast<unsigned>(w),
+    XFillRectangle(xdisplay(), zelvy_win::state().wClient[h], text.gc, x, baseline + 2, static_cast<unsigned>(w),
                    static_cast<unsigned>(text.underline_thickness));
   x += w;
-  XFlush(ixDisplay);
+  XFlush(xdisplay());
 }
 
 int yywindowstringlength(std::string_view s) {
@@ -157,14 +155,14 @@ int yywindowstringlength(std::string_view s) {
 }
 
 void yywindowfontcolour(int fore, int back) {
-  if (!ixDisplay) return;
+  if (!xdisplay()) return;
   text.fore = palette_pixel(fore);
   text.back = palette_pixel(back);
   text.colours_set = true;
 }
 
 void yywindowfontcolourrgb(int fore, int back) {
-  if (!ixDisplay) return;
+  if (!xdisplay()) return;
   text.fore = rgb_pixel(fore);
   text.back = rgb_pixel(back);
   text.colours_set = true;
@@ -173,27 +171,27 @@ void yywindowfontcolourrgb(int fore, int back) {
 void yywindowfontunderline(int on) { text.underline = on != 0; }
 
 void yywindowscroll(int deltax, int deltay, int colour) {
-  const int h = zelvy_win::iWinCur;
-  if (!ixDisplay || !yywindowexists(h)) return;
-  const Window w = zelvy_win::wClient[h];
-  const WindowRecord& r = zelvy_win::WinInfo[h];
+  const int h = zelvy_win::state().iWinCur;
+  if (!xdisplay() || !yywindowexists(h)) return;
+  const Window w = zelvy_win::state().wClient[h];
+  const WindowRecord& r = zelvy_win::state().WinInfo[h];
   const int cw = r.ClientWidth, ch = r.ClientHeight;
-  GC gc = XCreateGC(ixDisplay, w, 0, nullptr);
-  XSetGraphicsExposures(ixDisplay, gc, False);
-  XCopyArea(ixDisplay, w, w, gc, std::max(0, -deltax), std::max(0, -deltay),
+  GC gc = XCreateGC(xdisplay(), w, 0, nullptr);
+  XSetGraphicsExposures(xdisplay(), gc, False);
+  XCopyArea(xdisplay(), w, w, gc, std::max(0, -deltax), std::max(0, -deltay),
             static_cast<unsigned>(std::max(0, cw - std::abs(deltax))),
             static_cast<unsigned>(std::max(0, ch - std::abs(deltay))), std::max(0, deltax), std::max(0, deltay));
   auto fill = [&](int x, int y, int fw, int fh) {
     if (fw <= 0 || fh <= 0) return;
     if (colour < 0) {
-      XClearArea(ixDisplay, w, x, y, static_cast<unsigned>(fw), static_cast<unsigned>(fh), False);
+      XClearArea(xdisplay(), w, x, y, static_cast<unsigned>(fw), static_cast<unsigned>(fh), False);
     } else {
-      XSetForeground(ixDisplay, gc, rgb_pixel(colour));
-      XFillRectangle(ixDisplay, w, gc, x, y, static_cast<unsigned>(fw), static_cast<unsigned>(fh));
+      XSetForeground(xdisplay(), gc, rgb_pixel(colour));
+      XFillRectangle(xdisplay(), w, gc, x, y, static_cast<unsigned>(fw), static_cast<unsigned>(fh));
     }
   };
   fill(deltax > 0 ? 0 : cw + deltax, 0, std::abs(deltax), ch);
   fill(0, deltay > 0 ? 0 : ch + deltay, cw, std::abs(deltay));
-  XFreeGC(ixDisplay, gc);
-  XFlush(ixDisplay);
+  XFreeGC(xdisplay(), gc);
+  XFlush(xdisplay());
 }

@@ -28,18 +28,16 @@
 
 namespace {
 
-using zelvy_x::ixDisplay;
-
 // The pointer and keyboard are driven from outside, as a user would.
 void xdotool(const std::string& args) {
-  XSync(ixDisplay, False);
+  XSync(xdisplay(), False);
   ASSERT_EQ(std::system(("xdotool " + args).c_str()), 0) << args;
 }
 
 void click(Widget w) {
   int x = 0, y = 0;
   Window child = 0;
-  XTranslateCoordinates(ixDisplay, XtWindow(w), DefaultRootWindow(ixDisplay), 4, 4, &x, &y, &child);
+  XTranslateCoordinates(xdisplay(), XtWindow(w), DefaultRootWindow(xdisplay()), 4, 4, &x, &y, &child);
   xdotool("mousemove " + std::to_string(x) + " " + std::to_string(y) + " click 1");
 }
 
@@ -54,7 +52,7 @@ class DialogDisplay : public ::testing::Test {
     yyDialogEngineInit();
   }
   void SetUp() override {
-    ASSERT_NE(ixDisplay, nullptr);
+    ASSERT_NE(xdisplay(), nullptr);
     // The root window carries the form as its content.
     WindowOpen(0, 0, 0, {}, {}, {}, {}, kForm);
     WDialogSelect(kForm);
@@ -71,13 +69,13 @@ class DialogDisplay : public ::testing::Test {
 
   // Lets the server and the widgets catch up, dropping what arrives.
   static void settle() {
-    XSync(ixDisplay, False);
+    XSync(xdisplay(), False);
     int type = 0;
     MessageRecord m;
     for (int i = 0; i < 200; ++i) {
       WMessagePeek(type, m);
       if (type == -1) {
-        XSync(ixDisplay, False);
+        XSync(xdisplay(), False);
         WMessagePeek(type, m);
         if (type == -1) break;
       }
@@ -101,7 +99,7 @@ class DialogDisplay : public ::testing::Test {
   }
 
   static void focus_window() {
-    XSetInputFocus(ixDisplay, zelvy_win::wShell[0], RevertToParent, CurrentTime);
+    XSetInputFocus(xdisplay(), zelvy_win::state().wShell[0], RevertToParent, CurrentTime);
     settle();
   }
 
@@ -141,7 +139,7 @@ TEST_F(DialogDisplay, MainFormHasItsFieldsWhereTheUnitsPutThem) {
   int w = 0, h = 0;
   ASSERT_TRUE(yyDialogPixelSize(kForm, w, h));
   EXPECT_EQ(std::pair(WInfoDialog(12), WInfoDialog(13)), std::pair(w, h));
-  EXPECT_EQ(zelvy_win::WinInfo[0].Kind, 3);
+  EXPECT_EQ(zelvy_win::state().WinInfo[0].Kind, 3);
   RcDialog rc;
   int status = 0;
   yyrcdialogget(kForm, rc, status);
@@ -465,22 +463,22 @@ void close_box_later(XtPointer, XtIntervalId*) {
   XEvent ev{};
   ev.xclient.type = ClientMessage;
   ev.xclient.window = XtWindow(d.shell);
-  ev.xclient.message_type = XInternAtom(ixDisplay, "WM_PROTOCOLS", False);
+  ev.xclient.message_type = XInternAtom(xdisplay(), "WM_PROTOCOLS", False);
   ev.xclient.format = 32;
-  ev.xclient.data.l[0] = static_cast<long>(XInternAtom(ixDisplay, "WM_DELETE_WINDOW", False));
+  ev.xclient.data.l[0] = static_cast<long>(XInternAtom(xdisplay(), "WM_DELETE_WINDOW", False));
   ev.xclient.data.l[1] = CurrentTime;
-  XSendEvent(ixDisplay, ev.xclient.window, False, NoEventMask, &ev);
-  XFlush(ixDisplay);
+  XSendEvent(xdisplay(), ev.xclient.window, False, NoEventMask, &ev);
+  XFlush(xdisplay());
 }
 
 TEST_F(DialogDisplay, ModalShowWaitsForAButtonOrTheCloseBox) {
   WDialogLoad(kAbout);
-  XtAppAddTimeOut(zelvy_x::ixContext, 300, close_box_later, nullptr);
+  XtAppAddTimeOut(zelvy_x::state().ixContext, 300, close_box_later, nullptr);
   WDialogShow(-1, -1, 0, 1);  // the close box answers as button 2, which the dialog doesn't have
   EXPECT_EQ(std::pair(WInfoDialog(1), WInfoDialog(2)), std::pair(2, 1));  // the field with the focus: OK
   WDialogUnload();
   WDialogLoad(kAbout);
-  XtAppAddTimeOut(zelvy_x::ixContext, 300, press_ok_later, nullptr);
+  XtAppAddTimeOut(zelvy_x::state().ixContext, 300, press_ok_later, nullptr);
   WDialogShow(-1, -1, 0, 1);
   EXPECT_EQ(WInfoError(1), 0);
   EXPECT_EQ(std::pair(WInfoDialog(1), WInfoDialog(5)), std::pair(1, kAbout));

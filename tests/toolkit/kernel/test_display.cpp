@@ -24,8 +24,6 @@
 
 namespace {
 
-using zelvy_x::ixDisplay;
-
 class DisplayTest : public ::testing::Test {
  protected:
   static void SetUpTestSuite() {
@@ -33,7 +31,7 @@ class DisplayTest : public ::testing::Test {
     WInitialise();
   }
   void SetUp() override {
-    ASSERT_NE(ixDisplay, nullptr);
+    ASSERT_NE(xdisplay(), nullptr);
     zelvy_data::data().ierr = 0;
   }
   void TearDown() override {
@@ -60,23 +58,23 @@ class DisplayTest : public ::testing::Test {
   static void send_close(int h) {
     XEvent ev{};
     ev.xclient.type = ClientMessage;
-    ev.xclient.window = zelvy_win::wShell[h];
-    ev.xclient.message_type = XInternAtom(ixDisplay, "WM_PROTOCOLS", False);
+    ev.xclient.window = zelvy_win::state().wShell[h];
+    ev.xclient.message_type = XInternAtom(xdisplay(), "WM_PROTOCOLS", False);
     ev.xclient.format = 32;
-    ev.xclient.data.l[0] = static_cast<long>(XInternAtom(ixDisplay, "WM_DELETE_WINDOW", False));
+    ev.xclient.data.l[0] = static_cast<long>(XInternAtom(xdisplay(), "WM_DELETE_WINDOW", False));
     ev.xclient.data.l[1] = CurrentTime;
-    XSendEvent(ixDisplay, zelvy_win::wShell[h], False, NoEventMask, &ev);
-    XFlush(ixDisplay);
+    XSendEvent(xdisplay(), zelvy_win::state().wShell[h], False, NoEventMask, &ev);
+    XFlush(xdisplay());
   }
   // Lets the exposures of mapping pass.
   static void drain() {
-    XSync(ixDisplay, False);
+    XSync(xdisplay(), False);
     MessageRecord m;
     while (next_message(m, 200) == ExposeMessage) {}
   }
   static XWindowAttributes attributes(Window w) {
     XWindowAttributes at{};
-    XGetWindowAttributes(ixDisplay, w, &at);
+    XGetWindowAttributes(xdisplay(), w, &at);
     return at;
   }
   static std::vector<int> winfo(std::initializer_list<int> items) {
@@ -86,13 +84,13 @@ class DisplayTest : public ::testing::Test {
   }
   static std::string title(Window w) {
     char* name = nullptr;
-    if (!XFetchName(ixDisplay, w, &name)) return "(none)";
+    if (!XFetchName(xdisplay(), w, &name)) return "(none)";
     std::string s = name;
     XFree(name);
     return s;
   }
   static unsigned long pixel(Drawable d, int x, int y) {
-    XImage* img = XGetImage(ixDisplay, d, x, y, 1, 1, AllPlanes, ZPixmap);
+    XImage* img = XGetImage(xdisplay(), d, x, y, 1, 1, AllPlanes, ZPixmap);
     if (!img) return ~0ul;
     const unsigned long p = XGetPixel(img, 0, 0);
     XDestroyImage(img);
@@ -117,7 +115,7 @@ TEST_F(DisplayTest, DefaultRootWindowIsCentredAtEightyPercent) {
   EXPECT_TRUE(zelvy_data::data().brootopen);
   const int w = zelvy_data::data().iscwid * 8 / 10, h = zelvy_data::data().ischgt * 8 / 10;
   EXPECT_EQ(winfo({1, 2, 3, 4, 9, 15}), (V{w, h, 7, 0, 1, 50}));
-  XSync(ixDisplay, False);
+  XSync(xdisplay(), False);
   EXPECT_EQ(winfo({5, 6}), (V{(zelvy_data::data().iscwid - w) / 2, (zelvy_data::data().ischgt - h) / 2}));
   WindowOpen(7, 0, 0, 100, 100);  // a second root window is refused silently
   EXPECT_EQ(WInfoWindow(1), w);
@@ -132,10 +130,10 @@ TEST_F(DisplayTest, StatusBarPartsAndTexts) {
   const int widths[3] = {2500, -1, 2500};
   const int styles[3] = {0, 1, 2};
   WindowStatusBarParts(3, widths, styles);
-  const StatusBarRecord& bar = *zelvy_sbar::psbarInfo[0];
+  const StatusBarRecord& bar = *zelvy_sbar::state().psbarInfo[0];
   ASSERT_EQ(bar.PartCount, 3);
   EXPECT_EQ(std::pair(bar.PartWidths[0], bar.StretchPart), std::pair(99, 1));  // units of the 400-pixel client
-  XSync(ixDisplay, False);
+  XSync(xdisplay(), False);
   EXPECT_EQ(attributes(bar.PartWindows[1]).width, 400 - 99 - 99);
 
   WindowOutStatusBar(1, "left   ");
@@ -152,10 +150,10 @@ TEST_F(DisplayTest, StatusBarPartsAndTexts) {
 
   const int two_stretching[2] = {-1, -1};
   WindowStatusBarParts(2, two_stretching);  // ignored altogether
-  EXPECT_EQ(zelvy_sbar::psbarInfo[0]->PartCount, 3);
+  EXPECT_EQ(zelvy_sbar::state().psbarInfo[0]->PartCount, 3);
   std::vector<int> many(300, 10);
   WindowStatusBarParts(300, many, {}, 1);
-  const StatusBarRecord& cut = *zelvy_sbar::psbarInfo[0];
+  const StatusBarRecord& cut = *zelvy_sbar::state().psbarInfo[0];
   EXPECT_EQ(std::pair(cut.PartCount, cut.PartWidths[0]), std::pair(255, 10));  // pixels with flag 1
 
   WindowOutStatusBar(1, "x", 7);
@@ -173,7 +171,7 @@ TEST_F(DisplayTest, StatusBarIsPublishedAndTakesLibraryErrorsAtLevelThree) {
   int format;
   unsigned long n, after;
   unsigned char* data = nullptr;
-  ASSERT_EQ(XGetWindowProperty(ixDisplay, zelvy_win::wShell[0], XInternAtom(ixDisplay, "_ZELV_STATUSBAR", False),
+  ASSERT_EQ(XGetWindowProperty(xdisplay(), zelvy_win::state().wShell[0], XInternAtom(xdisplay(), "_ZELV_STATUSBAR", False),
                                0, 1024, False, XA_STRING, &type, &format, &n, &after, &data),
             Success);
   ASSERT_NE(data, nullptr);
@@ -215,12 +213,12 @@ TEST_F(DisplayTest, ChildWindowsUpToTheLimit) {
 
 TEST_F(DisplayTest, ChildrenInsideTheirParent) {
   WindowOpen(7, 100, 100, 400, 300);
-  XSync(ixDisplay, False);
+  XSync(xdisplay(), False);
   int h = -1;
   WindowOpenChild(h, 7 | 16, 2500, 5000, 5000, 5000, std::nullopt, {}, std::nullopt, "inside", 0);
   ASSERT_EQ(h, 1);
   EXPECT_EQ(winfo({1, 2}), (V{199, 149}));  // 5000 units of the 400 x 300 parent
-  XSync(ixDisplay, False);
+  XSync(xdisplay(), False);
   EXPECT_EQ(winfo({7, 5}), (V{100 + 99, yyunitsfrompixels(99, 400)}));
 
   int g = -1;
@@ -311,11 +309,11 @@ TEST_F(DisplayTest, ExposeBurstGivesOneBoundingBox) {
   WindowOpen(7, 0, 0, 400, 300);
   drain();
   MessageRecord m;
-  const Window client = zelvy_win::wClient[0];
-  XClearArea(ixDisplay, client, 10, 20, 30, 40, True);
-  XClearArea(ixDisplay, client, 100, 50, 10, 10, True);
-  XClearArea(ixDisplay, client, 60, 5, 5, 5, True);
-  XSync(ixDisplay, False);
+  const Window client = zelvy_win::state().wClient[0];
+  XClearArea(xdisplay(), client, 10, 20, 30, 40, True);
+  XClearArea(xdisplay(), client, 100, 50, 10, 10, True);
+  XClearArea(xdisplay(), client, 60, 5, 5, 5, True);
+  XSync(xdisplay(), False);
   ASSERT_EQ(next_message(m), ExposeMessage);
   EXPECT_EQ((V{m.PixelX, m.PixelY, m.PixelWidth, m.PixelHeight}), (V{10, 5, 100, 55}));
   EXPECT_EQ(m.X, yyunitsfrompixels(10, 400));
@@ -329,17 +327,17 @@ TEST_F(DisplayTest, ResizeOnlyWhenTheClientSizeChanges) {
   WindowStatusBarParts(2, widths);
   drain();
   MessageRecord m;
-  const int frame_h = 200 + zelvy_sbar::iSBarHeight + 1;
-  XResizeWindow(ixDisplay, zelvy_win::wShell[0], 300, frame_h);  // the same size
-  XFlush(ixDisplay);
+  const int frame_h = 200 + zelvy_sbar::state().iSBarHeight + 1;
+  XResizeWindow(xdisplay(), zelvy_win::state().wShell[0], 300, frame_h);  // the same size
+  XFlush(xdisplay());
   EXPECT_EQ(next_non_expose(m, 300), 0);
-  XResizeWindow(ixDisplay, zelvy_win::wShell[0], 360, frame_h + 40);
-  XFlush(ixDisplay);
+  XResizeWindow(xdisplay(), zelvy_win::state().wShell[0], 360, frame_h + 40);
+  XFlush(xdisplay());
   ASSERT_EQ(next_non_expose(m), Resize);
   EXPECT_EQ((V{m.Value1, m.Value2, m.PixelWidth, WInfoWindow(1), zelvy_data::data().iwinwid}), (V{360, 240, 360, 360, 360}));
-  XSync(ixDisplay, False);
+  XSync(xdisplay(), False);
   // The bar follows: the stretching part takes the new width.
-  const StatusBarRecord& bar = *zelvy_sbar::psbarInfo[0];
+  const StatusBarRecord& bar = *zelvy_sbar::state().psbarInfo[0];
   EXPECT_EQ(attributes(bar.PartWindows[1]).width, 360 - bar.PartWidths[0]);
   EXPECT_EQ(attributes(bar.BarWindow).y, 240);
 }
@@ -351,22 +349,22 @@ TEST_F(DisplayTest, SchemeColoursPixelsAndCursors) {
   const int item_value[][2] = {{1, zelvy_data::data().iscwid}, {33, 1},         {8, 0x000000}, {9, 0xD0DCE0},
                                {15, 0xFFFFFF},          {16, 0xC56A31}, {7, 0xFFFFFF}};
   for (const auto& c : item_value) EXPECT_EQ(WInfoScreen(c[0]), c[1]) << c[0];
-  if (zelvy_x::BestMap) {
-    const XStandardColormap& b = zelvy_x::best_map_info;
+  if (zelvy_x::state().BestMap) {
+    const XStandardColormap& b = zelvy_x::state().best_map_info;
     EXPECT_EQ(yyAllocPixel(255, 255, 255),
               b.base_pixel + b.red_max * b.red_mult + b.green_max * b.green_mult + b.blue_max * b.blue_mult);
   } else {
     EXPECT_EQ(yyAllocPixel(200, 100, 50), yyAllocPixel(201, 102, 51));  // the cache's 64 levels
   }
-  for (int shape = 0; shape < 12; ++shape) EXPECT_NE(zelvy_x::ixCursor[shape], 0u) << shape;
+  for (int shape = 0; shape < 12; ++shape) EXPECT_NE(zelvy_x::state().ixCursor[shape], 0u) << shape;
   WCursorShape(-1);
   EXPECT_EQ(WInfoError(1), 1015);
   WCursorShape(3, 1);
-  EXPECT_EQ(zelvy_win::hCursorWin[0], zelvy_x::ixCursor[3]);
+  EXPECT_EQ(zelvy_win::state().hCursorWin[0], zelvy_x::state().ixCursor[3]);
   WCursorShape(1, 2);  // a window's own cursor stays
-  EXPECT_EQ(zelvy_win::hCursorWin[0], zelvy_x::ixCursor[3]);
+  EXPECT_EQ(zelvy_win::state().hCursorWin[0], zelvy_x::state().ixCursor[3]);
   WCursorShape(1, 0);  // and goes with scope 0
-  EXPECT_EQ(zelvy_win::hCursorWin[0], 0u);
+  EXPECT_EQ(zelvy_win::state().hCursorWin[0], 0u);
   EXPECT_EQ(zelvy_data::data().ierr, 0);
 }
 
@@ -374,27 +372,27 @@ TEST_F(DisplayTest, ClientRedrawsFromItsSavedPixmap) {
   WindowOpen(7, 0, 0, 120, 80);
   drain();
   MessageRecord m;
-  Widget client = zelvy_win::wtClient[0];
-  const Window win = zelvy_win::wClient[0];
+  Widget client = zelvy_win::state().wtClient[0];
+  const Window win = zelvy_win::state().wClient[0];
   const int depth = attributes(win).depth;
-  Pixmap pm = XCreatePixmap(ixDisplay, win, 120, 80, depth);
-  GC gc = XCreateGC(ixDisplay, pm, 0, nullptr);
-  XSetForeground(ixDisplay, gc, yyAllocPixel(255, 0, 0));
-  XFillRectangle(ixDisplay, pm, gc, 0, 0, 120, 80);
+  Pixmap pm = XCreatePixmap(xdisplay(), win, 120, 80, depth);
+  GC gc = XCreateGC(xdisplay(), pm, 0, nullptr);
+  XSetForeground(xdisplay(), gc, yyAllocPixel(255, 0, 0));
+  XFillRectangle(xdisplay(), pm, gc, 0, 0, 120, 80);
   XtVaSetValues(client, XtNsavedPixmap, pm, nullptr);
-  XClearArea(ixDisplay, win, 10, 10, 30, 30, True);
+  XClearArea(xdisplay(), win, 10, 10, 30, 30, True);
   ASSERT_EQ(next_message(m), ExposeMessage);  // the application still hears of it
-  XSync(ixDisplay, False);
+  XSync(xdisplay(), False);
   EXPECT_EQ(pixel(win, 20, 20), yyAllocPixel(255, 0, 0));
 
-  Pixmap bitmap = XCreatePixmap(ixDisplay, win, 8, 8, 1);  // another depth is refused
+  Pixmap bitmap = XCreatePixmap(xdisplay(), win, 8, 8, 1);  // another depth is refused
   XtVaSetValues(client, XtNsavedPixmap, bitmap, nullptr);
   Pixmap kept = 1;
   XtVaGetValues(client, XtNsavedPixmap, &kept, nullptr);
   EXPECT_EQ(kept, 0u);
-  XFreePixmap(ixDisplay, bitmap);
-  XFreeGC(ixDisplay, gc);
-  XFreePixmap(ixDisplay, pm);
+  XFreePixmap(xdisplay(), bitmap);
+  XFreeGC(xdisplay(), gc);
+  XFreePixmap(xdisplay(), pm);
 }
 
 TEST_F(DisplayTest, ModalLevelLocksTheOtherWindows) {
@@ -405,16 +403,16 @@ TEST_F(DisplayTest, ModalLevelLocksTheOtherWindows) {
   static unsigned char root_locked = 0, child_locked = 1;
   checks = 0;
   // The modal level ends from a timeout, as a box's button callback would end it.
-  XtAppAddTimeOut(zelvy_x::ixContext, 100, [](XtPointer, XtIntervalId*) {
-    root_locked = zelvy_win::WinInfo[0].Locked;
-    child_locked = zelvy_win::WinInfo[1].Locked;
+  XtAppAddTimeOut(zelvy_x::state().ixContext, 100, [](XtPointer, XtIntervalId*) {
+    root_locked = zelvy_win::state().WinInfo[0].Locked;
+    child_locked = zelvy_win::state().WinInfo[1].Locked;
     ++checks;
     yyMsgModalEnd();
   }, nullptr);
   send_close(0);  // ignored while the level is up
   yyMsgModalLoop(h);
   EXPECT_EQ((V{checks, root_locked, child_locked}), (V{1, 1, 0}));
-  EXPECT_EQ(zelvy_win::WinInfo[0].Locked, 0);  // released when the level ends
+  EXPECT_EQ(zelvy_win::state().WinInfo[0].Locked, 0);  // released when the level ends
   MessageRecord m;
   EXPECT_EQ(next_non_expose(m, 300), 0);
 }
@@ -422,29 +420,29 @@ TEST_F(DisplayTest, ModalLevelLocksTheOtherWindows) {
 TEST_F(DisplayTest, RootShellHoldsTheDefaultFontAndGreyPixmaps) {
   XtPointer font = nullptr;
   Boolean fast = False;
-  XtVaGetValues(zelvy_x::rootWidget, XtNfontPointer, &font, XtNfastRefresh, &fast, nullptr);
-  EXPECT_EQ(font, static_cast<XtPointer>(zelvy_x::dialogFontStruct));
+  XtVaGetValues(zelvy_x::state().rootWidget, XtNfontPointer, &font, XtNfastRefresh, &fast, nullptr);
+  EXPECT_EQ(font, static_cast<XtPointer>(zelvy_x::state().dialogFontStruct));
   EXPECT_TRUE(fast);
-  EXPECT_EQ(XtClass(zelvy_x::rootWidget), zelvWidgetClass);
+  EXPECT_EQ(XtClass(zelvy_x::state().rootWidget), zelvWidgetClass);
 
   WindowOpen(7, 0, 0, 100, 100);
-  const Pixel bg = zelvy_x::wSchemeCol[3].pixel;
-  const Window root = DefaultRootWindow(ixDisplay);
-  Pixmap pm = XCreatePixmap(ixDisplay, root, 4, 4, zelvy_x::iDispDepth);
-  GC gc = XCreateGC(ixDisplay, pm, 0, nullptr);
-  XSetForeground(ixDisplay, gc, bg);
-  XFillRectangle(ixDisplay, pm, gc, 0, 0, 4, 4);
-  XSetForeground(ixDisplay, gc, BlackPixel(ixDisplay, 0));
-  XDrawPoint(ixDisplay, pm, gc, 1, 1);
+  const Pixel bg = zelvy_x::state().wSchemeCol[3].pixel;
+  const Window root = DefaultRootWindow(xdisplay());
+  Pixmap pm = XCreatePixmap(xdisplay(), root, 4, 4, zelvy_x::state().iDispDepth);
+  GC gc = XCreateGC(xdisplay(), pm, 0, nullptr);
+  XSetForeground(xdisplay(), gc, bg);
+  XFillRectangle(xdisplay(), pm, gc, 0, 0, 4, 4);
+  XSetForeground(xdisplay(), gc, BlackPixel(xdisplay(), 0));
+  XDrawPoint(xdisplay(), pm, gc, 1, 1);
   const Pixmap grey = yyCreateGreyPixmap(pm, 4, 4, bg);
   ASSERT_NE(grey, 2u);
-  EXPECT_EQ(pixel(grey, 1, 1), zelvy_x::wSchemeCol[4].pixel);  // the shape in its place
-  EXPECT_EQ(pixel(grey, 2, 2), zelvy_x::wSchemeCol[8].pixel);  // and its light copy
+  EXPECT_EQ(pixel(grey, 1, 1), zelvy_x::state().wSchemeCol[4].pixel);  // the shape in its place
+  EXPECT_EQ(pixel(grey, 2, 2), zelvy_x::state().wSchemeCol[8].pixel);  // and its light copy
   EXPECT_EQ(pixel(grey, 3, 3), bg);
   EXPECT_EQ(yyCreateGreyPixmap(2, 4, 4, bg), 2u);
-  XFreePixmap(ixDisplay, grey);
-  XFreeGC(ixDisplay, gc);
-  XFreePixmap(ixDisplay, pm);
+  XFreePixmap(xdisplay(), grey);
+  XFreeGC(xdisplay(), gc);
+  XFreePixmap(xdisplay(), pm);
 }
 
 TEST_F(DisplayTest, WindowTextAndScrolling) {
@@ -457,59 +455,59 @@ TEST_F(DisplayTest, WindowTextAndScrolling) {
   int x = 10;
   yywindowoutstring(x, 20, "ab");
   EXPECT_EQ(x, 22);
-  XSync(ixDisplay, False);
-  const Window client = zelvy_win::wClient[0];
+  XSync(xdisplay(), False);
+  const Window client = zelvy_win::state().wClient[0];
   EXPECT_EQ(pixel(client, 10, 20), yyAllocPixel(255, 0, 0));  // the text's background cell
   yywindowscroll(50, 0, 0x00FF00);  // right by 50, the strip in green
-  XSync(ixDisplay, False);
+  XSync(xdisplay(), False);
   EXPECT_EQ(pixel(client, 60, 20), yyAllocPixel(255, 0, 0));
   EXPECT_EQ(pixel(client, 10, 50), yyAllocPixel(0, 255, 0));
   yywindowclear(0, 0, 199, 99, -1);
-  XSync(ixDisplay, False);
-  EXPECT_EQ(pixel(client, 60, 20), WhitePixel(ixDisplay, 0));
+  XSync(xdisplay(), False);
+  EXPECT_EQ(pixel(client, 60, 20), WhitePixel(xdisplay(), 0));
 }
 
 TEST_F(DisplayTest, TitleSizePositionAndHiding) {
   // The title and the status bar give the frame its size.
   WindowOpen(7 | 32, 10, 20, 300, 200, std::nullopt, {}, std::nullopt, "Kernel Frame");
-  XSync(ixDisplay, False);
-  const XWindowAttributes shell = attributes(zelvy_win::wShell[0]);
-  EXPECT_GT(zelvy_sbar::iSBarHeight, 12);
-  EXPECT_EQ(std::pair(shell.width, shell.height), std::pair(300, 200 + zelvy_sbar::iSBarHeight + 1));
-  EXPECT_EQ(title(zelvy_win::wShell[0]), "Kernel Frame");
+  XSync(xdisplay(), False);
+  const XWindowAttributes shell = attributes(zelvy_win::state().wShell[0]);
+  EXPECT_GT(zelvy_sbar::state().iSBarHeight, 12);
+  EXPECT_EQ(std::pair(shell.width, shell.height), std::pair(300, 200 + zelvy_sbar::state().iSBarHeight + 1));
+  EXPECT_EQ(title(zelvy_win::state().wShell[0]), "Kernel Frame");
   EXPECT_EQ(WInfoWindow(2), 200);
   int child = -1;
   WindowOpenChild(child, 7 | 16, 0, 0, 5000, 5000, std::nullopt, {}, std::nullopt, "in", 0);
   ASSERT_EQ(child, 1);
   WindowSelect(0);
   yywindowsizepos(30, 40, 260, 120, 1);
-  XSync(ixDisplay, False);
-  const XWindowAttributes at = attributes(zelvy_win::wShell[0]);
-  EXPECT_EQ((V{at.x, at.y, at.width, at.height}), (V{30, 40, 260, 120 + zelvy_sbar::iSBarHeight + 1}));
+  XSync(xdisplay(), False);
+  const XWindowAttributes at = attributes(zelvy_win::state().wShell[0]);
+  EXPECT_EQ((V{at.x, at.y, at.width, at.height}), (V{30, 40, 260, 120 + zelvy_sbar::state().iSBarHeight + 1}));
   EXPECT_EQ(winfo({1, 2}), (V{260, 120}));
   yywindowsizepos(-999999, -999999, -999999, -999999, 3);  // hide, with what lies inside
-  XSync(ixDisplay, False);
+  XSync(xdisplay(), False);
   EXPECT_EQ(WInfoWindow(9), 3);
-  EXPECT_EQ(attributes(zelvy_win::wShell[1]).map_state, IsUnmapped);
+  EXPECT_EQ(attributes(zelvy_win::state().wShell[1]).map_state, IsUnmapped);
   yywindowsizepos(-999999, -999999, -999999, -999999, 1);
-  XSync(ixDisplay, False);
-  EXPECT_EQ(attributes(zelvy_win::wShell[1]).map_state, IsViewable);
-  EXPECT_EQ(attributes(zelvy_win::wShell[0]).x, 30);
+  XSync(xdisplay(), False);
+  EXPECT_EQ(attributes(zelvy_win::state().wShell[1]).map_state, IsViewable);
+  EXPECT_EQ(attributes(zelvy_win::state().wShell[0]).x, 30);
   int exists1 = 0, exists2 = -1, status = -1;
   yywindowtest(1, exists1);
   yywindowtest(2, exists2);
   EXPECT_EQ(std::pair(exists1, exists2), std::pair(1, 0));
   yywindowtitle(0, 1, status, "Renamed");
-  EXPECT_EQ(title(zelvy_win::wShell[0]), "Renamed");
+  EXPECT_EQ(title(zelvy_win::state().wShell[0]), "Renamed");
 }
 
 TEST_F(DisplayTest, MenuBarSitsAboveTheClient) {
   WindowOpen(7, 0, 0, 200, 100, 30001);
-  XSync(ixDisplay, False);
+  XSync(xdisplay(), False);
   const int bar = yyMenuBarHeight(0);
   EXPECT_GT(bar, 0);
-  EXPECT_EQ(attributes(zelvy_win::wShell[0]).height, 100 + bar);
-  EXPECT_EQ(attributes(zelvy_win::wClient[0]).y, bar);
+  EXPECT_EQ(attributes(zelvy_win::state().wShell[0]).height, 100 + bar);
+  EXPECT_EQ(attributes(zelvy_win::state().wClient[0]).y, bar);
   EXPECT_EQ(WInfoWindow(2), 100);
   WindowClose();
 }
@@ -534,7 +532,7 @@ TEST_F(DisplayTest, DialogEngineSizesTheWindowThatCarriesItsDialog) {
   EXPECT_EQ(std::pair(combined, combined_in), std::pair(102, 0));
   XSizeHints hints{};
   long supplied = 0;
-  XGetWMNormalHints(ixDisplay, zelvy_win::wShell[0], &hints, &supplied);
+  XGetWMNormalHints(xdisplay(), zelvy_win::state().wShell[0], &hints, &supplied);
   EXPECT_TRUE(hints.flags & PMaxSize);  // not resizable: a fixed size
   EXPECT_EQ(hints.max_width, 321);
 }
@@ -557,10 +555,10 @@ TEST_F(DisplayTest, SecondInitialisationAndDisplayOpeningChangeNothing) {
   WInitialise();
   EXPECT_EQ(zelvy_data::data().idbug, 2);
   int w = 0, h = 0, wmm = 0, hmm = 0, colours = 0, greys = 0;
-  Display* before = ixDisplay;
+  Display* before = xdisplay();
   yygetdisplayinfo(10, 0, w, h, wmm, hmm, colours, greys);
   EXPECT_EQ(colours, -1);
-  EXPECT_EQ(ixDisplay, before);
+  EXPECT_EQ(xdisplay(), before);
   EXPECT_GT(yysystime(), -1);
   WindowOpen(7, 0, 0, 50, 50);
   EXPECT_GT(WInfoSystem(15), 0);  // the server's time through the root window

@@ -93,8 +93,8 @@ TEST(WindowUnits, ConversionAndItsRounding) {
 }
 
 TEST(WindowUnits, PositionKeptOnTheScreen) {
-  zelvy_x::iDispWidth = 1280;
-  zelvy_x::iDispHeight = 1024;
+  zelvy_x::state().iDispWidth = 1280;
+  zelvy_x::state().iDispHeight = 1024;
   int x = 1200, y = -5;
   yyWindowPositionOnScreen(200, 100, x, y);
   EXPECT_EQ(std::pair(x, y), std::pair(1080, 0));

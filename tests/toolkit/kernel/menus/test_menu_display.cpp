@@ -30,9 +30,6 @@
 
 namespace {
 
-using namespace zelvy_menu;
-using zelvy_x::ixDisplay;
-
 class MenuDisplay : public ::testing::Test {
  protected:
   static void SetUpTestSuite() {
@@ -40,15 +37,15 @@ class MenuDisplay : public ::testing::Test {
     WInitialise();
   }
   void SetUp() override {
-    ASSERT_NE(ixDisplay, nullptr);
+    ASSERT_NE(xdisplay(), nullptr);
     zelvy_data::data().ierr = 0;
-    itemstates.clear();
+    zelvy_menu::state().itemstates.clear();
     WindowOpen(7 | 32, 20, 20, 640, 400, 30001, {}, {}, "Menu test");
     int status = -1;
     yymenu(30001, 0, status);  // replaces what the window may have made itself
     ASSERT_EQ(status, 0);
-    ASSERT_NE(pwRootMenuSub[0], nullptr);
-    ASSERT_TRUE(pwRootMenuSub[0]->Created);
+    ASSERT_NE(zelvy_menu::state().pwRootMenuSub[0], nullptr);
+    ASSERT_TRUE(zelvy_menu::state().pwRootMenuSub[0]->Created);
     pump(300);
     messages.clear();
   }
@@ -59,17 +56,17 @@ class MenuDisplay : public ::testing::Test {
     pump(100);
   }
 
-  MenuRecord& menu() { return *pwRootMenuSub[0]; }
+  MenuRecord& menu() { return *zelvy_menu::state().pwRootMenuSub[0]; }
 
   // Runs the events that arrive within the time given through the menu pass
   // and on to the widgets, keeping what the pass makes.
   void pump(int ms) {
     const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(ms);
     while (std::chrono::steady_clock::now() < end) {
-      XSync(ixDisplay, False);
-      while (XtAppPending(zelvy_x::ixContext) & XtIMXEvent) {
+      XSync(xdisplay(), False);
+      while (XtAppPending(zelvy_x::state().ixContext) & XtIMXEvent) {
         XEvent ev;
-        XtAppNextEvent(zelvy_x::ixContext, &ev);
+        XtAppNextEvent(zelvy_x::state().ixContext, &ev);
         MenuMessage made;
         if (!yyMenuProcessEvent(ev, made)) XtDispatchEvent(&ev);
         if (made.type != 0) messages.push_back(made);
@@ -79,20 +76,20 @@ class MenuDisplay : public ::testing::Test {
   }
 
   static void xdotool(const std::string& args) {
-    XFlush(ixDisplay);
+    XFlush(xdisplay());
     const std::string cmd = "xdotool " + args + " >/dev/null 2>&1";
     ASSERT_EQ(std::system(cmd.c_str()), 0) << cmd;
   }
 
   static XWindowAttributes attributes(Window w) {
     XWindowAttributes at{};
-    XGetWindowAttributes(ixDisplay, w, &at);
+    XGetWindowAttributes(xdisplay(), w, &at);
     return at;
   }
   // Moves the pointer to a point of a window, then does what `then` says.
   void pointer_to(Window w, int x, int y, const std::string& then = "") {
     Window child;
-    XTranslateCoordinates(ixDisplay, w, DefaultRootWindow(ixDisplay), x, y, &x, &y, &child);
+    XTranslateCoordinates(xdisplay(), w, DefaultRootWindow(xdisplay()), x, y, &x, &y, &child);
     xdotool("mousemove " + std::to_string(x) + " " + std::to_string(y) + then);
     pump(250);
   }
@@ -110,19 +107,19 @@ class MenuDisplay : public ::testing::Test {
     pump(250);
   }
   // The pointer over the client area, where keys go without a window manager.
-  void point_at_client() { pointer_to(zelvy_win::wClient[0], 300, 250); }
+  void point_at_client() { pointer_to(zelvy_win::state().wClient[0], 300, 250); }
 
   bool popup_shown(int parent_id) {
     return attributes(menu().PopupWindows[menu().ItemSubPopup[menu().find(parent_id)]]).map_state == IsViewable;
   }
   unsigned long pixel_in_item(int id, int x, int y) {
-    XImage* img = XGetImage(ixDisplay, menu().ItemWindows[menu().find(id)], x, y, 1, 1, AllPlanes, ZPixmap);
+    XImage* img = XGetImage(xdisplay(), menu().ItemWindows[menu().find(id)], x, y, 1, 1, AllPlanes, ZPixmap);
     const unsigned long p = img ? XGetPixel(img, 0, 0) : 0;
     if (img) XDestroyImage(img);
     return p;
   }
   static void screenshot(const std::string& name) {
-    XSync(ixDisplay, False);
+    XSync(xdisplay(), False);
     const std::string dir = std::string(ZELV_BINARY_DIR) + "/shots";
     std::filesystem::create_directories(dir);
     const std::string cmd = "import -window root " + dir + "/" + name + " >/dev/null 2>&1";
@@ -137,35 +134,35 @@ TEST_F(MenuDisplay, BarSitsInTheFrame) {
   const MenuRecord& m = menu();
   const XWindowAttributes bar = attributes(m.PopupWindows[0]);
   EXPECT_EQ(bar.map_state, IsViewable);
-  EXPECT_EQ((std::vector{bar.x, bar.y, bar.width, bar.height}), (std::vector{0, 0, 640, iMenuHeight}));
-  EXPECT_EQ(yyMenuBarHeight(0), iMenuHeight);
+  EXPECT_EQ((std::vector{bar.x, bar.y, bar.width, bar.height}), (std::vector{0, 0, 640, zelvy_menu::state().iMenuHeight}));
+  EXPECT_EQ(yyMenuBarHeight(0), zelvy_menu::state().iMenuHeight);
   int x = 0;
   for (int id : {40001, 40008, 40009, 40004}) {
     const XWindowAttributes at = attributes(m.ItemWindows[m.find(id)]);
     EXPECT_EQ(at.x, x) << id;
-    EXPECT_EQ(at.height, iMenuHeight);
+    EXPECT_EQ(at.height, zelvy_menu::state().iMenuHeight);
     EXPECT_GT(at.width, 11);
     x += at.width;
   }
   screenshot("menu_bar.png");
 
   // Too narrow for one row: the bar wraps.
-  zelvy_win::WinInfo[0].FrameWidth = 60;
-  EXPECT_GE(yyMenuBarHeight(0), 2 * iMenuHeight);
+  zelvy_win::state().WinInfo[0].FrameWidth = 60;
+  EXPECT_GE(yyMenuBarHeight(0), 2 * zelvy_menu::state().iMenuHeight);
 }
 
 TEST_F(MenuDisplay, ClickOpensFileAndChoosesOpen) {
   click(40001);
   ASSERT_TRUE(yyMenuIsOpen());
   EXPECT_TRUE(popup_shown(40001));
-  EXPECT_EQ(pixel_in_item(40001, 2, 2), zelvy_x::appData.menuselBackColor);
+  EXPECT_EQ(pixel_in_item(40001, 2, 2), zelvy_x::state().appData.menuselBackColor);
   // The drop-down hangs from the item's bottom edge.
   int ix = 0, iy = 0;
   Window child;
-  XTranslateCoordinates(ixDisplay, menu().ItemWindows[menu().find(40001)], DefaultRootWindow(ixDisplay), 0, 0, &ix,
+  XTranslateCoordinates(xdisplay(), menu().ItemWindows[menu().find(40001)], DefaultRootWindow(xdisplay()), 0, 0, &ix,
                         &iy, &child);
   const XWindowAttributes pop = attributes(menu().PopupWindows[menu().ItemSubPopup[menu().find(40001)]]);
-  EXPECT_EQ(std::pair(pop.x, pop.y), std::pair(ix, iy + iMenuHeight - 1));
+  EXPECT_EQ(std::pair(pop.x, pop.y), std::pair(ix, iy + zelvy_menu::state().iMenuHeight - 1));
   screenshot("menu_file_open.png");
   EXPECT_TRUE(messages.empty());  // nothing comes out while it is open
 
@@ -219,7 +216,7 @@ TEST_F(MenuDisplay, GreyedItemsCannotBeChosenAndEscapeOrAPressOutsideCloses) {
   // A press outside closes too.
   click(40004);
   ASSERT_TRUE(popup_shown(40004));
-  pointer_to(zelvy_win::wClient[0], 300, 250, " click 1");
+  pointer_to(zelvy_win::state().wClient[0], 300, 250, " click 1");
   EXPECT_FALSE(yyMenuIsOpen());
   EXPECT_FALSE(popup_shown(40004));
   EXPECT_TRUE(messages.empty());
@@ -230,7 +227,7 @@ TEST_F(MenuDisplay, PromptsShowInTheStatusBar) {
   yymenuprompt(40003, status, "Opens a job file");
   EXPECT_EQ(status, 0);
   click(40001);
-  const StatusBarRecord& bar = *zelvy_sbar::psbarInfo[0];
+  const StatusBarRecord& bar = *zelvy_sbar::state().psbarInfo[0];
   EXPECT_EQ(bar.DisplayMode, 2);
   EXPECT_TRUE(bar.PromptText.empty());  // File has no prompt
   point_at_client();
@@ -255,14 +252,14 @@ TEST_F(MenuDisplay, LongerTextWidensThePopup) {
 
 TEST_F(MenuDisplay, FloatingMenuWithCascades) {
   WMenuFloatLoad(30001);
-  ASSERT_NE(pwFloatMenu, nullptr);
+  ASSERT_NE(zelvy_menu::state().pwFloatMenu, nullptr);
   WMenuSetState(40012, 1, 0);  // acts on the floating menu until it is shown
   EXPECT_EQ(menu().greyed(menu().find(40012)), false);
   // Close to the right edge of the screen: the cascade opens to the left.
-  const int sx = zelvy_x::iDispWidth - 150;
+  const int sx = zelvy_x::state().iDispWidth - 150;
   WMenuFloatShow(sx, 200, 1);
   ASSERT_TRUE(yyMenuIsOpen());
-  MenuRecord& f = *pwFloatMenu;
+  MenuRecord& f = *zelvy_menu::state().pwFloatMenu;
   EXPECT_EQ(f.OpenPopups, std::vector<int>{0});
   point_at_client();
   keys("Down Down Down Right");  // to View, and into its pop-up
@@ -270,15 +267,15 @@ TEST_F(MenuDisplay, FloatingMenuWithCascades) {
   ASSERT_EQ(f.OpenPopups.size(), 2u);
   const XWindowAttributes top = attributes(f.PopupWindows[0]), sub = attributes(f.PopupWindows[f.ItemSubPopup[view]]);
   EXPECT_LT(sub.x + sub.width, top.x + 5);
-  EXPECT_EQ(iMenuDir, -1);
-  EXPECT_EQ(f.ItemIds[iCurMenuItem], 40012);  // greyed, yet highlighted
+  EXPECT_EQ(zelvy_menu::state().iMenuDir, -1);
+  EXPECT_EQ(f.ItemIds[zelvy_menu::state().iCurMenuItem], 40012);  // greyed, yet highlighted
   screenshot("menu_floating.png");
   keys("Return");
   EXPECT_TRUE(messages.empty());
   keys("Down Return");
   EXPECT_EQ(chosen(), 40013);
-  EXPECT_EQ(pwFloatMenu, nullptr);  // gone once closed
-  EXPECT_EQ(iMenuDir, 1);
+  EXPECT_EQ(zelvy_menu::state().pwFloatMenu, nullptr);  // gone once closed
+  EXPECT_EQ(zelvy_menu::state().iMenuDir, 1);
 }
 
 }  // namespace

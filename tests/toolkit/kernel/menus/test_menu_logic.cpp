@@ -22,7 +22,7 @@ namespace {
 // The program's own tables, the ones these tests read.
 [[maybe_unused]] const bool kTablesInstalled = (yyrcinstall(gombrel_resource_tables()), true);
 
-using namespace zelvy_menu;
+
 
 // A menu by hand: each entry is an item at a depth (0 the top level).
 struct Entry {
@@ -74,9 +74,9 @@ class MenuLogic : public ::testing::Test {
   void TearDown() override { reset(); }
   static void reset() {
     yyMenuWindowClosed(0);
-    itemstates.clear();
-    iWinMenu = 0;
-    iFloatMenu = false;
+    zelvy_menu::state().itemstates.clear();
+    zelvy_menu::state().iWinMenu = 0;
+    zelvy_menu::state().iFloatMenu = false;
     zelvy_data::data().ierr = 0;
   }
 
@@ -85,11 +85,11 @@ class MenuLogic : public ::testing::Test {
     int status = -1;
     yymenu(30001, 0, status);
     EXPECT_EQ(status, 0);
-    return *pwRootMenuSub[0];
+    return *zelvy_menu::state().pwRootMenuSub[0];
   }
   MenuRecord& install(std::unique_ptr<MenuRecord> m) {
     yyMenuInstall(0, std::move(m));
-    return *pwRootMenuSub[0];
+    return *zelvy_menu::state().pwRootMenuSub[0];
   }
 
   // A key to window 0's menu; the identifier chosen, 0 for none.
@@ -108,15 +108,15 @@ class MenuLogic : public ::testing::Test {
       EXPECT_EQ(key(s.keysym, s.state), s.chosen);
       if (s.current == kClosed) {
         EXPECT_FALSE(yyMenuIsOpen());
-        EXPECT_EQ(iCurMenuItem, -1);
+        EXPECT_EQ(zelvy_menu::state().iCurMenuItem, -1);
         continue;
       }
       ASSERT_TRUE(yyMenuIsOpen());
       if (s.current != kAny) {
-        EXPECT_EQ(iCurMenuItem >= 0 ? pwActiveMenu->ItemIds[iCurMenuItem] : -1, s.current);
+        EXPECT_EQ(zelvy_menu::state().iCurMenuItem >= 0 ? zelvy_menu::state().pwActiveMenu->ItemIds[zelvy_menu::state().iCurMenuItem] : -1, s.current);
       }
       std::vector<int> parents;
-      for (int p : pwActiveMenu->OpenPopups) parents.push_back(pwActiveMenu->ItemIds[pwActiveMenu->PopupParentItem[p]]);
+      for (int p : zelvy_menu::state().pwActiveMenu->OpenPopups) parents.push_back(zelvy_menu::state().pwActiveMenu->ItemIds[zelvy_menu::state().pwActiveMenu->PopupParentItem[p]]);
       EXPECT_EQ(parents, s.parents);
     }
   }
@@ -144,7 +144,7 @@ TEST_F(MenuLogic, MainMenuTreeFromResources) {
   int status = 0;
   yymenu(39999, 0, status);
   EXPECT_EQ(status, 1002);
-  EXPECT_NE(pwRootMenuSub[0], nullptr);  // an unknown menu leaves the old one
+  EXPECT_NE(zelvy_menu::state().pwRootMenuSub[0], nullptr);  // an unknown menu leaves the old one
 }
 
 TEST_F(MenuLogic, TextMarks) {
@@ -241,7 +241,7 @@ TEST_F(MenuLogic, CascadesOpenAndCloseOneLevel) {
 
 TEST_F(MenuLogic, Accelerators) {
   main_menu();
-  AccelTable& t = pwAccelTable[0];
+  AccelTable& t = zelvy_menu::state().pwAccelTable[0];
   t.keysyms = {XK_S, XK_Tab, XK_F5};
   t.ids = {40005, 40003, 40008};
   t.modifiers = {4, 1, 0};
@@ -280,7 +280,7 @@ TEST_F(MenuLogic, ItemStates) {
   WMenuSetState(40006, 2, 1);  // already so: no error
   EXPECT_EQ(zelvy_data::data().ierr, 0);
   EXPECT_EQ(std::pair(WMenuGetState(40006, 2), WMenuGetState(40006, 1)), std::pair(1, 1));
-  const MenuRecord& m = *pwRootMenuSub[0];
+  const MenuRecord& m = *zelvy_menu::state().pwRootMenuSub[0];
   EXPECT_EQ(m.ItemFlags[m.find(40006)] & (kMenuChecked | kMenuGreyed), kMenuChecked);
   WMenuSetState(40006, 1, 0);
   EXPECT_EQ(WMenuGetState(40006, 1), 0);
@@ -337,7 +337,7 @@ TEST_F(MenuLogic, BarWrapsIntoRows) {
     if (m.ItemPopup[i] == 0) m.ItemWidth[i] = 50;
   EXPECT_EQ(yyMenuResize(m, 400), 1);
   EXPECT_EQ(yyMenuResize(m, 120), 2);
-  EXPECT_EQ(std::pair(m.ItemX[m.find(40009)], m.ItemY[m.find(40009)]), std::pair(0, iMenuHeight));
+  EXPECT_EQ(std::pair(m.ItemX[m.find(40009)], m.ItemY[m.find(40009)]), std::pair(0, zelvy_menu::state().iMenuHeight));
   EXPECT_EQ(yyMenuResize(m, 10), 4);  // a first item in its row always stays
   EXPECT_EQ(m.BarRows, 4);
 }
