@@ -9,6 +9,7 @@
 #include "toolkit/dialog/dialog.h"
 #include "toolkit/kernel/resources.h"
 #include "toolkit/kernel/startup.h"
+#include "toolkit/kernel/statusbar.h"
 #include "toolkit/kernel/window.h"
 #include "toolkit/os/datetime.h"
 #include "toolkit/os/files.h"

@@ -3,10 +3,12 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <utility>
 
+#include "toolkit/base/check.h"
 #include "toolkit/base/fixed_text.h"
 #include "toolkit/base/zelvy_data.h"
 
@@ -399,4 +401,10 @@ void WInfoErrorMessage(int code, std::string& text, int category) {
 
 void IDebugLevel(int level) {
   if (level >= 0 && level <= 4) zelvy_data::data().idbug = level;
+}
+
+void zelv_check_failed(const char* condition, const char* file, int line) {
+  std::fprintf(stderr, "%s:%d: check failed: %s\n", file, line, condition);
+  std::fflush(stderr);
+  std::abort();
 }

@@ -3,6 +3,8 @@
 // of the toolkit reads them, from the error state up to the windows.
 #pragma once
 
+#include "toolkit/base/check.h"
+
 #include <array>
 #include <string>
 
@@ -49,8 +51,8 @@ struct Data {
   int idefpapersize = 5;
   int maxbitmap = 0, maxicon = 0, maxmeta = 0;
 
-  std::array<int, kMaxWindow + 1> iwflags = [] {
-    std::array<int, kMaxWindow + 1> a{};
+  zelv::Slots<int, kMaxWindow + 1> iwflags = [] {
+    zelv::Slots<int, kMaxWindow + 1> a{};
     a.fill(-1);
     return a;
   }();

@@ -17,10 +17,10 @@
 #include "toolkit/kernel/resources.h"
 #include "toolkit/dialog/dialog_engine.h"
 #include "toolkit/kernel/dialog_attach.h"
-#include "toolkit/kernel/display.h"
+#include "toolkit/kernel/display_private.h"
 #include "toolkit/kernel/message.h"
 #include "toolkit/kernel/window.h"
-#include "toolkit/kernel/window_table.h"
+#include "toolkit/kernel/window_private.h"
 #include "toolkit/base/error.h"
 #include "toolkit/base/zelvy_data.h"
 

@@ -23,7 +23,7 @@
 #include "toolkit/kernel/resources.h"
 #include "toolkit/dialog/dialog_engine.h"
 #include "toolkit/dialog/dialog_fields.h"
-#include "toolkit/kernel/display.h"
+#include "toolkit/kernel/display_private.h"
 #include "toolkit/base/format.h"
 
 using namespace zelvy_dialog;

@@ -14,7 +14,7 @@
 #include "toolkit/kernel/resources.h"
 #include "toolkit/dialog/dialog_engine.h"
 #include "toolkit/dialog/dialog_fields.h"
-#include "toolkit/kernel/display.h"
+#include "toolkit/kernel/display_private.h"
 #include "toolkit/kernel/message.h"
 #include "toolkit/base/error.h"
 #include "toolkit/base/zelvy_data.h"

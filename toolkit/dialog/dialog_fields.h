@@ -8,7 +8,7 @@
 #include <string_view>
 
 #include "toolkit/dialog/dialog_engine.h"
-#include "toolkit/kernel/display.h"
+#include "toolkit/kernel/display_private.h"
 
 namespace zelvy_dialog {
 

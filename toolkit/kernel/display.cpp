@@ -1,5 +1,5 @@
 // Display services: opening the X connection, resources, colours, cursors.
-#include "toolkit/kernel/display.h"
+#include "toolkit/kernel/display_private.h"
 
 #include <X11/Shell.h>
 #include <X11/StringDefs.h>
@@ -16,7 +16,7 @@
 #include <cstring>
 
 #include "toolkit/kernel/widgets.h"
-#include "toolkit/kernel/window_table.h"
+#include "toolkit/kernel/window_private.h"
 #include "toolkit/base/error.h"
 #include "toolkit/base/zelvy_data.h"
 

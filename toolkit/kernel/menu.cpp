@@ -4,7 +4,7 @@
 //
 // The navigation works on the item tree alone and touches X only when the
 // menu has windows (MenuRecord::Created), so that it runs without a display.
-#include "toolkit/kernel/menu.h"
+#include "toolkit/kernel/menu_private.h"
 
 #include <X11/Xft/Xft.h>
 #include <X11/Xutil.h>
@@ -15,11 +15,11 @@
 #include <utility>
 
 #include "toolkit/kernel/resources.h"
-#include "toolkit/kernel/display.h"
+#include "toolkit/kernel/display_private.h"
 #include "toolkit/kernel/message.h"
-#include "toolkit/kernel/statusbar.h"
+#include "toolkit/kernel/statusbar_private.h"
 #include "toolkit/kernel/window.h"
-#include "toolkit/kernel/window_table.h"
+#include "toolkit/kernel/window_private.h"
 #include "toolkit/base/error.h"
 #include "toolkit/base/zelvy_data.h"
 

@@ -11,11 +11,11 @@
 #include <map>
 #include <utility>
 
-#include "toolkit/kernel/display.h"
-#include "toolkit/kernel/statusbar.h"
+#include "toolkit/kernel/display_private.h"
+#include "toolkit/kernel/statusbar_private.h"
 #include "toolkit/kernel/window.h"
-#include "toolkit/kernel/menu.h"
-#include "toolkit/kernel/window_table.h"
+#include "toolkit/kernel/menu_private.h"
+#include "toolkit/kernel/window_private.h"
 
 namespace zelvy_messages {
 int itypesaved = 0;

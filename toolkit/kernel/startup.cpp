@@ -13,7 +13,7 @@
 #include <cstdlib>
 #include <fstream>
 
-#include "toolkit/kernel/display.h"
+#include "toolkit/kernel/display_private.h"
 #include "toolkit/kernel/os_bridge.h"
 #include "toolkit/base/error.h"
 #include "toolkit/base/zelvy_data.h"

@@ -1,14 +1,14 @@
 // Status bar: plain X windows for the bar and its parts, drawn with the
 // status-bar font.
-#include "toolkit/kernel/statusbar.h"
+#include "toolkit/kernel/statusbar_private.h"
 
 #include <X11/Xatom.h>
 
 #include <algorithm>
 
-#include "toolkit/kernel/display.h"
+#include "toolkit/kernel/display_private.h"
 #include "toolkit/kernel/window.h"
-#include "toolkit/kernel/window_table.h"
+#include "toolkit/kernel/window_private.h"
 #include "toolkit/base/error.h"
 #include "toolkit/base/zelvy_data.h"
 #include "toolkit/base/fixed_text.h"

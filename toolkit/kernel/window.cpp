@@ -17,12 +17,12 @@
 
 #include "toolkit/kernel/resources.h"
 #include "toolkit/kernel/dialog_attach.h"
-#include "toolkit/kernel/display.h"
-#include "toolkit/kernel/menu.h"
+#include "toolkit/kernel/display_private.h"
+#include "toolkit/kernel/menu_private.h"
 #include "toolkit/kernel/message.h"
-#include "toolkit/kernel/statusbar.h"
+#include "toolkit/kernel/statusbar_private.h"
 #include "toolkit/kernel/widgets.h"
-#include "toolkit/kernel/window_table.h"
+#include "toolkit/kernel/window_private.h"
 #include "toolkit/base/error.h"
 #include "toolkit/base/zelvy_data.h"
 

@@ -1,4 +1,4 @@
-// Windows: the root window, child windows, selection, units, status bar.
+// Windows: the root window, child windows, selection, units.
 #pragma once
 
 #include <optional>
@@ -29,11 +29,6 @@ int WInfoWindow(int item);
 // Window units run from 0 to 9999 over the selected window's client area.
 void WindowUnitsToPixels(int unitx, int unity, int& pixelx, int& pixely);
 void WindowUnitsFromPixels(int pixelx, int pixely, int& unitx, int& unity);
-// Rebuilds the selected window's status bar with `count` parts.
-void WindowStatusBarParts(int count, std::span<const int> widths, std::span<const int> styles = {},
-                          std::optional<int> flags = {});
-// Writes a text into a part (from 1) of a window's status bar.
-void WindowOutStatusBar(int part, std::string_view text, std::optional<int> window = {});
 
 // Internal: one axis of the unit conversion, for a client extent of `size` pixels.
 int yyunitstopixels(int unit, int size);

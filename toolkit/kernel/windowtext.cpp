@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "toolkit/kernel/display.h"
-#include "toolkit/kernel/window_table.h"
+#include "toolkit/kernel/display_private.h"
+#include "toolkit/kernel/window_private.h"
 
 namespace {
 

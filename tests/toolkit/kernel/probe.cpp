@@ -11,6 +11,7 @@
 
 #include "toolkit/kernel/message.h"
 #include "toolkit/kernel/startup.h"
+#include "toolkit/kernel/statusbar.h"
 #include "toolkit/kernel/window.h"
 
 namespace {

@@ -8,19 +8,19 @@
 #include <string>
 #include <vector>
 
-#include "toolkit/kernel/display.h"
+#include "toolkit/kernel/display_private.h"
 #include "toolkit/kernel/message.h"
 #include "toolkit/kernel/startup.h"
-#include "toolkit/kernel/statusbar.h"
+#include "toolkit/kernel/statusbar_private.h"
 #include "toolkit/kernel/widgets.h"
 #include "toolkit/kernel/window.h"
-#include "toolkit/kernel/window_table.h"
+#include "toolkit/kernel/window_private.h"
 #include "toolkit/base/error.h"
 #include "toolkit/base/zelvy_data.h"
 #include "app/resources/gombrel_resources.h"
 #include "toolkit/kernel/resources.h"
 #include "toolkit/kernel/dialog_attach.h"
-#include "toolkit/kernel/menu.h"
+#include "toolkit/kernel/menu_private.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <X11/keysym.h>
 #include <unistd.h>
 
-#include "toolkit/kernel/display.h"
+#include "toolkit/kernel/display_private.h"
 #include "toolkit/kernel/message.h"
 #include "toolkit/kernel/window.h"
 #include "toolkit/base/error.h"

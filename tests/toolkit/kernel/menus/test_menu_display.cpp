@@ -16,13 +16,13 @@
 #include <thread>
 #include <vector>
 
-#include "toolkit/kernel/display.h"
-#include "toolkit/kernel/menu.h"
+#include "toolkit/kernel/display_private.h"
+#include "toolkit/kernel/menu_private.h"
 #include "toolkit/kernel/message.h"
 #include "toolkit/kernel/startup.h"
-#include "toolkit/kernel/statusbar.h"
+#include "toolkit/kernel/statusbar_private.h"
 #include "toolkit/kernel/window.h"
-#include "toolkit/kernel/window_table.h"
+#include "toolkit/kernel/window_private.h"
 #include "toolkit/base/error.h"
 #include "toolkit/base/zelvy_data.h"
 #include "app/resources/gombrel_resources.h"

@@ -10,7 +10,7 @@
 #include <tuple>
 #include <vector>
 
-#include "toolkit/kernel/menu.h"
+#include "toolkit/kernel/menu_private.h"
 #include "toolkit/kernel/message.h"
 #include "toolkit/base/error.h"
 #include "toolkit/base/zelvy_data.h"

@@ -2,6 +2,8 @@
 // windows by handle (0 the root window, 1..50 children).
 #pragma once
 
+#include "toolkit/base/check.h"
+
 #include <X11/Intrinsic.h>
 
 #include <array>
@@ -39,16 +41,16 @@ struct WindowRecord {
 namespace zelvy_win {
 constexpr int kSlots = zelvy_data::kMaxWindow + 1;
 struct State {
-  std::array<WindowRecord, kSlots> WinInfo{};
-  std::array<Widget, kSlots> wtShell{}, wtWindow{}, wtClient{};
-  std::array<Window, kSlots> wShell{}, wWindow{}, wClient{};
-  std::array<int, kSlots> iWinColour = [] {
-    std::array<int, kSlots> a{};
+  zelv::Slots<WindowRecord, kSlots> WinInfo{};
+  zelv::Slots<Widget, kSlots> wtShell{}, wtWindow{}, wtClient{};
+  zelv::Slots<Window, kSlots> wShell{}, wWindow{}, wClient{};
+  zelv::Slots<int, kSlots> iWinColour = [] {
+    zelv::Slots<int, kSlots> a{};
     a.fill(-1);
     return a;
   }();
-  std::array<Cursor, kSlots> hCursorWin{};
-  std::array<int, kSlots> iCursorWin{};
+  zelv::Slots<Cursor, kSlots> hCursorWin{};
+  zelv::Slots<int, kSlots> iCursorWin{};
   int iWinMax = -1;
   int iWinCur = 0;
   Atom aWMProtocols = 0, aWMDeleteWindow = 0;
