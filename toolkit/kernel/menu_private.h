@@ -195,3 +195,34 @@ void yyMenuInvert(int item, int event, bool open);
 MenuRecord* yyMenuFind(Window xwin, int& code, int& index);
 // Redraws a window's bar.
 void yyMenuDrawRoot(int handle);
+
+// Helpers the menu sources share: the item tree (menu_tree.cpp) and the
+// windows and pop-ups (menu_draw.cpp).
+namespace menu_detail {
+// The items of a pop-up in order; the walk is bounded so that a broken link
+// cannot hang the toolkit.
+std::vector<int> items_of(const MenuRecord& m, int popup);
+bool is_open(const MenuRecord& m, int popup);
+// The top-level item above an item.
+int top_ancestor(const MenuRecord& m, int item);
+int upper_key(unsigned long keysym);
+void create_windows(MenuRecord& m);
+void destroy_windows(MenuRecord& m);
+void draw_item(const MenuRecord& m, int i);
+void draw_popup_frame(const MenuRecord& m, int p);
+void draw_popup(const MenuRecord& m, int p);
+void open_sub(MenuRecord& m, int item);
+void open_popup_at(MenuRecord& m, int p, int x, int y);
+void close_newest(MenuRecord& m);
+// Closes the pop-ups opened after the one given; for the bar (pop-up 0 of a bar
+// menu, never in the open list) that is all of them.
+void close_above(MenuRecord& m, int popup);
+void choose(MenuRecord& m, int item, int& type, int& value1, int& value2);
+void go(int item);
+// Moves along the bar; an open drop-down follows when automatic opening is on.
+void go_top(int item);
+// Drops down the pop-up of a bar item and goes to its first or last item.
+void drop_down(MenuRecord& m, int item, bool last);
+int bar_window(int h);
+bool is_alt_key(unsigned long ks);
+}  // namespace menu_detail

@@ -108,7 +108,7 @@ void draw_bar_line(const StatusBarRecord& b, int framewidth) {
 
 void draw_prompt(const StatusBarRecord& b) {
   XClearWindow(xdisplay(), b.PromptWindow);
-  draw_text(b.PromptWindow, 5, std::string(b.PromptText));
+  draw_text(b.PromptWindow, 5, b.PromptText);
 }
 
 // The part texts, one a line, on the shell: readable by tools outside the program.
@@ -281,7 +281,7 @@ bool yyWindowStatusBarOwns(int h, Window xwin) {
 void yyWindowStatusBarPrompt(int h, bool show, std::string_view text) {
   StatusBarRecord* b = bar_of(h);
   if (!b) return;
-  b->PromptText = show ? text : std::string_view{};
+  b->PromptText = show ? std::string(text) : std::string();
   yyWindowStatusBarDraw(h);
 }
 
@@ -289,7 +289,7 @@ void yyWindowStatusBarSwitch(int direction, int h) {
   if (direction == 2) {
     StatusBarRecord* b = bar_of(h);
     if (!b || b->DisplayMode != 1) return;
-    b->PromptText = {};
+    b->PromptText.clear();
     b->DisplayMode = 2;
     XMapRaised(xdisplay(), b->PromptWindow);
     yyWindowStatusBarDraw(h);

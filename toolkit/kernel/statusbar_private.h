@@ -24,7 +24,7 @@ struct StatusBarRecord {
   std::vector<std::optional<std::string>> PartTexts;
   Window PromptWindow = 0;
   int DisplayMode = 1;  // 1 parts, 2 prompt
-  std::string_view PromptText;
+  std::string PromptText;  // a copy: the menu that set it may change its texts
   int StartOffset = 0;
 };
 

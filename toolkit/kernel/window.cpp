@@ -33,15 +33,9 @@ namespace {
 
 constexpr int kDefault = -999999;
 
-// The attributes the client windows are created with, one set per window for its background.
-std::array<XSetWindowAttributes, zelvy_win::kSlots> iWinAttributes{};
-
 int menu_height(int h) { return yyMenuBarHeight(h); }
 
-DialogEngineHooks& dialog_engine() {
-  static DialogEngineHooks hooks;
-  return hooks;
-}
+DialogEngineHooks& dialog_engine() { return ws.dialogEngine; }
 
 int sbar_height(int h) {
   const bool bar = zelvy_sbar::state().psbarInfo.size() > static_cast<size_t>(h) && zelvy_sbar::state().psbarInfo[h];
@@ -100,8 +94,7 @@ bool check_resources(const OpenRequest& q, const char* routine) {
       std::uint32_t style = 0, layout = 0;
       std::string title;
       yyrcdialogload(q.dialogid, w, hgt, style, layout, anchor, font, bytes, title);
-      const bool child_style = (style & 1073741824u) && (style & 1024u) && !(style & 12582912u) &&
-                               !(style & 524288u);
+      const bool child_style = dialog_style::can_be_carried(style);
       if (!child_style) yyerror(1045, routine);
       dialog = child_style;
     }
@@ -115,73 +108,94 @@ bool check_resources(const OpenRequest& q, const char* routine) {
   return dialog;
 }
 
-bool open_window(int h, const OpenRequest& q, const char* routine) {
-  Display* dpy = xdisplay();
-  yyDisplayRootOpen();
+// Where and how large a window is to be, worked out before anything exists.
+struct Geometry {
+  int flags = 7;
+  bool with_dialog = false, with_menu = false;
+  int cw = 0, ch = 0;  // client size
+  int fw = 0, fh = 0;  // frame size: client, menu bar and status bar
+  int x = 0, y = 0;    // frame position on the screen
+};
 
-  const bool with_dialog = check_resources(q, routine) && dialog_engine().pixels;
-  OpenRequest sized = q;
-  bool resizable = true;
-  if (with_dialog) {
+Geometry plan_window(const OpenRequest& q, const char* routine) {
+  Geometry g;
+  g.flags = q.flags;
+  g.with_dialog = check_resources(q, routine) && dialog_engine().pixels;
+  int width = q.width, height = q.height;
+  if (g.with_dialog) {
     // The window takes the dialog's size; a dialog that can't be resized fixes it.
-    dialog_engine().pixels(q.dialogid, sized.width, sized.height, resizable);
-    if (!resizable) sized.flags = (sized.flags | 64) & ~12;
+    bool resizable = true;
+    dialog_engine().pixels(q.dialogid, width, height, resizable);
+    if (!resizable) g.flags = (g.flags | 64) & ~12;
   }
-
   if (q.flags & 32) yyWindowStatusBarInit(1);
-  const int cw = sized.width >= 1 ? sized.width : zelvy_data::data().iscwid * 8 / 10;
-  const int ch = sized.height >= 1 ? sized.height : zelvy_data::data().ischgt * 8 / 10;
-  const int fw = cw;
+  const auto& zd = zelvy_data::data();
+  g.cw = width >= 1 ? width : zd.iscwid * 8 / 10;
+  g.ch = height >= 1 ? height : zd.ischgt * 8 / 10;
+  g.fw = g.cw;
   // A window inside its parent has no menu bar of its own.
-  const bool with_menu = q.menuid > 0 && !(q.flags & 16);
-  const int menu_rows = with_menu ? yyMenuRowHeight() : 0;
-  const int fh = ch + menu_rows + ((q.flags & 32) ? zelvy_sbar::state().iSBarHeight + 1 : 0);
+  g.with_menu = q.menuid > 0 && !(q.flags & 16);
+  const int menu_rows = g.with_menu ? yyMenuRowHeight() : 0;
+  g.fh = g.ch + menu_rows + ((q.flags & 32) ? zelvy_sbar::state().iSBarHeight + 1 : 0);
 
-  WindowRecord& r = ws.WinInfo[h];
-  r = WindowRecord{};
-  r.Flags = static_cast<unsigned>(sized.flags);
-  if (sized.flags & 64) r.Flags &= ~12u;
-  r.Visible = (q.flags & 128) ? 0 : 1;
-  r.Parent = q.parent;
-  r.Colormap_ = zelvy_x::state().iCmapMain;
-  r.Depth = zelvy_x::state().iDispDepth;
-  r.FrameWidth = fw;
-  r.FrameHeight = fh;
-  int x = q.x, y = q.y;
+  g.x = q.x;
+  g.y = q.y;
   if ((q.flags & 16) && q.parent >= 0) {
     // Inside the parent: relative to its client area on the screen.
+    Display* dpy = xdisplay();
     int px = 0, py = 0;
     Window child;
     XTranslateCoordinates(dpy, ws.wClient[q.parent], RootWindow(dpy, zelvy_x::state().iScreen), 0, 0, &px, &py,
                           &child);
     const WindowRecord& p = ws.WinInfo[q.parent];
-    if (x == kDefault) x = (p.ClientWidth - fw) / 2;
-    if (y == kDefault) y = (p.ClientHeight - fh) / 2;
-    x += px;
-    y += py;
+    if (g.x == kDefault) g.x = (p.ClientWidth - g.fw) / 2;
+    if (g.y == kDefault) g.y = (p.ClientHeight - g.fh) / 2;
+    g.x += px;
+    g.y += py;
   } else {
-    if (x == kDefault) x = (zelvy_data::data().iscwid - fw) / 2;
-    if (y == kDefault) y = (zelvy_data::data().ischgt - fh) / 2;
+    if (g.x == kDefault) g.x = (zd.iscwid - g.fw) / 2;
+    if (g.y == kDefault) g.y = (zd.ischgt - g.fh) / 2;
   }
-  r.RestoreWidth = cw;
-  r.RestoreHeight = ch;
+  return g;
+}
 
+void init_record(int h, const OpenRequest& q, const Geometry& g) {
+  WindowRecord& r = ws.WinInfo[h];
+  r = WindowRecord{};
+  r.Flags = static_cast<unsigned>(g.flags);
+  if (g.flags & 64) r.Flags &= ~12u;
+  r.Visible = (q.flags & 128) ? 0 : 1;
+  r.Parent = q.parent;
+  r.Colormap_ = zelvy_x::state().iCmapMain;
+  r.Depth = zelvy_x::state().iDispDepth;
+  r.FrameWidth = g.fw;
+  r.FrameHeight = g.fh;
+  r.RestoreWidth = g.cw;
+  r.RestoreHeight = g.ch;
+}
+
+// The shell, the frame that holds menu bar, client and status bar, and the
+// client window, realised but not yet mapped.
+void create_widgets(int h, const OpenRequest& q, const Geometry& g) {
+  Display* dpy = xdisplay();
+  const auto& xs = zelvy_x::state();
   const std::string title(q.title);
   Arg args[16];
   int n = 0;
   XtSetArg(args[n], XmNdeleteResponse, XmDO_NOTHING); ++n;
   XtSetArg(args[n], XtNborderWidth, 0); ++n;
   XtSetArg(args[n], XtNmappedWhenManaged, False); ++n;
-  XtSetArg(args[n], XtNx, x); ++n;
-  XtSetArg(args[n], XtNy, y); ++n;
-  XtSetArg(args[n], XtNwidth, fw); ++n;
-  XtSetArg(args[n], XtNheight, fh); ++n;
+  XtSetArg(args[n], XtNx, g.x); ++n;
+  XtSetArg(args[n], XtNy, g.y); ++n;
+  XtSetArg(args[n], XtNwidth, g.fw); ++n;
+  XtSetArg(args[n], XtNheight, g.fh); ++n;
   XtSetArg(args[n], XtNtitle, title.c_str()); ++n;
   XtSetArg(args[n], XtNiconName, title.c_str()); ++n;
-  if (zelvy_x::state().iCmapMain != DefaultColormap(dpy, zelvy_x::state().iScreen)) {
-    XtSetArg(args[n], XtNcolormap, zelvy_x::state().iCmapMain); ++n;
-    XtSetArg(args[n], XtNvisual, zelvy_x::state().iVisual); ++n;
-    XtSetArg(args[n], XtNdepth, zelvy_x::state().iDispDepth); ++n;
+  const bool own_map = xs.iCmapMain != DefaultColormap(dpy, xs.iScreen);
+  if (own_map) {
+    XtSetArg(args[n], XtNcolormap, xs.iCmapMain); ++n;
+    XtSetArg(args[n], XtNvisual, xs.iVisual); ++n;
+    XtSetArg(args[n], XtNdepth, xs.iDispDepth); ++n;
   }
   WidgetClass shellclass = applicationShellWidgetClass;
   if (h != 0) {
@@ -195,27 +209,25 @@ bool open_window(int h, const OpenRequest& q, const char* routine) {
   Widget shell = XtAppCreateShell("Zelv", "Zelv", shellclass, dpy, args, n);
   Widget frame = XtVaCreateManagedWidget("MainWindow", xmDrawingAreaWidgetClass, shell,
                                          XmNmarginWidth, 0, XmNmarginHeight, 0, XmNresizePolicy,
-                                         XmRESIZE_NONE, XtNwidth, fw, XtNheight, fh, nullptr);
-  Pixel clientbg = WhitePixel(dpy, zelvy_x::state().iScreen);
+                                         XmRESIZE_NONE, XtNwidth, g.fw, XtNheight, g.fh, nullptr);
+  Pixel clientbg = WhitePixel(dpy, xs.iScreen);
   if (q.colour >= 0)
     clientbg = yyAllocPixel(q.colour & 255, (q.colour >> 8) & 255, (q.colour >> 16) & 255);
-  XSetWindowAttributes& at = iWinAttributes[h];
+  XSetWindowAttributes& at = ws.iWinAttributes[h];
   at = XSetWindowAttributes{};
   at.background_pixel = clientbg;
-  at.border_pixel = BlackPixel(dpy, zelvy_x::state().iScreen);
+  at.border_pixel = BlackPixel(dpy, xs.iScreen);
   at.bit_gravity = StaticGravity;
   at.backing_store = WhenMapped;
-  at.cursor = zelvy_x::state().ixCursor[zelvy_x::state().iCursor];
+  at.cursor = xs.ixCursor[xs.iCursor];
   at.event_mask = StructureNotifyMask | ButtonPressMask | ButtonReleaseMask | PropertyChangeMask;
-  const bool own_map = zelvy_x::state().iCmapMain != DefaultColormap(dpy, zelvy_x::state().iScreen);
   Widget client = XtVaCreateManagedWidget(
       "ClientWindow", windWidgetClass, frame, XmNmarginWidth, 0, XmNmarginHeight, 0,
-      XmNresizePolicy, XmRESIZE_NONE, XtNx, 0, XtNy, 0, XtNwidth, cw, XtNheight, ch, XtNborderWidth,
+      XmNresizePolicy, XmRESIZE_NONE, XtNx, 0, XtNy, 0, XtNwidth, g.cw, XtNheight, g.ch, XtNborderWidth,
       0, XtNbackground, clientbg, XmNtraversalOn, False, XtNwinAttributes, &at, XtNwinMask,
       static_cast<long>(CWBackPixel | CWBorderPixel | CWBitGravity | CWBackingStore | CWCursor |
                         CWEventMask),
-      XtNcolourMap, own_map ? zelvy_x::state().iCmapMain : 0, XtNwinVisual,
-      own_map ? zelvy_x::state().iVisual : nullptr, nullptr);
+      XtNcolourMap, own_map ? xs.iCmapMain : 0, XtNwinVisual, own_map ? xs.iVisual : nullptr, nullptr);
   if (q.colour >= 0) {
     XtVaSetValues(frame, XtNbackground, clientbg, nullptr);
     XtVaSetValues(shell, XtNbackground, clientbg, nullptr);
@@ -231,13 +243,18 @@ bool open_window(int h, const OpenRequest& q, const char* routine) {
   ws.iWinColour[h] = q.colour;
   ws.hCursorWin[h] = 0;
   ws.iWinMax = std::max(ws.iWinMax, h);
+}
 
+// Hints and protocols for the window manager, then the parts that live in
+// the frame: status bar, menu bar, the dialog; then the window is shown.
+void finish_window(int h, const OpenRequest& q, const Geometry& g, const char* routine) {
+  Display* dpy = xdisplay();
   XSizeHints hints{};
   hints.flags = USPosition | USSize;
-  hints.x = x;
-  hints.y = y;
-  hints.width = fw;
-  hints.height = fh;
+  hints.x = g.x;
+  hints.y = g.y;
+  hints.width = g.fw;
+  hints.height = g.fh;
   XSetWMNormalHints(dpy, ws.wShell[h], &hints);
   yyWindowSizeHints(h);
   set_title(h, q.title);
@@ -246,21 +263,29 @@ bool open_window(int h, const OpenRequest& q, const char* routine) {
     ws.aWMProtocols = XInternAtom(dpy, "WM_PROTOCOLS", False);
     ws.aWMDeleteWindow = XInternAtom(dpy, "WM_DELETE_WINDOW", False);
   }
-  XmAddWMProtocolCallback(shell, ws.aWMDeleteWindow, yyWindowWMCloseCB,
+  XmAddWMProtocolCallback(ws.wtShell[h], ws.aWMDeleteWindow, yyWindowWMCloseCB,
                           reinterpret_cast<XtPointer>(static_cast<std::intptr_t>(h)));
 
   if (q.flags & 32) yyWindowStatusBarCreate(h);
-  if (with_menu) {
+  if (g.with_menu) {
     int status = 0;
     yymenu(q.menuid, h, status);
     if (status != 0) yyerror(status, routine);
   }
   yyWindowResize(h);
   yyMsgApplyMasks(h);
-  if (with_dialog) dialog_engine().combine(q.dialogid, h);
+  if (g.with_dialog) dialog_engine().combine(q.dialogid, h);
 
-  if (!(q.flags & 128)) XtMapWidget(shell);
+  if (!(q.flags & 128)) XtMapWidget(ws.wtShell[h]);
   XFlush(dpy);
+}
+
+bool open_window(int h, const OpenRequest& q, const char* routine) {
+  yyDisplayRootOpen();
+  const Geometry g = plan_window(q, routine);
+  init_record(h, q, g);
+  create_widgets(h, q, g);
+  finish_window(h, q, g, routine);
   return true;
 }
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "toolkit/base/check.h"
+#include "toolkit/kernel/dialog_attach.h"
 
 #include <X11/Intrinsic.h>
 
@@ -54,6 +55,9 @@ struct State {
   int iWinMax = -1;
   int iWinCur = 0;
   Atom aWMProtocols = 0, aWMDeleteWindow = 0;
+  // The attributes the client windows are created with, one set per window for its background.
+  zelv::Slots<XSetWindowAttributes, kSlots> iWinAttributes{};
+  DialogEngineHooks dialogEngine;  // what the dialog engine attached, if anything
 };
 
 // The one instance, defined in window.cpp.
