@@ -60,6 +60,7 @@ struct Data {
   bool bbell = false;
   std::array<std::string, 2> ctmpfile{};  // plot and dump file names in /tmp
   bool bversionline = false;              // the initialisation file held a version line
+  bool bdoneinit = false;                 // WInitialise has run
 };
 
 Data& data();

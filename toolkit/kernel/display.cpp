@@ -28,7 +28,6 @@ namespace {
 char* S(const char* s) { return const_cast<char*>(s); }
 
 // Slot 0 is the dialog font found at run time.
-std::string fallback_font_line;
 const char* fallback[] = {
     nullptr,
     "Zelv*foreground: #000000",
@@ -344,8 +343,8 @@ void yygetdisplayinfo(int fontsize, int flags, int& width, int& height, int& wid
   if (!dpy) return;
 
   xs.cDialogFont = find_dialog_font(dpy, fontsize * 10);
-  fallback_font_line = "Zelv*dialogFont: " + xs.cDialogFont;
-  fallback[0] = fallback_font_line.c_str();
+  xs.fallbackFontLine = "Zelv*dialogFont: " + xs.cDialogFont;
+  fallback[0] = xs.fallbackFontLine.c_str();
 
   XtToolkitInitialize();
   xs.ixContext = XtCreateApplicationContext();

@@ -53,6 +53,7 @@ struct State {
   int iClipboardMethod = 1;
   ZelvAppData appData{};
   std::string cDialogFont;   // the core font found for the dialog font size
+  std::string fallbackFontLine;  // Xt keeps a pointer to it as a fallback resource
   XFontStruct* dialogFontStruct = nullptr;
   std::array<XColor, 20> wSchemeCol{};
   std::array<Cursor, 13> ixCursor{};

@@ -24,7 +24,6 @@ namespace {
 constexpr const char* kVersion = "12.0e";
 constexpr std::size_t kIniRecord = 1034;
 
-bool bdoneinit = false;
 
 std::string upper(std::string s) {
   for (char& c : s) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
@@ -171,8 +170,8 @@ int yymeasurement() {
 
 void WInitialise(std::string_view inifile, std::optional<int> flags, std::optional<int> fontsize) {
   auto& d = zelvy_data::data();
-  if (bdoneinit) return;
-  bdoneinit = true;
+  if (zelvy_data::data().bdoneinit) return;
+  zelvy_data::data().bdoneinit = true;
 
   int iflags = flags.value_or(0);
   if (!(iflags & 1)) yyxkeysymdb();

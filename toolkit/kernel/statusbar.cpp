@@ -18,11 +18,6 @@ static zelvy_sbar::State& sb = zelvy_sbar::state();
 
 namespace {
 
-GC sbarGC = nullptr;
-XftDraw* sbarDraw = nullptr;
-XftColor sbarColour{};
-bool stage2 = false;
-
 StatusBarRecord* bar_of(int h) {
   if (h < 0 || h >= static_cast<int>(sb.psbarInfo.size())) return nullptr;
   return sb.psbarInfo[h].get();
@@ -43,13 +38,13 @@ void draw_text(Window w, int x, const std::string& text) {
   if (text.empty()) return;
   int type = 0;
   const std::string utf8 = yyConvertEncoding(text, zelvy_x::state().iDialogEncoding, type);
-  if (sb.xftSBarFont && sbarDraw) {
-    XftDrawChange(sbarDraw, w);
-    XftDrawStringUtf8(sbarDraw, &sbarColour, sb.xftSBarFont, x, sb.iSBarYText,
+  if (sb.xftSBarFont && sb.sbarDraw) {
+    XftDrawChange(sb.sbarDraw, w);
+    XftDrawStringUtf8(sb.sbarDraw, &sb.sbarColour, sb.xftSBarFont, x, sb.iSBarYText,
                       reinterpret_cast<const FcChar8*>(utf8.data()), static_cast<int>(utf8.size()));
   } else {
-    XSetForeground(xdisplay(), sbarGC, zelvy_x::state().appData.foreground);
-    XDrawString(xdisplay(), w, sbarGC, x, sb.iSBarYText, text.data(), static_cast<int>(text.size()));
+    XSetForeground(xdisplay(), sb.sbarGC, zelvy_x::state().appData.foreground);
+    XDrawString(xdisplay(), w, sb.sbarGC, x, sb.iSBarYText, text.data(), static_cast<int>(text.size()));
   }
 }
 
@@ -59,8 +54,8 @@ int part_width(const StatusBarRecord& b, int i, int framewidth) {
 }
 
 void line(Window w, Pixel colour, int x1, int y1, int x2, int y2) {
-  XSetForeground(xdisplay(), sbarGC, colour);
-  XDrawLine(xdisplay(), w, sbarGC, x1, y1, x2, y2);
+  XSetForeground(xdisplay(), sb.sbarGC, colour);
+  XDrawLine(xdisplay(), w, sb.sbarGC, x1, y1, x2, y2);
 }
 
 void draw_part(const StatusBarRecord& b, int i, int framewidth) {
@@ -91,10 +86,10 @@ void draw_part(const StatusBarRecord& b, int i, int framewidth) {
     XPoint p2[3] = {{1, static_cast<short>(height - 1)},
                     {static_cast<short>(width - 2), static_cast<short>(height - 1)},
                     {static_cast<short>(width - 2), 3}};
-    XSetForeground(xdisplay(), sbarGC, first);
-    XDrawLines(xdisplay(), w, sbarGC, p1, 3, CoordModeOrigin);
-    XSetForeground(xdisplay(), sbarGC, second);
-    XDrawLines(xdisplay(), w, sbarGC, p2, 3, CoordModeOrigin);
+    XSetForeground(xdisplay(), sb.sbarGC, first);
+    XDrawLines(xdisplay(), w, sb.sbarGC, p1, 3, CoordModeOrigin);
+    XSetForeground(xdisplay(), sb.sbarGC, second);
+    XDrawLines(xdisplay(), w, sb.sbarGC, p2, 3, CoordModeOrigin);
   }
 }
 
@@ -196,16 +191,16 @@ void yyWindowStatusBarInit(int stage) {
     sb.iSBarYText = height + 6;
     return;
   }
-  if (stage2) return;
-  stage2 = true;
+  if (sb.stage2) return;
+  sb.stage2 = true;
   const Window root = RootWindow(dpy, zelvy_x::state().iScreen);
-  sbarGC = XCreateGC(dpy, root, 0, nullptr);
-  if (sb.coreSBarFont) XSetFont(dpy, sbarGC, sb.coreSBarFont->fid);
+  sb.sbarGC = XCreateGC(dpy, root, 0, nullptr);
+  if (sb.coreSBarFont) XSetFont(dpy, sb.sbarGC, sb.coreSBarFont->fid);
   if (sb.xftSBarFont) {
-    sbarDraw = XftDrawCreate(dpy, root, zelvy_x::state().iVisual, zelvy_x::state().iCmapMain);
+    sb.sbarDraw = XftDrawCreate(dpy, root, zelvy_x::state().iVisual, zelvy_x::state().iCmapMain);
     const XColor& c = zelvy_x::state().wSchemeCol[0];
     XRenderColor rc{c.red, c.green, c.blue, 0xffff};
-    XftColorAllocValue(dpy, zelvy_x::state().iVisual, zelvy_x::state().iCmapMain, &rc, &sbarColour);
+    XftColorAllocValue(dpy, zelvy_x::state().iVisual, zelvy_x::state().iCmapMain, &rc, &sb.sbarColour);
   }
 }
 

@@ -35,6 +35,11 @@ struct State {
   int iSBarHeight = 0;
   int iSBarYText = 0;
   std::vector<std::unique_ptr<StatusBarRecord>> psbarInfo;  // by window handle
+  // Drawing resources, made at stage 2 of the first bar.
+  GC sbarGC = nullptr;
+  XftDraw* sbarDraw = nullptr;
+  XftColor sbarColour{};
+  bool stage2 = false;
 };
 
 // The one instance, defined in statusbar.cpp.
