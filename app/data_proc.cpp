@@ -5,7 +5,7 @@
 #include "app/data_param.h"
 #include "app/form.h"
 #include "toolkit/dialog/dialog.h"
-#include "toolkit/kernel/menu_private.h"
+#include "toolkit/kernel/menu.h"
 #include "toolkit/kernel/message.h"
 
 namespace data_proc {

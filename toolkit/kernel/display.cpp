@@ -15,7 +15,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "toolkit/kernel/widgets.h"
+#include "toolkit/kernel/widgets_private.h"
 #include "toolkit/kernel/window_private.h"
 #include "toolkit/base/error.h"
 #include "toolkit/base/zelvy_data.h"

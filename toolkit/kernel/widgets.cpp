@@ -1,6 +1,6 @@
 // The toolkit's widget classes: Zelv, the root shell, and WinComponent, the
 // client area of every window.
-#include "toolkit/kernel/widgets.h"
+#include "toolkit/kernel/widgets_private.h"
 
 #include <X11/IntrinsicP.h>
 #include <X11/ShellP.h>

@@ -21,7 +21,7 @@
 #include "toolkit/kernel/menu_private.h"
 #include "toolkit/kernel/message.h"
 #include "toolkit/kernel/statusbar_private.h"
-#include "toolkit/kernel/widgets.h"
+#include "toolkit/kernel/widgets_private.h"
 #include "toolkit/kernel/window_private.h"
 #include "toolkit/base/error.h"
 #include "toolkit/base/zelvy_data.h"

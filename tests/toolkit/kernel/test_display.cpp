@@ -12,7 +12,7 @@
 #include "toolkit/kernel/message.h"
 #include "toolkit/kernel/startup.h"
 #include "toolkit/kernel/statusbar_private.h"
-#include "toolkit/kernel/widgets.h"
+#include "toolkit/kernel/widgets_private.h"
 #include "toolkit/kernel/window.h"
 #include "toolkit/kernel/window_private.h"
 #include "toolkit/base/error.h"
