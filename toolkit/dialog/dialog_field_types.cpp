@@ -30,6 +30,10 @@ using namespace zelvy_dialog;
 
 namespace {
 
+// Characters a text field takes when its resource gives no length: the
+// longest text of the form, a reflection file's path, fits.
+constexpr int kDefaultFieldLength = 256;
+
 // The options a field has in the resource tables, each handed to `add` in
 // order; the resource's selected option is then put into the field.
 template <typename Add>
@@ -235,8 +239,9 @@ void create_text(DialogRecord& d, FieldRecord& f) {
   const bool autoScroll = f.style & 0x80;
   int length = 0;
   yyrcfieldlength(d.resourceId, f.identifier, length);
-  t.charLimit = length;
-  t.pixelLimit = (autoScroll || multi) ? 0 : std::max(0, f.width - iFixedTextOffset);
+  // Fields scroll sideways, so only the character count bounds a text.
+  t.charLimit = length > 0 ? length : kDefaultFieldLength;
+  t.pixelLimit = 0;
   const bool spinner = numeric && (f.extraFlags & 0x8000);
   Args args;
   text_args(args, f);
@@ -260,7 +265,6 @@ void create_text(DialogRecord& d, FieldRecord& f) {
       XtAddCallback(a, XmNactivateCallback, yyDialogSpinCB, k == 0 ? reinterpret_cast<XtPointer>(1) : nullptr);
       f.parts.push_back(a);
     }
-    t.pixelLimit = std::max(0, f.width - arrow - iFixedTextOffset);
   } else if (multi) {
     f.capabilities |= 0x280;
     args.add(XmNeditMode, XmMULTI_LINE_EDIT).add(XmNwordWrap, autoScroll ? False : True);

@@ -44,9 +44,16 @@ bool yyDialogNumericOutOfRange(double minimum, double maximum, double number) {
 
 bool yyDialogStrValidNum(int kind, char& c) {
   if (std::isdigit(static_cast<unsigned char>(c)) || c == '+' || c == '-') return true;
-  if (kind < 4) return false;
   const char point = zelvy_data::idecimal == 1 ? zelvy_data::cdecimal : '.';
+  // An integer takes no fraction, but dropping the mark would turn 1,5 into
+  // 15: it stays, and the field refuses the number as it is.
+  if (kind < 4) return c == '.' || c == ',';
   if (c == point) return true;
+  // Where the point is the mark, a comma typed for it is read as one.
+  if (c == ',' && point == '.') {
+    c = '.';
+    return true;
+  }
   if (c == 'E' || c == 'e') {
     c = 'E';
     return true;
@@ -56,6 +63,29 @@ bool yyDialogStrValidNum(int kind, char& c) {
     return true;
   }
   return false;
+}
+
+std::string yyDialogStrFilterInsert(std::string_view text, int kind, bool multiLine, int allowed) {
+  std::string out;
+  out.reserve(text.size());
+  const char point = zelvy_data::idecimal == 1 ? zelvy_data::cdecimal : '.';
+  int chars = 0;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const auto c = static_cast<unsigned char>(text[i]);
+    // Control characters, C0, DEL and the C1 range in UTF-8, never enter a field;
+    // only a multi-line text keeps its line ends.
+    if ((c < 0x20 && !(multiLine && c == '\n')) || c == 0x7F) continue;
+    if (c == 0xC2 && i + 1 < text.size() && static_cast<unsigned char>(text[i + 1]) < 0xA0) {
+      ++i;
+      continue;
+    }
+    if ((c & 0xC0) != 0x80) {
+      if (allowed >= 0 && chars == allowed) break;
+      ++chars;
+    }
+    out += (kind >= 4 && c == ',' && point == '.') ? '.' : static_cast<char>(c);
+  }
+  return out;
 }
 
 std::string yyDialogStrGetMnemonic(std::string_view text, char& mnemonic) {
