@@ -130,6 +130,17 @@ std::string yyDialogStrConvert(int crMode, bool wrap, int width, std::string_vie
   return out;
 }
 
+namespace {
+
+// The number reader stops at a comma or, for an integer, takes a fraction:
+// a text it would read only in part is no number of the field.
+bool read_whole(int kind, std::string_view text) {
+  if (text.find(',') != std::string_view::npos) return false;
+  return kind != 3 || text.find_first_not_of(" +-0123456789") == std::string_view::npos;
+}
+
+}  // namespace
+
 bool yyDialogValidateText(TextFieldData& d, std::string_view text, bool store, bool allowClear) {
   if (d.kind < 3) return true;
   if (text.find_first_not_of(' ') == std::string_view::npos) {
@@ -140,7 +151,7 @@ bool yyDialogValidateText(TextFieldData& d, std::string_view text, bool store, b
   double v = 0;
   int good = 0;
   yyst2dblcheck(v, good, text);
-  if (!good || yyDialogNumericOutOfRange(d.minimum, d.maximum, v)) return false;
+  if (!good || !read_whole(d.kind, text) || yyDialogNumericOutOfRange(d.minimum, d.maximum, v)) return false;
   if (store) {
     d.valid = true;
     d.value = v;
@@ -154,7 +165,7 @@ int yyDialogNumericValue(const TextFieldData& d, std::string_view text, double& 
     if (text.find_first_not_of(' ') == std::string_view::npos) return 1010;
     int good = 0;
     yyst2dblcheck(value, good, text);
-    return good ? 0 : 1010;
+    return good && read_whole(d.kind, text) ? 0 : 1010;
   }
   if (!d.valid) return 1010;
   value = d.value;
