@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>  // before the X headers, whose macros it would trip over
 
 #include <X11/Xlib.h>
+#include <Xm/ComboBox.h>
 #include <Xm/Text.h>
 #include <Xm/Xm.h>
 
@@ -214,6 +215,22 @@ TEST_F(FieldText, AnUnfocusedFormDoesNotWakeUp) {
   }
   EXPECT_EQ(wakeups, 0);
   XSetInputFocus(ixDisplay, PointerRoot, RevertToPointerRoot, CurrentTime);
+}
+
+}  // namespace
+
+namespace {
+
+TEST_F(FieldText, ComboListsFitTheirEntriesInTheDialogFont) {
+  auto& d = zelvy_dialog::wDialogInfo[zelvy_dialog::iDlgCur];
+  const FieldRecord& twin = d.fields[static_cast<std::size_t>(yyDialogFindField(1030, zelvy_dialog::iDlgCur))];
+  const FieldRecord& format = d.fields[static_cast<std::size_t>(yyDialogFindField(1014, zelvy_dialog::iDlgCur))];
+  int rows = 0;
+  XtVaGetValues(twin.widget, XmNvisibleItemCount, &rows, nullptr);
+  EXPECT_EQ(rows, 3);
+  XmRenderTable rt = nullptr;
+  XtVaGetValues(format.widget, XmNrenderTable, &rt, nullptr);
+  EXPECT_NE(rt, nullptr);
 }
 
 }  // namespace
