@@ -29,6 +29,9 @@ struct TextFieldData {
   bool defined = false, edited = false, valid = false;
   double value = 0.0;
   std::string hiddenText, format;
+  // The bytes last stored by the program and the UTF-8 shown for them, so an
+  // unedited text goes back exactly as it came.
+  std::string storedBytes, storedShown;
 };
 
 struct DialogRecord;
@@ -132,6 +135,10 @@ bool yyDialogNumericOutOfRange(double minimum, double maximum, double number);
 // Whether a typed character is allowed in a numeric field of kind 3..5; may
 // change the character (lower-case exponent letters become upper case).
 bool yyDialogStrValidNum(int kind, char& c);
+// What of an insertion into a text field of the given kind may enter: no
+// control characters, a decimal comma read as the point, at most ALLOWED
+// characters (negative: no bound), never cut inside a UTF-8 sequence.
+std::string yyDialogStrFilterInsert(std::string_view text, int kind, bool multiLine, int allowed);
 // Text without mnemonic marks, and the mnemonic character (0 none).
 std::string yyDialogStrGetMnemonic(std::string_view text, char& mnemonic);
 // crMode -1 copy, 0 CR to LF, 1 drop CR; wrap at blanks where the measured

@@ -30,6 +30,12 @@ using namespace zelvy_dialog;
 
 namespace {
 
+// Characters a text field takes when its resource gives no length: the
+// longest text of the form, a reflection file's path, fits.
+constexpr int kDefaultFieldLength = 256;
+// Rows a combo's list shows before it scrolls.
+constexpr int kComboRows = 10;
+
 // The options a field has in the resource tables, each handed to `add` in
 // order; the resource's selected option is then put into the field.
 template <typename Add>
@@ -235,8 +241,9 @@ void create_text(DialogRecord& d, FieldRecord& f) {
   const bool autoScroll = f.style & 0x80;
   int length = 0;
   yyrcfieldlength(d.resourceId, f.identifier, length);
-  t.charLimit = length;
-  t.pixelLimit = (autoScroll || multi) ? 0 : std::max(0, f.width - iFixedTextOffset);
+  // Fields scroll sideways, so only the character count bounds a text.
+  t.charLimit = length > 0 ? length : kDefaultFieldLength;
+  t.pixelLimit = 0;
   const bool spinner = numeric && (f.extraFlags & 0x8000);
   Args args;
   text_args(args, f);
@@ -260,7 +267,6 @@ void create_text(DialogRecord& d, FieldRecord& f) {
       XtAddCallback(a, XmNactivateCallback, yyDialogSpinCB, k == 0 ? reinterpret_cast<XtPointer>(1) : nullptr);
       f.parts.push_back(a);
     }
-    t.pixelLimit = std::max(0, f.width - arrow - iFixedTextOffset);
   } else if (multi) {
     f.capabilities |= 0x280;
     args.add(XmNeditMode, XmMULTI_LINE_EDIT).add(XmNwordWrap, autoScroll ? False : True);
@@ -356,6 +362,8 @@ void create_combo(DialogRecord& d, FieldRecord& f) {
   args.add(XmNmarginHeight, 0).add(XmNmarginWidth, 0).add(XmNhighlightThickness, 0).add(XtNbackground, yyDialogScheme(3));
   args.add(XmNshadowThickness, 1).add(XmNarrowSize, std::max(8, f.height - 4));
   if (zelvy_x::state().bFlatStyle) args.add(XmNtopShadowColor, yyDialogScheme(9)).add(XmNbottomShadowColor, yyDialogScheme(9));
+  // The dialog's font, also in the drop-down list, whose rows must hold its descenders.
+  if (yyDialogRenderTable(f.fontIndex)) args.add(XmNrenderTable, yyDialogRenderTable(f.fontIndex));
   f.widget = XtCreateWidget("ZelvField", xmComboBoxWidgetClass, d.widget, args.a, args.n);
   f.valueWidget = XtNameToWidget(f.widget, "*Text");
   if (!f.valueWidget) f.valueWidget = f.widget;
@@ -367,7 +375,13 @@ void create_combo(DialogRecord& d, FieldRecord& f) {
   if (f.style & 0x2000) f.data.kind = 1;
   else if (f.style & 0x4000) f.data.kind = 2;
   if (type != 3) f.capabilities |= 0x1000;
-  load_options(d, f, [&f](XmString s) { XmComboBoxAddItem(f.widget, s, 0, False); });
+  int items = 0;
+  load_options(d, f, [&f, &items](XmString s) {
+    XmComboBoxAddItem(f.widget, s, 0, False);
+    ++items;
+  });
+  // A short list drops no taller than its entries.
+  if (items > 0) XtVaSetValues(f.widget, XmNvisibleItemCount, std::min(items, kComboRows), nullptr);
   XtAddCallback(f.widget, XmNselectionCallback, yyDialogFieldChangedStateCB, nullptr);
   if (f.valueWidget != f.widget && type != 3) add_text_callbacks(f.valueWidget);
 }

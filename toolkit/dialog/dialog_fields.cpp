@@ -188,34 +188,19 @@ void yyDialogStringCB(Widget w, XtPointer, XtPointer call) {
     XmTextBlock b = cbs->text;
     TextFieldData& t = f->data;
     if (b->ptr && b->length > 0) {
-      if (t.charLimit > 0) {
-        char* cur = XmTextGetString(w);
-        const int present = cur ? static_cast<int>(std::strlen(cur)) : 0;
-        XtFree(cur);
-        const int allowed = t.charLimit - (present - static_cast<int>(cbs->endPos - cbs->startPos));
-        if (b->length > allowed) b->length = std::max(0, allowed);
-        if (b->length == 0) {
-          cbs->doit = False;
-          return;
-        }
+      const bool multi = f->type == kString && (f->style & 0x4);
+      const int present = static_cast<int>(XmTextGetLastPosition(w));
+      const int allowed =
+          t.charLimit > 0 ? std::max(0, t.charLimit - (present - static_cast<int>(cbs->endPos - cbs->startPos))) : -1;
+      const std::string in(b->ptr, static_cast<std::size_t>(b->length));
+      const std::string kept = yyDialogStrFilterInsert(in, t.kind, multi, allowed);
+      // Nothing left, as from a control key: the selection stays as it was.
+      if (kept.empty()) {
+        cbs->doit = False;
+        return;
       }
-      if (t.pixelLimit > 0) {
-        // Without scrolling, typed text stops where the field ends.
-        char* cur = XmTextGetString(w);
-        const std::string present = cur ? cur : "";
-        XtFree(cur);
-        const auto s0 = static_cast<std::size_t>(std::clamp<long>(cbs->startPos, 0, static_cast<long>(present.size())));
-        const auto s1 = static_cast<std::size_t>(std::clamp<long>(cbs->endPos, static_cast<long>(s0), static_cast<long>(present.size())));
-        auto width_with = [&](int n) {
-          return yyDialogTextWidth(f->fontIndex, present.substr(0, s0) + std::string(b->ptr, static_cast<std::size_t>(n)) +
-                                                     present.substr(s1));
-        };
-        while (b->length > 0 && width_with(b->length) > t.pixelLimit) --b->length;
-        if (b->length == 0) {
-          cbs->doit = False;
-          return;
-        }
-      }
+      std::memcpy(b->ptr, kept.data(), kept.size());
+      b->length = static_cast<int>(kept.size());
       for (int k = 0; k < b->length; ++k) {
         if (t.kind == 1) b->ptr[k] = static_cast<char>(std::toupper(static_cast<unsigned char>(b->ptr[k])));
         if (t.kind == 2) b->ptr[k] = static_cast<char>(std::tolower(static_cast<unsigned char>(b->ptr[k])));
@@ -561,11 +546,14 @@ void yyDialogPutText(FieldRecord& f, std::string_view text, double number, std::
   const bool numeric = yyDialogIsNumeric(f);
   const int limit = f.data.charLimit, pixels = f.data.pixelLimit;
   if (numeric) f.data.charLimit = f.data.pixelLimit = 0;
-  std::string shown = t;
+  int texttype = 0;
+  std::string shown = yyConvertEncoding(t, zelvy_x::state().iDialogEncoding, texttype);
   if (f.type == kString && (f.style & 0x20)) {
     f.data.hiddenText = t;
     shown.assign(t.size(), '*');
   }
+  f.data.storedBytes = t;
+  f.data.storedShown = shown;
   const int savedLimit = f.data.charLimit;
   f.data.charLimit = 0;
   bNumericIgnoreChange = true;
@@ -587,6 +575,11 @@ std::string yyDialogGetText(const FieldRecord& f) {
   char* s = XmTextGetString(f.valueWidget);
   std::string out = s ? s : "";
   XtFree(s);
+  // Unedited, the text goes back byte for byte; edited, a text that came as
+  // ISO 8859-1 stays in it when it can.
+  if (out == f.data.storedShown) return f.data.storedBytes;
+  if (f.data.storedBytes != f.data.storedShown)
+    if (auto latin = yyUtf8ToLatin1(out)) return *latin;
   return out;
 }
 

@@ -45,9 +45,16 @@ bool yyDialogNumericOutOfRange(double minimum, double maximum, double number) {
 
 bool yyDialogStrValidNum(int kind, char& c) {
   if (std::isdigit(static_cast<unsigned char>(c)) || c == '+' || c == '-') return true;
-  if (kind < 4) return false;
   const char point = zelvy_data::data().idecimal == 1 ? zelvy_data::data().cdecimal : '.';
+  // An integer takes no fraction, but dropping the mark would turn 1,5 into
+  // 15: it stays, and the field refuses the number as it is.
+  if (kind < 4) return c == '.' || c == ',';
   if (c == point) return true;
+  // Where the point is the mark, a comma typed for it is read as one.
+  if (c == ',' && point == '.') {
+    c = '.';
+    return true;
+  }
   if (c == 'E' || c == 'e') {
     c = 'E';
     return true;
@@ -57,6 +64,29 @@ bool yyDialogStrValidNum(int kind, char& c) {
     return true;
   }
   return false;
+}
+
+std::string yyDialogStrFilterInsert(std::string_view text, int kind, bool multiLine, int allowed) {
+  std::string out;
+  out.reserve(text.size());
+  const char point = zelvy_data::data().idecimal == 1 ? zelvy_data::data().cdecimal : '.';
+  int chars = 0;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const auto c = static_cast<unsigned char>(text[i]);
+    // Control characters, C0, DEL and the C1 range in UTF-8, never enter a field;
+    // only a multi-line text keeps its line ends.
+    if ((c < 0x20 && !(multiLine && c == '\n')) || c == 0x7F) continue;
+    if (c == 0xC2 && i + 1 < text.size() && static_cast<unsigned char>(text[i + 1]) < 0xA0) {
+      ++i;
+      continue;
+    }
+    if ((c & 0xC0) != 0x80) {
+      if (allowed >= 0 && chars == allowed) break;
+      ++chars;
+    }
+    out += (kind >= 4 && c == ',' && point == '.') ? '.' : static_cast<char>(c);
+  }
+  return out;
 }
 
 std::string yyDialogStrGetMnemonic(std::string_view text, char& mnemonic) {
@@ -101,6 +131,17 @@ std::string yyDialogStrConvert(int crMode, bool wrap, int width, std::string_vie
   return out;
 }
 
+namespace {
+
+// The number reader stops at a comma or, for an integer, takes a fraction:
+// a text it would read only in part is no number of the field.
+bool read_whole(int kind, std::string_view text) {
+  if (text.find(',') != std::string_view::npos) return false;
+  return kind != 3 || text.find_first_not_of(" +-0123456789") == std::string_view::npos;
+}
+
+}  // namespace
+
 bool yyDialogValidateText(TextFieldData& d, std::string_view text, bool store, bool allowClear) {
   if (d.kind < 3) return true;
   if (text.find_first_not_of(' ') == std::string_view::npos) {
@@ -111,7 +152,7 @@ bool yyDialogValidateText(TextFieldData& d, std::string_view text, bool store, b
   double v = 0;
   int good = 0;
   yyst2dblcheck(v, good, text);
-  if (!good || yyDialogNumericOutOfRange(d.minimum, d.maximum, v)) return false;
+  if (!good || !read_whole(d.kind, text) || yyDialogNumericOutOfRange(d.minimum, d.maximum, v)) return false;
   if (store) {
     d.valid = true;
     d.value = v;
@@ -125,7 +166,7 @@ int yyDialogNumericValue(const TextFieldData& d, std::string_view text, double& 
     if (text.find_first_not_of(' ') == std::string_view::npos) return 1010;
     int good = 0;
     yyst2dblcheck(value, good, text);
-    return good ? 0 : 1010;
+    return good && read_whole(d.kind, text) ? 0 : 1010;
   }
   if (!d.valid) return 1010;
   value = d.value;

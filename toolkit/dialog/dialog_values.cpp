@@ -8,6 +8,7 @@
 #include <string>
 
 #include "toolkit/dialog/dialog_engine.h"
+#include "toolkit/kernel/display_private.h"
 #include "toolkit/base/error.h"
 #include "toolkit/base/zelvy_data.h"
 #include "toolkit/base/fixed_text.h"
@@ -70,7 +71,12 @@ void WDialogGetString(int fieldid, std::string& text) {
     assign_out(text, "");
     return;
   }
-  assign_out(text, yyDialogGetText(*f));
+  const std::string value = yyDialogGetText(*f);
+  // A fixed-width variable is filled up to a whole character, never into one.
+  if (!text.empty() && value.size() > text.size() && yyIsUtf8(value))
+    assign_out(text, std::string_view(value).substr(0, yyUtf8Cut(value, text.size())));
+  else
+    assign_out(text, value);
 }
 
 void WDialogGetStringLength(int fieldid, int& length) {
@@ -78,7 +84,8 @@ void WDialogGetStringLength(int fieldid, int& length) {
   FieldRecord* f = yyDialogCurrentField(fieldid, "WDialogGetStringLength");
   if (!f) return;
   if (f->textKind == 0) return yyerror(1006, "WDialogGetStringLength");
-  length = static_cast<int>(yyDialogGetText(*f).size());
+  const std::string value = yyDialogGetText(*f);
+  length = static_cast<int>(yyIsUtf8(value) ? yyUtf8Length(value) : value.size());
 }
 
 void WDialogPutInteger(int fieldid, int value) {

@@ -8,7 +8,12 @@
 #include <X11/cursorfont.h>
 #include <Xm/Xm.h>
 
+#include <langinfo.h>
 #include <unistd.h>
+
+#include <clocale>
+#include <cstdint>
+#include <optional>
 
 #include <algorithm>
 #include <cerrno>
@@ -339,6 +344,7 @@ void yygetdisplayinfo(int fontsize, int flags, int& width, int& height, int& wid
   }
   colours = -1;
   xs.bFlatStyle = !(flags & 2);
+  yyUseUtf8Locale();
   Display* dpy = open_display();
   if (!dpy) return;
 
@@ -452,9 +458,37 @@ unsigned long yyAllocPixel(int red, int green, int blue) {
   return XAllocColor(dpy, xs.iCmapMain, &c) ? c.pixel : WhitePixel(dpy, xs.iScreen);
 }
 
+bool yyIsUtf8(std::string_view text) {
+  std::size_t i = 0;
+  while (i < text.size()) {
+    const auto c = static_cast<unsigned char>(text[i]);
+    std::size_t n = 0;
+    std::uint32_t cp = 0;
+    if (c < 0x80) { ++i; continue; }
+    if (c >= 0xC2 && c <= 0xDF) { n = 1; cp = c & 0x1Fu; }
+    else if (c >= 0xE0 && c <= 0xEF) { n = 2; cp = c & 0x0Fu; }
+    else if (c >= 0xF0 && c <= 0xF4) { n = 3; cp = c & 0x07u; }
+    else return false;
+    if (i + n >= text.size()) return false;
+    for (std::size_t k = 1; k <= n; ++k) {
+      const auto b = static_cast<unsigned char>(text[i + k]);
+      if ((b & 0xC0) != 0x80) return false;
+      cp = (cp << 6) | (b & 0x3Fu);
+    }
+    // Overlong forms, surrogates and code points past the last plane are no UTF-8.
+    if ((n == 2 && cp < 0x800) || (n == 3 && (cp < 0x10000 || cp > 0x10FFFF)) || (cp >= 0xD800 && cp <= 0xDFFF))
+      return false;
+    i += n + 1;
+  }
+  return true;
+}
+
+// Text that already is UTF-8 goes to the widgets as it is whatever the
+// declared encoding, since a job written on another machine may well be; any
+// other bytes are read as ISO 8859-1, as the widgets would cut them otherwise.
 std::string yyConvertEncoding(std::string_view text, int encoding, int& texttype) {
-  if (encoding == 1) {
-    texttype = 1;
+  if (yyIsUtf8(text)) {
+    texttype = encoding == 1 || std::any_of(text.begin(), text.end(), [](char c) { return c & 0x80; }) ? 1 : 0;
     return std::string(text);
   }
   std::string out;
@@ -469,6 +503,42 @@ std::string yyConvertEncoding(std::string_view text, int encoding, int& texttype
   }
   texttype = out.size() > text.size() ? 1 : 0;
   return out;
+}
+
+std::optional<std::string> yyUtf8ToLatin1(std::string_view text) {
+  std::string out;
+  out.reserve(text.size());
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const auto c = static_cast<unsigned char>(text[i]);
+    if (c < 0x80) {
+      out += static_cast<char>(c);
+    } else if ((c == 0xC2 || c == 0xC3) && i + 1 < text.size()) {
+      out += static_cast<char>(((c & 0x03) << 6) | (static_cast<unsigned char>(text[++i]) & 0x3F));
+    } else {
+      return std::nullopt;
+    }
+  }
+  return out;
+}
+
+std::size_t yyUtf8Length(std::string_view text) {
+  return static_cast<std::size_t>(
+      std::count_if(text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
+}
+
+std::size_t yyUtf8Cut(std::string_view text, std::size_t bytes) {
+  if (bytes >= text.size()) return text.size();
+  while (bytes > 0 && (static_cast<unsigned char>(text[bytes]) & 0xC0) == 0x80) --bytes;
+  return bytes;
+}
+
+void yyUseUtf8Locale() {
+  // Only the character type: numbers keep the C conventions.
+  const char* got = std::setlocale(LC_CTYPE, "");
+  if (got && std::strcmp(nl_langinfo(CODESET), "UTF-8") == 0 && XSupportsLocale()) return;
+  for (const char* name : {"C.UTF-8", "C.utf8", "en_US.UTF-8"})
+    if (std::setlocale(LC_CTYPE, name) && XSupportsLocale()) break;
+  XSetLocaleModifiers("");
 }
 
 int WInfoScreen(int item) {

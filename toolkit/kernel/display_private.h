@@ -79,6 +79,15 @@ void yyDisplayRootOpen();
 unsigned long yyAllocPixel(int red, int green, int blue);
 // Text in the encoding the widgets take (UTF-8); type 1 multibyte, 0 plain.
 std::string yyConvertEncoding(std::string_view text, int encoding, int& texttype);
+// Encoding helpers of the widgets' UTF-8: a well-formed check, the way back to
+// ISO 8859-1 when every character has one, characters counted, and the longest
+// prefix of at most BYTES bytes that ends on a character boundary.
+bool yyIsUtf8(std::string_view text);
+std::optional<std::string> yyUtf8ToLatin1(std::string_view text);
+std::size_t yyUtf8Length(std::string_view text);
+std::size_t yyUtf8Cut(std::string_view text, std::size_t bytes);
+// The widgets take and give UTF-8: the character type is set to a UTF-8 locale.
+void yyUseUtf8Locale();
 // The X server's time in milliseconds, top bit clear; 0 without a root window.
 int yycurrenttime();
 int yysystime();

@@ -345,14 +345,11 @@ TEST_F(DialogDisplay, EditsAreReportedWhenAsked) {
   EXPECT_EQ(values(m), (V{1002, 1002, 1, -1}));
   EXPECT_EQ(m.Win, kForm);
   EXPECT_EQ(get_string(1002), "a");
-  // Typing stops at the end of a field that doesn't scroll; a program store doesn't.
+  // A narrow field scrolls and takes all that is typed.
   click_and_settle(field(1034).widget);
   type_text("D9-ZZZZZZZZZZZZZZZZZZZZZZZZZZZZZZ");
   settle();
-  const std::string typed = get_string(1034);
-  EXPECT_GT(typed.size(), 2u);
-  EXPECT_LT(typed.size(), 20u);
-  EXPECT_EQ(typed.substr(0, 3), "D9-");
+  EXPECT_EQ(get_string(1034), "D9-ZZZZZZZZZZZZZZZZZZZZZZZZZZZZZZ");
   WDialogPutString(1034, std::string(40, 'Z'));
   EXPECT_EQ(get_string(1034).size(), 40u);
   // Without the option typing is silent.

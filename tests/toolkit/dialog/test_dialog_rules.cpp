@@ -71,9 +71,11 @@ TEST(DialogNumbers, RangeAndCharacterFilter) {
   EXPECT_TRUE(ok(3, '7', '7'));
   EXPECT_TRUE(ok(3, '-', '-'));
   EXPECT_FALSE(ok(3, 'e', 'e'));  // no exponent in an integer
-  EXPECT_FALSE(ok(3, '.', '.'));
+  EXPECT_TRUE(ok(3, '.', '.'));  // kept, so that the integer is refused, not changed
+  EXPECT_TRUE(ok(3, ',', ','));
   EXPECT_TRUE(ok(4, 'e', 'E'));
   EXPECT_TRUE(ok(4, '.', '.'));
+  EXPECT_TRUE(ok(4, ',', '.'));  // a decimal comma
   EXPECT_FALSE(ok(4, 'd', 'd'));  // D only in a double
   EXPECT_TRUE(ok(5, 'd', 'D'));
   EXPECT_FALSE(ok(5, 'x', 'x'));
