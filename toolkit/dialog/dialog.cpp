@@ -15,7 +15,7 @@
 #include <string>
 
 #include "toolkit/kernel/resources.h"
-#include "toolkit/dialog/dialog_engine.h"
+#include "toolkit/dialog/dialog_private.h"
 #include "toolkit/kernel/dialog_attach.h"
 #include "toolkit/kernel/display_private.h"
 #include "toolkit/kernel/message.h"
@@ -23,6 +23,9 @@
 #include "toolkit/kernel/window_private.h"
 #include "toolkit/base/error.h"
 #include "toolkit/base/zelvy_data.h"
+
+// This module's state.
+static zelvy_dialog::State& ds = zelvy_dialog::state();
 
 using namespace zelvy_dialog;
 
@@ -102,13 +105,13 @@ void yyDialogFontInfo() {
   int count = 0;
   yyrcfontcount(count);
   if (!zelvy_x::state().bXft) count = 0;
-  DlgFontInfo.clear();
+  ds.DlgFontInfo.clear();
   renderTables.clear();
   for (int i = 0; i <= std::max(0, count); ++i) {
     std::string family;
     int size = 8;
     font_of(i, family, size);
-    DlgFontInfo.push_back(zelvy_x::state().bXft ? measure_xft(family.c_str(), size)
+    ds.DlgFontInfo.push_back(zelvy_x::state().bXft ? measure_xft(family.c_str(), size)
                                         : measure_core(zelvy_x::state().dialogFontStruct));
     renderTables.tables.push_back(make_table(i));
   }
@@ -118,10 +121,9 @@ Widget default_parent() { return zelvy_x::state().rootWidget; }
 
 void wm_close_cb(Widget, XtPointer data, XtPointer) {
   const int idx = static_cast<int>(reinterpret_cast<std::intptr_t>(data));
-  if (idx >= 0 && idx < kDialogs && wDialogInfo[idx].identifier != -1)
-    yyDialogButtonMessage(wDialogInfo[idx], 2);
+  if (idx >= 0 && idx < kDialogs && ds.wDialogInfo[idx].identifier != -1)
+    yyDialogButtonMessage(ds.wDialogInfo[idx], 2);
 }
-
 
 void free_record(DialogRecord& d) {
   yyDialogForgetFields(d);
@@ -133,17 +135,17 @@ void free_record(DialogRecord& d) {
 // A dialog whose widget goes with its window, without an unload, leaves the registry too.
 void destroy_cb(Widget w, XtPointer data, XtPointer) {
   const int idx = static_cast<int>(reinterpret_cast<std::intptr_t>(data));
-  if (idx < 0 || idx >= kDialogs || wDialogInfo[idx].widget != w) return;
-  if (iDlgCur == idx) {
-    iDlgCur = -1;
+  if (idx < 0 || idx >= kDialogs || ds.wDialogInfo[idx].widget != w) return;
+  if (ds.iDlgCur == idx) {
+    ds.iDlgCur = -1;
     zelvy_data::data().icurdialog = 0;
   }
-  if (wDialogInfo[idx].shownMode == 3) yyMsgSemiModelessStack(-1, 2, idx);
-  free_record(wDialogInfo[idx]);
+  if (ds.wDialogInfo[idx].shownMode == 3) yyMsgSemiModelessStack(-1, 2, idx);
+  free_record(ds.wDialogInfo[idx]);
 }
 
 bool yyDialogCreate(int idx, Widget parent, int kind) {
-  DialogRecord& d = wDialogInfo[idx];
+  DialogRecord& d = ds.wDialogInfo[idx];
   Display* dpy = xdisplay();
   d.kind = kind;
   d.parentWidget = parent;
@@ -188,7 +190,7 @@ bool yyDialogCreate(int idx, Widget parent, int kind) {
 }
 
 void yyDialogAllocLoad(int idx, int resid, const RcDialog& rc) {
-  DialogRecord& d = wDialogInfo[idx];
+  DialogRecord& d = ds.wDialogInfo[idx];
   d = DialogRecord{};
   d.identifier = resid;  // while building; the dialog identifier comes after
   d.resourceId = resid;
@@ -212,10 +214,10 @@ void yyDialogAllocLoad(int idx, int resid, const RcDialog& rc) {
     f.extendedStyle = r.style2;
     f.extraFlags = r.extra;
     f.text = r.text;
-    f.allowClear = bRangeClear;
+    f.allowClear = ds.bRangeClear;
     int font = d.fontIndex;
     if (zelvy_x::state().bXft) yyrcfieldfont(resid, r.id, font);
-    f.fontIndex = (font >= 0 && font < static_cast<int>(DlgFontInfo.size())) ? font : 0;
+    f.fontIndex = (font >= 0 && font < static_cast<int>(ds.DlgFontInfo.size())) ? font : 0;
     const DialogFontMetrics& m = yyDialogFontMetrics(d.fontIndex);
     yyDialogUnitsToPixels(m, r.x, r.y, f.x, f.y);
     yyDialogUnitsToPixels(m, r.width, r.height, f.width, f.height);
@@ -234,7 +236,7 @@ bool yyDialogLoad(int resid, int dialogid, bool forceNew, int kind, Widget paren
   if (!existed) {
     idx = -1;
     for (int i = 0; i < kDialogs && idx < 0; ++i)
-      if (wDialogInfo[i].identifier == -1) idx = i;
+      if (ds.wDialogInfo[i].identifier == -1) idx = i;
     if (idx < 0) {
       error = 1087;
       return false;
@@ -251,17 +253,17 @@ bool yyDialogLoad(int resid, int dialogid, bool forceNew, int kind, Widget paren
       return false;
     }
     yyDialogAllocLoad(idx, resid, rc);
-    wDialogInfo[idx].messageMode = messageMode;
+    ds.wDialogInfo[idx].messageMode = messageMode;
     yyDialogCreate(idx, parent, kind);
-    wDialogInfo[idx].identifier = dialogid;
+    ds.wDialogInfo[idx].identifier = dialogid;
   }
-  iDlgCur = idx;
-  for (FieldRecord& f : wDialogInfo[idx].fields) f.lastState = yyinfodialogfieldstate(f);
+  ds.iDlgCur = idx;
+  for (FieldRecord& f : ds.wDialogInfo[idx].fields) f.lastState = yyinfodialogfieldstate(f);
   return existed;
 }
 
 void yyDialogDestroy(int idx) {
-  DialogRecord& d = wDialogInfo[idx];
+  DialogRecord& d = ds.wDialogInfo[idx];
   if (!d.widget) {
     free_record(d);
     return;
@@ -280,7 +282,7 @@ void yyDialogDestroy(int idx) {
 }
 
 void yyDialogHide(int idx) {
-  DialogRecord& d = wDialogInfo[idx];
+  DialogRecord& d = ds.wDialogInfo[idx];
   if (d.shownMode == -1) return;
   if (d.shownMode == 3) yyMsgSemiModelessStack(-1, 2, idx);
   if (d.widget) XtUnmanageChild(d.widget);
@@ -313,7 +315,7 @@ void focus_first(DialogRecord& d) {
 
 // Shows the current dialog; returns the error code, 0 on success.
 int yyDialogShow(int x, int y, int mode, int fieldid) {
-  DialogRecord& d = wDialogInfo[iDlgCur];
+  DialogRecord& d = ds.wDialogInfo[ds.iDlgCur];
   Display* dpy = xdisplay();
   if (d.kind == 3) return 1047;
   if (d.shownMode != -1) {
@@ -342,13 +344,13 @@ int yyDialogShow(int x, int y, int mode, int fieldid) {
   yyDialogSizeFix(d);
   d.shownMode = mode;
   d.focusField = -1;
-  const int fi = fieldid != 0 ? yyDialogFindField(fieldid, iDlgCur) : -1;
+  const int fi = fieldid != 0 ? yyDialogFindField(fieldid, ds.iDlgCur) : -1;
   if (fi >= 0 && d.fields[fi].widget)
     XmProcessTraversal(d.fields[fi].valueWidget ? d.fields[fi].valueWidget : d.fields[fi].widget,
                        XmTRAVERSE_CURRENT);
   else
     focus_first(d);
-  if (mode == 3) yyMsgSemiModelessStack(1, 2, iDlgCur);
+  if (mode == 3) yyMsgSemiModelessStack(1, 2, ds.iDlgCur);
   return 0;
 }
 
@@ -370,15 +372,14 @@ void window_dialog_pixels(int dialogid, int& width, int& height, bool& resizable
 
 void window_dialog_combine(int dialogid, int handle) { yywindowdialog(handle, dialogid); }
 
-
 }  // namespace
 
 // ---- Engine internals ------------------------------------------------------
 
 void yyDialogEngineInit() {
   if (engineReady || !xdisplay()) return;  // once; loaded dialogs stay
-  for (DialogRecord& d : wDialogInfo) d = DialogRecord{};
-  iDlgCur = -1;
+  for (DialogRecord& d : ds.wDialogInfo) d = DialogRecord{};
+  ds.iDlgCur = -1;
   yyDialogFontInfo();
   engineReady = true;
 }
@@ -398,16 +399,16 @@ bool yyDialogPixelSize(int resid, int& width, int& height) {
 
 void yyDialogShutdown() {
   for (int i = 0; i < kDialogs; ++i)
-    if (wDialogInfo[i].identifier != -1) yyDialogDestroy(i);
-  iDlgCur = -1;
+    if (ds.wDialogInfo[i].identifier != -1) yyDialogDestroy(i);
+  ds.iDlgCur = -1;
   zelvy_data::data().icurdialog = 0;
 }
 
 const DialogFontMetrics& yyDialogFontMetrics(int fontIndex) {
   static const DialogFontMetrics fallback = yyDialogMetricsFromSample(52 * 6, 13, 3);
-  if (DlgFontInfo.empty()) return fallback;
-  if (fontIndex < 0 || fontIndex >= static_cast<int>(DlgFontInfo.size())) return DlgFontInfo[0];
-  return DlgFontInfo[fontIndex];
+  if (ds.DlgFontInfo.empty()) return fallback;
+  if (fontIndex < 0 || fontIndex >= static_cast<int>(ds.DlgFontInfo.size())) return ds.DlgFontInfo[0];
+  return ds.DlgFontInfo[fontIndex];
 }
 
 XmRenderTable yyDialogRenderTable(int fontIndex) {
@@ -419,32 +420,32 @@ XmRenderTable yyDialogRenderTable(int fontIndex) {
 
 int yyDialogFind(int dialogid) {
   for (int i = 0; i < kDialogs; ++i)
-    if (wDialogInfo[i].identifier == dialogid && wDialogInfo[i].widget) return i;
+    if (ds.wDialogInfo[i].identifier == dialogid && ds.wDialogInfo[i].widget) return i;
   return -1;
 }
 
 int yyDialogFindField(int fieldid, int dialogIndex) {
   if (dialogIndex < 0 || dialogIndex >= kDialogs) return -1;
-  const auto& fields = wDialogInfo[dialogIndex].fields;
+  const auto& fields = ds.wDialogInfo[dialogIndex].fields;
   for (std::size_t i = 0; i < fields.size(); ++i)
     if (fields[i].identifier == fieldid) return static_cast<int>(i);
   return -1;
 }
 
-int yyDialogIndexOf(const DialogRecord& d) { return static_cast<int>(&d - wDialogInfo.data()); }
+int yyDialogIndexOf(const DialogRecord& d) { return static_cast<int>(&d - ds.wDialogInfo.data()); }
 
 DialogRecord* yyDialogCurrent(const char* routine) {
-  if (zelvy_data::data().icurdialog == 0 || iDlgCur < 0 || wDialogInfo[iDlgCur].identifier == -1) {
+  if (zelvy_data::data().icurdialog == 0 || ds.iDlgCur < 0 || ds.wDialogInfo[ds.iDlgCur].identifier == -1) {
     yyerror(1005, routine);
     return nullptr;
   }
-  return &wDialogInfo[iDlgCur];
+  return &ds.wDialogInfo[ds.iDlgCur];
 }
 
 FieldRecord* yyDialogCurrentField(int fieldid, const char* routine) {
   DialogRecord* d = yyDialogCurrent(routine);
   if (!d) return nullptr;
-  const int fi = yyDialogFindField(fieldid, iDlgCur);
+  const int fi = yyDialogFindField(fieldid, ds.iDlgCur);
   if (fi < 0) {
     yyerror(1006, routine);
     return nullptr;
@@ -462,8 +463,8 @@ DialogRecord* yyDialogFromWidget(Widget w, FieldRecord** field) {
     XtPointer ud = nullptr;
     XtVaGetValues(w, XmNuserData, &ud, nullptr);
     const int idx = static_cast<int>(reinterpret_cast<std::intptr_t>(ud)) - 1;
-    if (idx < 0 || idx >= kDialogs || wDialogInfo[idx].widget != w) return nullptr;
-    DialogRecord& d = wDialogInfo[idx];
+    if (idx < 0 || idx >= kDialogs || ds.wDialogInfo[idx].widget != w) return nullptr;
+    DialogRecord& d = ds.wDialogInfo[idx];
     if (field && fieldWidget)
       for (FieldRecord& f : d.fields)
         if (f.widget == fieldWidget || f.outerWidget == fieldWidget) *field = &f;
@@ -474,7 +475,7 @@ DialogRecord* yyDialogFromWidget(Widget w, FieldRecord** field) {
 
 void yyDialogSendMessage(DialogRecord* d, int type, int v1, int v2, int v3, int v4, int x, int y, int win) {
   const bool exempt = type == Resize || v1 == 9;
-  if (bInvalidField && !exempt) {
+  if (ds.bInvalidField && !exempt) {
     if (d && type == PushButton) d->lastButton = v1;
     return;
   }
@@ -488,7 +489,7 @@ void yyDialogSendMessage(DialogRecord* d, int type, int v1, int v2, int v3, int 
 }
 
 void yyDialogButtonMessage(DialogRecord& d, int buttonId) {
-  if (bInvalidField) return;
+  if (ds.bInvalidField) return;
   int second = buttonId;
   auto id_of = [&](int fi) { return fi >= 0 && fi < static_cast<int>(d.fields.size()) ? d.fields[fi].identifier : 0; };
   if (d.focusField >= 0 && id_of(d.focusField) != buttonId) second = id_of(d.focusField);
@@ -511,12 +512,12 @@ void yywindowdialog(int handle, int dialogid) {
     yyerror(err, "WindowOpen");
     return;
   }
-  DialogRecord& d = wDialogInfo[iDlgCur];
+  DialogRecord& d = ds.wDialogInfo[ds.iDlgCur];
   d.parentWindow = handle;
   zelvy_data::data().icurdialog = dialogid;
   // The window now counts as one with a dialog: its keys belong to the fields.
   zelvy_win::state().WinInfo[handle].Kind = 3;
-  zelvy_win::state().WinInfo[handle].DialogIndex = iDlgCur;
+  zelvy_win::state().WinInfo[handle].DialogIndex = ds.iDlgCur;
   XtManageChild(d.widget);
   yyDialogSizeFix(d);
   d.shownMode = 2;
@@ -525,10 +526,10 @@ void yywindowdialog(int handle, int dialogid) {
 
 void yywindowdialogclose(int handle) {
   for (int i = 0; i < kDialogs; ++i) {
-    DialogRecord& d = wDialogInfo[i];
+    DialogRecord& d = ds.wDialogInfo[i];
     if (d.identifier == -1 || d.kind != 3 || d.parentWindow != handle) continue;
-    if (iDlgCur == i) {
-      iDlgCur = -1;
+    if (ds.iDlgCur == i) {
+      ds.iDlgCur = -1;
       zelvy_data::data().icurdialog = 0;
     }
     yyDialogDestroy(i);
@@ -556,7 +557,7 @@ void WDialogLoad(int resid, std::optional<int> dialogid, std::optional<int> pare
     yyerror(err, "WDialogLoad");
     return;
   }
-  bdlgloaded = existed ? -1 : 0;
+  ds.bdlgloaded = existed ? -1 : 0;
   zelvy_data::data().icurdialog = id;
 }
 
@@ -566,7 +567,7 @@ void WDialogSelect(int dialogid) {
     yyerror(1008, "WDialogSelect");
     return;
   }
-  iDlgCur = idx;
+  ds.iDlgCur = idx;
   zelvy_data::data().icurdialog = dialogid;
 }
 
@@ -590,17 +591,17 @@ void WDialogShow(std::optional<int> x, std::optional<int> y, std::optional<int> 
     return;
   }
   if (!modal) return;
-  const int idx = iDlgCur;
+  const int idx = ds.iDlgCur;
   const int myId = d->identifier;
   int type = 0;
   MessageRecord rec;
   do {
     WMessage(type, rec);
-    if (wDialogInfo[idx].identifier != myId) return;  // unloaded underneath the loop
+    if (ds.wDialogInfo[idx].identifier != myId) return;  // unloaded underneath the loop
   } while (type != PushButton);
-  iModalDialog = rec.Win;
-  iModalButton = rec.Value1;
-  iModalField = rec.Value2;
+  ds.iModalDialog = rec.Win;
+  ds.iModalButton = rec.Value1;
+  ds.iModalField = rec.Value2;
   yyDialogHide(idx);
 }
 
@@ -613,7 +614,7 @@ void WDialogHide() {
   if (!d) return;
   if (d->kind == 3) return yyerror(1047, "WDialogHide");
   if (d->kind == 1) return yyerror(1069, "WDialogHide");
-  yyDialogHide(iDlgCur);
+  yyDialogHide(ds.iDlgCur);
 }
 
 void WDialogUnload(std::optional<int>) {
@@ -621,10 +622,10 @@ void WDialogUnload(std::optional<int>) {
   if (!d) return;
   if (d->kind == 3) return yyerror(1047, "WDialogUnload");
   if (d->kind == 1) return yyerror(1069, "WDialogUnload");
-  yyDialogHide(iDlgCur);
-  yyDialogDestroy(iDlgCur);
+  yyDialogHide(ds.iDlgCur);
+  yyDialogDestroy(ds.iDlgCur);
   zelvy_data::data().icurdialog = 0;
-  iDlgCur = -1;
+  ds.iDlgCur = -1;
 }
 
 void WDialogTitle(std::optional<std::string_view> title, std::optional<int>) {
@@ -637,30 +638,30 @@ void WDialogTitle(std::optional<std::string_view> title, std::optional<int>) {
 }
 
 void wdialogunitstopixels(int x, int y, int& px, int& py) {
-  const int font = (zelvy_data::data().icurdialog != 0 && iDlgCur >= 0) ? wDialogInfo[iDlgCur].fontIndex : 0;
+  const int font = (zelvy_data::data().icurdialog != 0 && ds.iDlgCur >= 0) ? ds.wDialogInfo[ds.iDlgCur].fontIndex : 0;
   yyDialogUnitsToPixels(yyDialogFontMetrics(font), x, y, px, py);
 }
 
 void wdialogunitsfrompixels(int x, int y, int& ux, int& uy) {
-  const int font = (zelvy_data::data().icurdialog != 0 && iDlgCur >= 0) ? wDialogInfo[iDlgCur].fontIndex : 0;
+  const int font = (zelvy_data::data().icurdialog != 0 && ds.iDlgCur >= 0) ? ds.wDialogInfo[ds.iDlgCur].fontIndex : 0;
   yyDialogUnitsFromPixels(yyDialogFontMetrics(font), x, y, ux, uy);
 }
 
 int WInfoDialog(int item) {
-  const bool have = zelvy_data::data().icurdialog != 0 && iDlgCur >= 0 && wDialogInfo[iDlgCur].identifier != -1;
-  const DialogRecord* d = have ? &wDialogInfo[iDlgCur] : nullptr;
+  const bool have = zelvy_data::data().icurdialog != 0 && ds.iDlgCur >= 0 && ds.wDialogInfo[ds.iDlgCur].identifier != -1;
+  const DialogRecord* d = have ? &ds.wDialogInfo[ds.iDlgCur] : nullptr;
   auto geometry = [&](Widget w, Position& x, Position& y, Dimension& wd, Dimension& ht) {
     x = y = 0;
     wd = ht = 0;
     if (w) XtVaGetValues(w, XtNx, &x, XtNy, &y, XtNwidth, &wd, XtNheight, &ht, nullptr);
   };
   switch (item) {
-    case 1: return iModalButton;
-    case 2: return iModalField;
+    case 1: return ds.iModalButton;
+    case 2: return ds.iModalField;
     case 3: return zelvy_data::data().icurdialog;
-    case 5: return iModalDialog;
+    case 5: return ds.iModalDialog;
     case 10: return d ? (d->kind == 3 ? 4 : d->kind == 1 ? 3 : 1) : 0;
-    case 11: return static_cast<int>(std::count_if(wDialogInfo.begin(), wDialogInfo.end(),
+    case 11: return static_cast<int>(std::count_if(ds.wDialogInfo.begin(), ds.wDialogInfo.end(),
                                                    [](const DialogRecord& r) { return r.identifier == -1; }));
     case 6: case 7: case 16: case 17: {
       if (!d || !d->widget || !XtIsRealized(d->widget)) return 0;
@@ -691,3 +692,10 @@ void yyDialogAttach() {
   hooks.combine = window_dialog_combine;
   yyAttachDialogEngine(hooks);
 }
+
+namespace zelvy_dialog {
+State& state() {
+  static State s;
+  return s;
+}
+}  // namespace zelvy_dialog

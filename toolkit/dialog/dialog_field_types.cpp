@@ -21,8 +21,8 @@
 #include <vector>
 
 #include "toolkit/kernel/resources.h"
-#include "toolkit/dialog/dialog_engine.h"
-#include "toolkit/dialog/dialog_fields.h"
+#include "toolkit/dialog/dialog_private.h"
+#include "toolkit/dialog/dialog_fields_private.h"
 #include "toolkit/kernel/display_private.h"
 #include "toolkit/base/format.h"
 

@@ -12,13 +12,16 @@
 #include <string>
 
 #include "toolkit/kernel/resources.h"
-#include "toolkit/dialog/dialog_engine.h"
-#include "toolkit/dialog/dialog_fields.h"
+#include "toolkit/dialog/dialog_private.h"
+#include "toolkit/dialog/dialog_fields_private.h"
 #include "toolkit/kernel/display_private.h"
 #include "toolkit/kernel/message.h"
 #include "toolkit/base/error.h"
 #include "toolkit/base/zelvy_data.h"
 #include "toolkit/base/format.h"
+
+// The dialog engine's state.
+static zelvy_dialog::State& ds = zelvy_dialog::state();
 
 using namespace zelvy_dialog;
 
@@ -55,7 +58,7 @@ void yyDialogFieldChangedStateCB(Widget w, XtPointer, XtPointer) {
   FieldRecord* f = nullptr;
   DialogRecord* d = yyDialogFromWidget(w, &f);
   if (!d || !f) return;
-  if (bInvalidField) {
+  if (ds.bInvalidField) {
     // An invalid number elsewhere holds the dialog: the click is taken back.
     if (f->type == kCheckbox || f->type == kRadio)
       set_toggle(*f, !XmToggleButtonGetState(f->widget));
@@ -84,16 +87,16 @@ void refocus_cb(XtPointer data, XtIntervalId*) {
   Widget w = static_cast<Widget>(data);
   FieldRecord* f = nullptr;
   if (!yyDialogFromWidget(w, &f) || !f) return;
-  bFocusChange = true;
+  ds.bFocusChange = true;
   XmProcessTraversal(w, XmTRAVERSE_CURRENT);
-  bFocusChange = false;
+  ds.bFocusChange = false;
 }
 
 // Numbers typed by the user are written back in the field's format when they leave it.
 void reformat(FieldRecord& f) {
   std::string text = yyDialogGetText(f).substr(0, 51);
   if (text.find_first_not_of(' ') == std::string::npos) return;
-  const std::string fmt = f.data.format.empty() ? std::string(cNumDefFormat) : f.data.format;
+  const std::string fmt = f.data.format.empty() ? std::string(ds.cNumDefFormat) : f.data.format;
   std::string out;
   if (f.type == kInteger) {
     int v = 0;
@@ -118,20 +121,20 @@ void reformat(FieldRecord& f) {
   out = lead == std::string::npos ? std::string{} : out.substr(lead);
   const int limit = f.data.charLimit, pixels = f.data.pixelLimit;
   f.data.charLimit = f.data.pixelLimit = 0;
-  bNumericIgnoreChange = true;
+  ds.bNumericIgnoreChange = true;
   XmTextSetString(f.valueWidget, const_cast<char*>(out.c_str()));
-  bNumericIgnoreChange = false;
+  ds.bNumericIgnoreChange = false;
   f.data.charLimit = limit;
   f.data.pixelLimit = pixels;
   f.data.defined = true;
 }
 
 void focus_out(FieldRecord* f) {
-  if (pFieldInputFocus != f) return;
-  pFieldInputFocus = nullptr;
-  if (bNumericFieldChanged && yyDialogIsNumeric(*f)) reformat(*f);
-  bNumericFieldChanged = false;
-  if (!bFocusChange) {
+  if (ds.pFieldInputFocus != f) return;
+  ds.pFieldInputFocus = nullptr;
+  if (ds.bNumericFieldChanged && yyDialogIsNumeric(*f)) reformat(*f);
+  ds.bNumericFieldChanged = false;
+  if (!ds.bFocusChange) {
     bValid = yyDialogFieldValidate(f, true);
     pStoredItem = bValid ? nullptr : f;
     if (bValid && (f->capabilities & 0x1000)) XtVaSetValues(f->valueWidget, XmNcursorPositionVisible, False, nullptr);
@@ -141,9 +144,9 @@ void focus_out(FieldRecord* f) {
 }
 
 void focus_in(DialogRecord* d, FieldRecord* f) {
-  if (pFieldInputFocus == f) return;
-  pFieldInputFocus = f;
-  bNumericFieldChanged = false;
+  if (ds.pFieldInputFocus == f) return;
+  ds.pFieldInputFocus = f;
+  ds.bNumericFieldChanged = false;
   if (!bValid && pStoredItem && pStoredItem != f) {
     if (f->type != kButton || f->identifier == 1) {
       // Only a button other than the first may leave an invalid number.
@@ -152,11 +155,11 @@ void focus_in(DialogRecord* d, FieldRecord* f) {
       return;
     }
     yyDialogRestoreValid(*pStoredItem);
-    bInvalidField = false;
+    ds.bInvalidField = false;
   }
   bValid = true;
   pStoredItem = nullptr;
-  bInvalidField = !yyDialogFieldValidate(f, true);
+  ds.bInvalidField = !yyDialogFieldValidate(f, true);
   if (f->capabilities & 0x1000) XtVaSetValues(f->valueWidget, XmNcursorPositionVisible, True, nullptr);
   if (d->focusField < 0) d->focusField = static_cast<int>(f - d->fields.data());
   else field_changed_message(*d, *f);
@@ -184,7 +187,7 @@ void yyDialogStringCB(Widget w, XtPointer, XtPointer call) {
   if (!d || !f || (!yyDialogIsText(*f) && f->type != kCombo)) return;
   auto* cbs = static_cast<XmTextVerifyCallbackStruct*>(call);
   if (cbs->reason == XmCR_MODIFYING_TEXT_VALUE) {
-    if (bNumericIgnoreChange || !cbs->text) return;
+    if (ds.bNumericIgnoreChange || !cbs->text) return;
     XmTextBlock b = cbs->text;
     TextFieldData& t = f->data;
     if (b->ptr && b->length > 0) {
@@ -226,15 +229,14 @@ void yyDialogStringCB(Widget w, XtPointer, XtPointer call) {
     return;
   }
   // Value changed: only the user's edits in the focused field count.
-  if (f != pFieldInputFocus) return;
+  if (f != ds.pFieldInputFocus) return;
   if (f->reportEveryChange) yyDialogFieldChangedValue(*d, *f);
   if (f->type != kString && f->type != kCombo) {
-    if (!bNumericIgnoreChange) bNumericFieldChanged = true;
-    if (yyDialogIsNumeric(*f)) bInvalidField = !yyDialogFieldValidate(f, false);
+    if (!ds.bNumericIgnoreChange) ds.bNumericFieldChanged = true;
+    if (yyDialogIsNumeric(*f)) ds.bInvalidField = !yyDialogFieldValidate(f, false);
     f->data.edited = true;
   }
 }
-
 
 void yyDialogButtonCB(Widget w, XtPointer, XtPointer) {
   FieldRecord* f = nullptr;
@@ -250,7 +252,7 @@ namespace {
 void yyDialogSpinCB(Widget w, XtPointer data, XtPointer) {
   FieldRecord* f = nullptr;
   DialogRecord* d = yyDialogFromWidget(w, &f);
-  if (!d || !f || bInvalidField) return;
+  if (!d || !f || ds.bInvalidField) return;
   double v = 0;
   if (yyDialogNumericValue(f->data, yyDialogGetText(*f), v) != 0) v = 0;
   v += data ? 1 : -1;
@@ -347,7 +349,6 @@ std::string yyDialogLabelText(const FieldRecord& f, std::string_view text) {
                             [&](std::string_view line) { return yyDialogTextWidth(f.fontIndex, line); });
 }
 
-
 void yyDialogEscapeEH(Widget w, XtPointer, XEvent* ev, Boolean* cont) {
   if (ev->type != KeyPress) return;
   if (XLookupKeysym(&ev->xkey, 0) != XK_Escape) return;
@@ -355,13 +356,12 @@ void yyDialogEscapeEH(Widget w, XtPointer, XEvent* ev, Boolean* cont) {
   DialogRecord* d = yyDialogFromWidget(w, &f);
   if (!d) return;
   if (cont) *cont = False;  // once, from the field or else from the dialog
-  if (pFieldInputFocus) yyDialogRestoreValid(*pFieldInputFocus);
-  bInvalidField = false;
+  if (ds.pFieldInputFocus) yyDialogRestoreValid(*ds.pFieldInputFocus);
+  ds.bInvalidField = false;
   bValid = true;
   pStoredItem = nullptr;
   yyDialogButtonMessage(*d, 2);
 }
-
 
 // The shell reports every move of the keyboard focus among its widgets, also
 // those that the widgets take without an X focus event of their own.
@@ -466,7 +466,7 @@ void yyDialogFieldStateX(int state, DialogRecord&, FieldRecord& f) {
 void yyDialogFieldState(int fieldid, int state, int dialogIndex) {
   const int fi = yyDialogFindField(fieldid, dialogIndex);
   if (fi < 0) return;
-  DialogRecord& d = wDialogInfo[dialogIndex];
+  DialogRecord& d = ds.wDialogInfo[dialogIndex];
   FieldRecord& f = d.fields[static_cast<std::size_t>(fi)];
   f.lastState = state;
   yyDialogFieldStateX(state, d, f);
@@ -506,7 +506,7 @@ void yyDialogRestoreValid(FieldRecord& f) {
   if (!yyDialogIsText(f)) return;
   std::string text;
   if (yyDialogIsNumeric(f) && f.data.valid) {
-    const std::string fmt = f.data.format.empty() ? std::string(cNumDefFormat) : f.data.format;
+    const std::string fmt = f.data.format.empty() ? std::string(ds.cNumDefFormat) : f.data.format;
     if (f.type == kInteger) {
       text.assign(12, ' ');
       yyint2st(static_cast<int>(f.data.value), text);
@@ -556,10 +556,10 @@ void yyDialogPutText(FieldRecord& f, std::string_view text, double number, std::
   f.data.storedShown = shown;
   const int savedLimit = f.data.charLimit;
   f.data.charLimit = 0;
-  bNumericIgnoreChange = true;
+  ds.bNumericIgnoreChange = true;
   XmTextSetString(f.valueWidget, const_cast<char*>(shown.c_str()));
   if (f.type == kString && (f.style & 0x20)) f.data.hiddenText = t;
-  bNumericIgnoreChange = false;
+  ds.bNumericIgnoreChange = false;
   f.data.charLimit = savedLimit;
   if (numeric) {
     f.data.charLimit = limit;
@@ -589,7 +589,7 @@ void WDialogFieldState(int fieldid, int state) {
   FieldRecord* f = yyDialogCurrentField(fieldid, "WDialogFieldState");
   if (!f) return;
   if (state < 0 || state > 3) return yyerror(1006, "WDialogFieldState");
-  yyDialogFieldState(fieldid, state, iDlgCur);
+  yyDialogFieldState(fieldid, state, ds.iDlgCur);
 }
 
 void WDialogTooltip(int fieldid, std::optional<std::string_view> text) {
@@ -600,10 +600,10 @@ void WDialogTooltip(int fieldid, std::optional<std::string_view> text) {
 }
 
 int winfodialogfield(int fieldid, int item) {
-  if (zelvy_data::data().icurdialog == 0 || iDlgCur < 0) return 0;
-  const int fi = yyDialogFindField(fieldid, iDlgCur);
+  if (zelvy_data::data().icurdialog == 0 || ds.iDlgCur < 0) return 0;
+  const int fi = yyDialogFindField(fieldid, ds.iDlgCur);
   if (fi < 0) return 0;
-  const FieldRecord& f = wDialogInfo[iDlgCur].fields[static_cast<std::size_t>(fi)];
+  const FieldRecord& f = ds.wDialogInfo[ds.iDlgCur].fields[static_cast<std::size_t>(fi)];
   Widget w = f.outerWidget ? f.outerWidget : f.widget;
   Position x = 0, y = 0;
   Dimension wd = 0, ht = 0;
@@ -630,11 +630,11 @@ int winfodialogfield(int fieldid, int item) {
 // The focus records of fields of a dialog about to go away.
 void yyDialogForgetFields(DialogRecord& d) {
   for (FieldRecord& f : d.fields) {
-    if (&f == pFieldInputFocus) pFieldInputFocus = nullptr;
+    if (&f == ds.pFieldInputFocus) ds.pFieldInputFocus = nullptr;
     if (&f == pStoredItem) {
       pStoredItem = nullptr;
       bValid = true;
-      bInvalidField = false;
+      ds.bInvalidField = false;
     }
   }
 }

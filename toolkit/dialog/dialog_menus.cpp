@@ -8,11 +8,14 @@
 #include <span>
 #include <string>
 
-#include "toolkit/dialog/dialog_engine.h"
-#include "toolkit/dialog/dialog_fields.h"
+#include "toolkit/dialog/dialog_private.h"
+#include "toolkit/dialog/dialog_fields_private.h"
 #include "toolkit/base/error.h"
 #include "toolkit/base/zelvy_data.h"
 #include "toolkit/base/fixed_text.h"
+
+// The dialog engine's state.
+static zelvy_dialog::State& ds = zelvy_dialog::state();
 
 using namespace zelvy_dialog;
 
@@ -59,9 +62,9 @@ void list_scroll(Widget list, int position) {
 }
 
 void set_combo_text(FieldRecord& f, const std::string& text) {
-  bNumericIgnoreChange = true;
+  ds.bNumericIgnoreChange = true;
   XmTextSetString(f.valueWidget, const_cast<char*>(text.c_str()));
-  bNumericIgnoreChange = false;
+  ds.bNumericIgnoreChange = false;
 }
 
 // Selects an option by program; 1011 outside the options.
@@ -165,10 +168,10 @@ void WDialogGetMenu(int fieldid, int& option) {
 }
 
 int yydialoggetmenuoptioncount(int fieldid) {
-  if (zelvy_data::data().icurdialog == 0 || iDlgCur < 0) return 0;
-  const int fi = yyDialogFindField(fieldid, iDlgCur);
+  if (zelvy_data::data().icurdialog == 0 || ds.iDlgCur < 0) return 0;
+  const int fi = yyDialogFindField(fieldid, ds.iDlgCur);
   if (fi < 0) return 0;
-  return option_count(option_list(wDialogInfo[static_cast<std::size_t>(iDlgCur)].fields[static_cast<std::size_t>(fi)]));
+  return option_count(option_list(ds.wDialogInfo[static_cast<std::size_t>(ds.iDlgCur)].fields[static_cast<std::size_t>(fi)]));
 }
 
 int yydialoggetmenutype(const FieldRecord& f) { return menu_type(f); }

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "toolkit/dialog/dialog_engine.h"
+#include "toolkit/dialog/dialog_private.h"
 #include "toolkit/base/error.h"
 #include "toolkit/base/zelvy_data.h"
 #include "toolkit/base/format.h"

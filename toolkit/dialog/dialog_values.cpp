@@ -7,12 +7,15 @@
 
 #include <string>
 
-#include "toolkit/dialog/dialog_engine.h"
+#include "toolkit/dialog/dialog_private.h"
 #include "toolkit/kernel/display_private.h"
 #include "toolkit/base/error.h"
 #include "toolkit/base/zelvy_data.h"
 #include "toolkit/base/fixed_text.h"
 #include "toolkit/base/format.h"
+
+// The dialog engine's state.
+static zelvy_dialog::State& ds = zelvy_dialog::state();
 
 using namespace zelvy_dialog;
 
@@ -103,7 +106,7 @@ void WDialogPutReal(int fieldid, float value, std::string_view format) {
   if (!numeric(*f)) return yyerror(1006, "WDialogPutReal");
   std::string fmt(trim_right(format));
   if (fmt.find_first_not_of(' ') == std::string::npos) fmt = f->data.format;
-  if (fmt.empty()) fmt = cNumDefFormat;
+  if (fmt.empty()) fmt = ds.cNumDefFormat;
   std::string text(100, ' ');
   yyrea2st(value, text, fmt);
   put_numeric(*f, trim_both(text), value, trim_right(format), "WDialogPutReal");
@@ -142,7 +145,7 @@ void WDialogPutRadioButton(int fieldid) {
   FieldRecord* f = yyDialogCurrentField(fieldid, "WDialogPutRadioButton");
   if (!f) return;
   if (f->type != 10) return yyerror(1006, "WDialogPutRadioButton");
-  for (FieldRecord& g : wDialogInfo[iDlgCur].fields)
+  for (FieldRecord& g : ds.wDialogInfo[ds.iDlgCur].fields)
     if (g.type == 10 && g.radioGroup == f->radioGroup) XmToggleButtonSetState(g.widget, &g == f, False);
 }
 
@@ -157,7 +160,7 @@ void WDialogGetRadioButton(int fieldid, int& position) {
     return yyerror(1006, "WDialogGetRadioButton");
   }
   // The position counts from the group's first button in table order.
-  const auto& fields = wDialogInfo[iDlgCur].fields;
+  const auto& fields = ds.wDialogInfo[ds.iDlgCur].fields;
   int first = -1;
   for (std::size_t i = 0; i < fields.size(); ++i) {
     const FieldRecord& g = fields[i];
@@ -178,7 +181,7 @@ void WDialogClearField(int fieldid) {
   switch (f->type) {
     case 9: XmToggleButtonSetState(f->widget, False, False); break;
     case 10:
-      for (FieldRecord& g : wDialogInfo[iDlgCur].fields)
+      for (FieldRecord& g : ds.wDialogInfo[ds.iDlgCur].fields)
         if (g.type == 10 && g.radioGroup == f->radioGroup) XmToggleButtonSetState(g.widget, False, False);
       break;
     case 11: case 12: yyDialogClearMenu(*f); break;
@@ -202,21 +205,21 @@ void WDialogRangeInteger(int fieldid, std::optional<int> minimum, std::optional<
 }
 
 void wdialograngeoptions(int option, int value) {
-  if (option == 4) bRangeClear = value != 0;
+  if (option == 4) ds.bRangeClear = value != 0;
 }
 
 void yydialogfieldoptions(int fieldid, int option, int value, int& error) {
   error = 0;
-  if (zelvy_data::data().icurdialog == 0 || iDlgCur < 0) {
+  if (zelvy_data::data().icurdialog == 0 || ds.iDlgCur < 0) {
     error = 1005;
     return;
   }
-  const int fi = yyDialogFindField(fieldid, iDlgCur);
+  const int fi = yyDialogFindField(fieldid, ds.iDlgCur);
   if (fi < 0) {
     error = 1006;
     return;
   }
-  FieldRecord& f = wDialogInfo[iDlgCur].fields[static_cast<std::size_t>(fi)];
+  FieldRecord& f = ds.wDialogInfo[ds.iDlgCur].fields[static_cast<std::size_t>(fi)];
   const bool on = value != 0;
   switch (option) {
     case 3:

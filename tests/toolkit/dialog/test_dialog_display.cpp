@@ -14,7 +14,7 @@
 #include <vector>
 
 #include "toolkit/kernel/resources.h"
-#include "toolkit/dialog/dialog_engine.h"
+#include "toolkit/dialog/dialog_private.h"
 #include "toolkit/kernel/display_private.h"
 #include "toolkit/kernel/message.h"
 #include "toolkit/kernel/startup.h"
@@ -94,8 +94,8 @@ class DialogDisplay : public ::testing::Test {
   }
 
   static FieldRecord& field(int id) {
-    auto& d = zelvy_dialog::wDialogInfo[zelvy_dialog::iDlgCur];
-    return d.fields[static_cast<std::size_t>(yyDialogFindField(id, zelvy_dialog::iDlgCur))];
+    auto& d = zelvy_dialog::state().wDialogInfo[zelvy_dialog::state().iDlgCur];
+    return d.fields[static_cast<std::size_t>(yyDialogFindField(id, zelvy_dialog::state().iDlgCur))];
   }
 
   static void focus_window() {
@@ -373,7 +373,7 @@ TEST_F(DialogDisplay, TypedNumbersAreFilteredAndValidated) {
   xdotool("key End");
   type_text("99");
   settle();
-  EXPECT_TRUE(zelvy_dialog::bInvalidField);
+  EXPECT_TRUE(zelvy_dialog::state().bInvalidField);
   click_and_settle(field(1024).widget);  // the click is taken back, nothing is reported
   EXPECT_EQ(get_check(1024), 0);
   // Escape takes back the last good value.
@@ -381,14 +381,14 @@ TEST_F(DialogDisplay, TypedNumbersAreFilteredAndValidated) {
   click_and_settle(field(1037).widget);
   xdotool("key Escape");
   settle();
-  EXPECT_FALSE(zelvy_dialog::bInvalidField);
+  EXPECT_FALSE(zelvy_dialog::state().bInvalidField);
   EXPECT_EQ(get_string(1037), "5");
 }
 
 TEST_F(DialogDisplay, FreeStandingDialogLifecycle) {
   WDialogLoad(kAbout);
   EXPECT_EQ(WInfoDialog(3), kAbout);
-  EXPECT_EQ(zelvy_dialog::bdlgloaded, 0);
+  EXPECT_EQ(zelvy_dialog::state().bdlgloaded, 0);
   EXPECT_EQ(get_string(1047), "Version: Feb-2007");
   EXPECT_EQ(get_string(1001), "GUI Ombrel Program");
   WDialogShow(-1, -1, 0, 2);
@@ -396,7 +396,7 @@ TEST_F(DialogDisplay, FreeStandingDialogLifecycle) {
   EXPECT_EQ(WInfoDialog(10), 1);
   EXPECT_GT(WInfoDialog(12), 0);
   WDialogLoad(kAbout);  // only selects
-  EXPECT_EQ(zelvy_dialog::bdlgloaded, -1);
+  EXPECT_EQ(zelvy_dialog::state().bdlgloaded, -1);
   EXPECT_EQ(WInfoDialog(11), 98);
 
   // The other dialog's 1001 is a different field.
@@ -449,14 +449,14 @@ TEST_F(DialogDisplay, AHundredDialogsAndNoMoreAndTheWindowTakesItsOwnAlong) {
 }
 
 void press_ok_later(XtPointer, XtIntervalId*) {
-  auto& d = zelvy_dialog::wDialogInfo[static_cast<std::size_t>(yyDialogFind(kAbout))];
+  auto& d = zelvy_dialog::state().wDialogInfo[static_cast<std::size_t>(yyDialogFind(kAbout))];
   for (FieldRecord& f : d.fields)
     if (f.identifier == 1) click(f.widget);
 }
 
 // What a window manager does when the user closes the dialog's window.
 void close_box_later(XtPointer, XtIntervalId*) {
-  const DialogRecord& d = zelvy_dialog::wDialogInfo[static_cast<std::size_t>(yyDialogFind(kAbout))];
+  const DialogRecord& d = zelvy_dialog::state().wDialogInfo[static_cast<std::size_t>(yyDialogFind(kAbout))];
   XEvent ev{};
   ev.xclient.type = ClientMessage;
   ev.xclient.window = XtWindow(d.shell);
@@ -479,7 +479,7 @@ TEST_F(DialogDisplay, ModalShowWaitsForAButtonOrTheCloseBox) {
   WDialogShow(-1, -1, 0, 1);
   EXPECT_EQ(WInfoError(1), 0);
   EXPECT_EQ(std::pair(WInfoDialog(1), WInfoDialog(5)), std::pair(1, kAbout));
-  EXPECT_EQ(zelvy_dialog::wDialogInfo[static_cast<std::size_t>(zelvy_dialog::iDlgCur)].shownMode, -1);
+  EXPECT_EQ(zelvy_dialog::state().wDialogInfo[static_cast<std::size_t>(zelvy_dialog::state().iDlgCur)].shownMode, -1);
   WDialogUnload();
   // The form belongs to the window: no modal show, and it returns at once.
   WDialogSelect(kForm);

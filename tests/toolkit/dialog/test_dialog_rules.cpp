@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "toolkit/dialog/dialog_engine.h"
+#include "toolkit/dialog/dialog_private.h"
 #include "toolkit/base/error.h"
 #include "toolkit/base/zelvy_data.h"
 

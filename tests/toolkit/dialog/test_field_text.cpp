@@ -18,7 +18,7 @@
 
 #include "app/resources/gombrel_resources.h"
 #include "toolkit/dialog/dialog.h"
-#include "toolkit/dialog/dialog_engine.h"
+#include "toolkit/dialog/dialog_private.h"
 #include "toolkit/kernel/resources.h"
 #include "toolkit/kernel/display_private.h"
 #include "toolkit/kernel/message.h"
@@ -75,8 +75,8 @@ class FieldText : public ::testing::Test {
   }
 
   static Widget text_widget(int id) {
-    auto& d = zelvy_dialog::wDialogInfo[zelvy_dialog::iDlgCur];
-    return d.fields[static_cast<std::size_t>(yyDialogFindField(id, zelvy_dialog::iDlgCur))].valueWidget;
+    auto& d = zelvy_dialog::state().wDialogInfo[zelvy_dialog::state().iDlgCur];
+    return d.fields[static_cast<std::size_t>(yyDialogFindField(id, zelvy_dialog::state().iDlgCur))].valueWidget;
   }
 
   // Clicks into the field, then puts the insertion at its end or selects it all.
@@ -226,9 +226,9 @@ TEST_F(FieldText, AnUnfocusedFormDoesNotWakeUp) {
 namespace {
 
 TEST_F(FieldText, ComboListsFitTheirEntriesInTheDialogFont) {
-  auto& d = zelvy_dialog::wDialogInfo[zelvy_dialog::iDlgCur];
-  const FieldRecord& twin = d.fields[static_cast<std::size_t>(yyDialogFindField(1030, zelvy_dialog::iDlgCur))];
-  const FieldRecord& format = d.fields[static_cast<std::size_t>(yyDialogFindField(1014, zelvy_dialog::iDlgCur))];
+  auto& d = zelvy_dialog::state().wDialogInfo[zelvy_dialog::state().iDlgCur];
+  const FieldRecord& twin = d.fields[static_cast<std::size_t>(yyDialogFindField(1030, zelvy_dialog::state().iDlgCur))];
+  const FieldRecord& format = d.fields[static_cast<std::size_t>(yyDialogFindField(1014, zelvy_dialog::state().iDlgCur))];
   int rows = 0;
   XtVaGetValues(twin.widget, XmNvisibleItemCount, &rows, nullptr);
   EXPECT_EQ(rows, 3);

@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-#include "toolkit/dialog/dialog_engine.h"
+#include "toolkit/dialog/dialog_private.h"
 #include "toolkit/kernel/display_private.h"
 
 namespace zelvy_dialog {

@@ -12,6 +12,7 @@
 #include <string_view>
 #include <vector>
 
+#include "toolkit/base/check.h"
 #include "toolkit/dialog/dialog.h"
 
 // Per-font metrics of dialog text; dialog units are measured in them.
@@ -89,23 +90,26 @@ struct DialogRecord {
 
 namespace zelvy_dialog {
 constexpr int kDialogs = 100;
-inline std::array<DialogRecord, kDialogs> wDialogInfo{};
-inline int iDlgCur = -1;
-inline int bdlgloaded = 0;
-inline std::vector<DialogFontMetrics> DlgFontInfo;
-inline bool bInvalidField = false, bNumericFieldChanged = false, bNumericIgnoreChange = false;
-inline FieldRecord* pFieldInputFocus = nullptr;
-inline bool bRangeClear = false;
-inline bool bFocusChange = false;
-inline int iFixedTextOffset = 10;
-// Last modal show: dialog, button, field.
-inline int iModalDialog = 0, iModalButton = 0, iModalField = 0;
-inline const char* cNumDefFormat = "(G15.5E2)";
+struct State {
+  zelv::Slots<DialogRecord, kDialogs> wDialogInfo{};
+  int iDlgCur = -1;
+  int bdlgloaded = 0;
+  std::vector<DialogFontMetrics> DlgFontInfo;
+  bool bInvalidField = false, bNumericFieldChanged = false, bNumericIgnoreChange = false;
+  FieldRecord* pFieldInputFocus = nullptr;
+  bool bRangeClear = false;
+  bool bFocusChange = false;
+  int iFixedTextOffset = 10;
+  // Last modal show: dialog, button, field.
+  int iModalDialog = 0, iModalButton = 0, iModalField = 0;
+  const char* cNumDefFormat = "(G15.5E2)";
+};
+
+// The one instance, defined in dialog.cpp.
+State& state();
 }  // namespace zelvy_dialog
 
-// Entry points for the kernel. The engine sets the window hooks of
-// window_table.h (dialog_pixels, dialog_combine) itself when it is linked in;
-// calling yyDialogEngineInit from WInitialise is what links it in.
+// Entry points for the kernel, attached to it by yyDialogAttach.
 // Fonts and the registry, once the display is open; later calls do nothing.
 void yyDialogEngineInit();
 // WindowOpen / WindowOpenChild with a dialog: load it into the window's
