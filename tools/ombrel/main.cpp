@@ -1,20 +1,18 @@
 // ombrel NAME: the stand-in for the reduction code.
 //
-// Reads NAME.omb in the current directory with a job reader of its own, writes OUTFIL.out (the job as understood and what was done), OUTFIL.int (the
+// Reads NAME.omb in the current directory with a job reader of its own, writes
+// OUTFIL.out (the job as understood and what was done), OUTFIL.int (the
 // reflections, indices transformed) and OUTFIL.rej (the lines it could not use,
 // with the reason). It does no data reduction. "ombrel --list NAME" prints the
 // job as read, every number with all its digits, and writes no file.
-#include <algorithm>
-#include <cmath>
 #include <cstdarg>
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <string>
 #include <string_view>
-#include <vector>
+#include <optional>
 
 #include "job_reader.h"
 #include "reflections.h"
