@@ -146,9 +146,9 @@ class Retouch {
 
   // Mostly values the layouts show, now and then anything a 32-bit real holds.
   float real() {
-    if (pick(6) == 0) return std::bit_cast<float>(static_cast<std::uint32_t>(rng_()));
+    if (pick(20) == 0) return std::bit_cast<float>(static_cast<std::uint32_t>(rng_()));
     const float m = std::uniform_real_distribution<float>(-10, 10)(rng_);
-    return m * std::pow(10.0f, static_cast<float>(pick(9)) - 5);
+    return m * std::pow(10.0f, static_cast<float>(pick(8)) - 5);
   }
   void fill(std::span<float> v) {
     for (float& x : v) x = real();
@@ -182,7 +182,7 @@ class Retouch {
 TEST_F(Agreement, JobsTheFrontEndWroteThenRetouched) {
   Retouch r;
   int read_through = 0;
-  for (int i = 0; i < 150; ++i) {
+  for (int i = 0; i < 100; ++i) {
     data_init::init_variables();
     title = " job " + std::to_string(i);
     file_dat = "data " + std::to_string(i) + ".hkl";
@@ -220,7 +220,7 @@ TEST_F(Agreement, JobsTheFrontEndWroteThenRetouched) {
     read_through += !last_failed;
   }
   EXPECT_GT(read_through, 30);  // both outcomes are reached
-  EXPECT_LT(read_through, 140);
+  EXPECT_LT(read_through, 80);
 }
 
 }  // namespace
