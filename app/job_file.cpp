@@ -98,20 +98,101 @@ std::string_view from_column(std::string_view line, std::size_t first) {
   return first - 1 < line.size() ? line.substr(first - 1) : std::string_view{};
 }
 
-// Reals in free format: blanks or commas between values. Fails with fewer
-// values than wanted, or one that no 32-bit real holds.
+// ---- free-format numbers
+//
+// The job file is also read by the reduction code with free-format reads, so
+// its numbers follow those rules, not the stricter ones of the form fields:
+// blanks, commas and tabs separate; a sign may lead the value and its exponent;
+// the exponent letter is E or D in either case, and may be left out before a
+// signed exponent ("1.5-3"). A word without a digit in its mantissa is no number.
+
+constexpr std::string_view kSeparators = " ,\t";
+
+// Cuts the next value off the text; empty when only separators are left.
+std::string_view next_word(std::string_view& text) {
+  const auto start = text.find_first_not_of(kSeparators);
+  if (start == std::string_view::npos) {
+    text = {};
+    return {};
+  }
+  text.remove_prefix(start);
+  const auto end = std::min(text.find_first_of(kSeparators), text.size());
+  const std::string_view word = text.substr(0, end);
+  text.remove_prefix(end);
+  return word;
+}
+
+bool is_digit(char c) { return c >= '0' && c <= '9'; }
+
+std::size_t digits_from(std::string_view s, std::size_t pos) {
+  std::size_t n = 0;
+  while (pos + n < s.size() && is_digit(s[pos + n])) ++n;
+  return n;
+}
+
+// A real the size of which no 32-bit real holds (or a word that is no real) gives nothing;
+// one too small for the smallest 32-bit real becomes zero, as a free-format read makes it.
+std::optional<float> free_real(std::string_view word) {
+  std::size_t pos = 0;
+  const bool negative = !word.empty() && word[0] == '-';
+  if (!word.empty() && (word[0] == '-' || word[0] == '+')) ++pos;
+  const std::size_t int_start = pos, int_digits = digits_from(word, pos);
+  pos += int_digits;
+  std::size_t frac_start = pos, frac_digits = 0;
+  if (pos < word.size() && word[pos] == '.') {
+    frac_start = ++pos;
+    frac_digits = digits_from(word, pos);
+    pos += frac_digits;
+  }
+  if (int_digits + frac_digits == 0) return std::nullopt;
+  const std::string_view mantissa = word.substr(int_start, pos - int_start);
+
+  std::string_view exponent;  // sign and digits
+  if (pos < word.size()) {
+    const char c = word[pos];
+    if (c == 'E' || c == 'e' || c == 'D' || c == 'd') ++pos;
+    else if (c != '+' && c != '-') return std::nullopt;
+    const std::size_t exp_start = pos;
+    if (pos < word.size() && (word[pos] == '+' || word[pos] == '-')) ++pos;
+    const std::size_t exp_digits = digits_from(word, pos);
+    if (exp_digits == 0 || pos + exp_digits != word.size()) return std::nullopt;
+    exponent = word.substr(exp_start);
+  }
+
+  std::string text(mantissa);
+  if (!exponent.empty()) text.append("e").append(exponent[0] == '+' ? exponent.substr(1) : exponent);
+  float value = 0;
+  const auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), value);
+  if (end != text.data() + text.size()) return std::nullopt;
+  if (ec == std::errc::result_out_of_range) {
+    // Too large or too small: the decimal order of the leading digit tells which.
+    const auto lead = mantissa.find_first_of("123456789");
+    long order = lead < int_digits ? static_cast<long>(int_digits - lead - 1)
+                                   : -static_cast<long>(lead - (frac_start - int_start) + 1);
+    long power = 0;
+    if (!exponent.empty()) {
+      for (const char c : exponent)
+        if (is_digit(c)) power = std::min(power * 10 + (c - '0'), 1'000'000L);
+      if (exponent[0] == '-') power = -power;
+    }
+    if (order + power >= 0) return std::nullopt;
+    value = 0;
+  } else if (ec != std::errc{}) {
+    return std::nullopt;
+  }
+  return negative ? -value : value;
+}
+
+// Reals in free format. Fails with fewer values than wanted or one that is no real;
+// what follows the values wanted is not looked at.
 bool read_reals(std::string_view text, std::span<float> out) {
-  std::string work(text);
-  std::replace(work.begin(), work.end(), ',', ' ');
-  std::array<float, kMaxValues> reals{};
-  std::array<int, kMaxValues> ints{};
-  int count = 0;
-  lorx_string_utilities::getnum(work, std::span(reals).first(out.size()),
-                                std::span(ints).first(out.size()), count);
-  if (count < static_cast<int>(out.size())) return false;
-  for (std::size_t i = 0; i < out.size(); ++i)
-    if (!std::isfinite(reals[i])) return false;
-  std::copy_n(reals.begin(), out.size(), out.begin());
+  std::array<float, kMaxValues> values{};
+  for (std::size_t i = 0; i < out.size(); ++i) {
+    const auto v = free_real(next_word(text));
+    if (!v) return false;
+    values[i] = *v;
+  }
+  std::copy_n(values.begin(), out.size(), out.begin());
   return true;
 }
 
@@ -122,13 +203,14 @@ bool read_matrix(std::string_view text, Mat3& m) {
   return true;
 }
 
-// The first word as a 32-bit integer: a fraction, an exponent or a value out
-// of range is no integer.
+// The first value as a 32-bit integer. As in a free-format integer read, a
+// decimal point or an exponent makes it no integer ("2.5", "1E2", "1.0" alike).
 std::optional<int> read_integer(std::string_view text) {
-  const auto start = text.find_first_not_of(" ,");
-  if (start == std::string_view::npos) return std::nullopt;
-  auto word = text.substr(start, text.find_first_of(" ,", start) - start);
-  if (word.size() > 1 && word[0] == '+' && word[1] != '-') word.remove_prefix(1);
+  std::string_view word = next_word(text);
+  if (!word.empty() && word[0] == '+') {
+    word.remove_prefix(1);
+    if (word.empty() || !is_digit(word[0])) return std::nullopt;
+  }
   int value = 0;
   const auto [end, ec] = std::from_chars(word.data(), word.data() + word.size(), value);
   if (ec != std::errc{} || end != word.data() + word.size()) return std::nullopt;

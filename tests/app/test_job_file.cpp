@@ -4,10 +4,12 @@
 #include <unistd.h>
 
 #include <array>
+#include <cfloat>
 #include <cmath>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
+#include <limits>
 #include <sstream>
 #include <string>
 #include <tuple>
@@ -252,17 +254,36 @@ TEST_F(JobFile, UnreadableValueStopsTheReadingWithItsMessage) {
       {"KVEC 0.5 0.5", "Error reading the propagation vector!"},
       {"KVEC 0.5 x 0.5", "Error reading the propagation vector!"},
       {"CELL 5 5 5 90 90", "Error reading the cell parameters!"},
-      {"CELL 5 5 5 90 90 +90", "Error reading the cell parameters!"},
       {"CELL 1E99 5 5 90 90 90", "Error reading the cell parameters!"},
+      {"CELL 5 5 5 90 90 -3.5E38", "Error reading the cell parameters!"},
+      {"CELL 5 5 5 90 90 NaN", "Error reading the cell parameters!"},
       {"WAVE", "Error reading the wavelength!"},
+      // A word without a digit in its mantissa is no number, never a zero.
+      {"WAVE E5", "Error reading the wavelength!"},
+      {"WAVE -", "Error reading the wavelength!"},
+      {"WAVE .", "Error reading the wavelength!"},
+      {"WAVE +.E1", "Error reading the wavelength!"},
+      {"WAVE 1E", "Error reading the wavelength!"},
+      {"WAVE 1.5E+", "Error reading the wavelength!"},
+      {"WAVE 1.5E+1.0", "Error reading the wavelength!"},
+      {"WAVE 1.5Q3", "Error reading the wavelength!"},
+      {"WAVE 1..5", "Error reading the wavelength!"},
+      {"WAVE --1", "Error reading the wavelength!"},
+      {"WAVE 0x10", "Error reading the wavelength!"},
+      {"WAVE inf", "Error reading the wavelength!"},
       {"HKL_T 2.5", "Error reading the type of the reflection file!"},
       {"HKL_T 1E2", "Error reading the type of the reflection file!"},
+      {"HKL_T 1.0", "Error reading the type of the reflection file!"},
+      {"HKL_T +-1", "Error reading the type of the reflection file!"},
+      {"HKL_T +", "Error reading the type of the reflection file!"},
       {"HKL_T 99999999999", "Error reading the type of the reflection file!"},
       {"TRANSF 1 0 0 0 1 0 0 0", "Error reading the transformation matrix!"},
       {"SCALE abc", "Error reading the scale factor!"},
+      {"SCALE   0.3403E+39", "Error reading the scale factor!"},
       {"EPSIL", "Error reading the EPSIL value!"},
       {"WARN  x", "Error reading the WARN value!"},
       {"TWIN\nTWIN_typ 2.5", "Error reading the TWIN law file, item: TWIN_typ"},
+      {"TWIN\nTWIN_typ 2D0", "Error reading the TWIN law file, item: TWIN_typ"},
       {"TWIN\nTWIN_typ ! 2", "Error reading the TWIN law file, item: TWIN_typ"},
       {"TWIN\nTWIN_typ 4", "Illegal TWIN_typ: It should be 1,2 or 3!"},
       {"TWIN\nTWIN_typ 0", "Illegal TWIN_typ: It should be 1,2 or 3!"},
@@ -280,6 +301,66 @@ TEST_F(JobFile, UnreadableValueStopsTheReadingWithItsMessage) {
     EXPECT_FALSE(prop || cell_given || wave_given || transf_ind || scale_given || eps_given || twinned);
     EXPECT_EQ(hkl_type, 0);
   }
+}
+
+// What the writer's G12.4 puts out for large or small values, and what a
+// free-format read takes besides: signs, E or D exponents in either case, an
+// exponent without its letter, tabs and commas between values.
+TEST_F(JobFile, NumbersAreReadInFreeFormat) {
+  read("SCALE   0.9690E+05\n"
+       "EPSIL  -0.1235E+04\n"
+       "WAVE 1D3\n"
+       "WARN  +2.5d-1\n"
+       "CELL +5.431e0\t5.431E+00,\t5.431 \t90. +.9e+2 , 9.0+1\n"
+       "KVEC -.5,,0.5e-0\t\t-0.25D+00\n"
+       "HKL_T\t+7\t\n"
+       "TRANS 1D0 0 0 0 1.E0 0 0 0 -1d+0\n"
+       "TWIN\n"
+       "TWIN_typ\t+3\n"
+       "TWIN_trf 2D0,0,0, 0,2D0,0, 0,0,2D0 ! doubled\n"
+       "TWIN_mat\t-1\t0\t0\t0\t-1\t0\t0\t0\t1\n"
+       "TWIN_ubm 0.1E+01 0 0 0 1 0 0 0 1\n"
+       "TWIN_end\n");
+  expect_no_fault();
+  EXPECT_EQ(scal_fact, 96900.0f);
+  EXPECT_EQ(epsg, -1235.0f);
+  EXPECT_EQ(wavel, 1000.0f);
+  EXPECT_EQ(warning, 0.25f);
+  EXPECT_EQ(cel, (Vec3{5.431f, 5.431f, 5.431f}));
+  EXPECT_EQ(ang, (Vec3{90, 90, 90}));
+  EXPECT_EQ(kv, (Vec3{-0.5f, 0.5f, -0.25f}));
+  EXPECT_EQ(hkl_type, 7);
+  EXPECT_EQ(transhkl, (Mat3{{{1, 0, 0}, {0, 1, 0}, {0, 0, -1}}}));
+  EXPECT_EQ(itwin, 3);
+  EXPECT_EQ(tr, (Mat3{{{2, 0, 0}, {0, 2, 0}, {0, 0, 2}}}));
+  EXPECT_EQ(twin[1], (Mat3{{{-1, 0, 0}, {0, -1, 0}, {0, 0, 1}}}));
+  EXPECT_EQ(ubm, kIdentity);
+  EXPECT_TRUE(scale_given && eps_given && wave_given && cell_given && prop && transf_ind && twinned);
+  // The key itself still needs its blank: behind "WAVE" a tab makes an unknown key.
+  read("WAVE\t2.0\n");
+  expect_no_fault();
+  EXPECT_EQ(wavel, 1000.0f);
+
+  // The ends of the range: the largest real is read, one too small becomes a signed zero.
+  read("SCALE 3.4028235E+38\nEPSIL -1E-50\nWAVE 1.4E-45\nKVEC 1e-4000 -0.0 1.17549435E-38\n");
+  expect_no_fault();
+  EXPECT_EQ(scal_fact, FLT_MAX);
+  EXPECT_TRUE(epsg == 0 && std::signbit(epsg));
+  EXPECT_EQ(wavel, std::numeric_limits<float>::denorm_min());
+  EXPECT_TRUE(kv[0] == 0 && !std::signbit(kv[0]) && std::signbit(kv[1]));
+  EXPECT_EQ(kv[2], FLT_MIN);
+
+  // What the writer makes of a large scale factor opens again as it was written.
+  scal_fact = 96904.0f;
+  epsg = -1234.5f;
+  scale_given = eps_given = true;
+  const std::string text = write("big.omb");
+  EXPECT_NE(text.find("SCALE   0.9690E+05"), std::string::npos) << text;
+  scal_fact = epsg = 0;
+  read_file(dir / "big.omb");
+  expect_no_fault();
+  EXPECT_EQ(scal_fact, 96900.0f);
+  EXPECT_EQ(epsg, -1234.5f);
 }
 
 TEST_F(JobFile, OnlyTheFirst132CharactersOfALineCount) {

@@ -1,4 +1,4 @@
-#include "tools/ombrel/reflections.h"
+#include "reflections.h"
 
 #include <charconv>
 #include <cmath>

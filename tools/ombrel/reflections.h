@@ -5,12 +5,12 @@
 #include <optional>
 #include <string>
 
-#include "app/data_param.h"
+#include "job_reader.h"
 
 namespace stand_in {
 
 struct Job {
-  std::optional<data_param::Mat3> transform;  // new indices = T * old
+  std::optional<Matrix> transform;  // new indices = T * old
   std::optional<float> scale;                 // applied to intensity and sigma
 };
 

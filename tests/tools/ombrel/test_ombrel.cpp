@@ -5,6 +5,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -134,6 +135,20 @@ TEST_F(Ombrel, MissingOrBrokenJobIsReported) {
   EXPECT_NE(run("bad"), 0);
   EXPECT_THAT(stderr_text, HasSubstr("Error reading the propagation vector!"));
   EXPECT_THAT(slurp(dir / "bad.out"), HasSubstr("Error reading the propagation vector!"));
+}
+
+// The stand-in reads job files as an outside program does: it carries nothing
+// of the front-end, and so none of its display libraries.
+TEST(OmbrelAlone, NeedsNoDisplayLibraries) {
+  std::FILE* pipe = ::popen("ldd '" OMBREL_EXE "' 2>&1", "r");
+  ASSERT_NE(pipe, nullptr);
+  std::string libraries;
+  char buf[4096];
+  for (std::size_t n; (n = std::fread(buf, 1, sizeof buf, pipe)) > 0;) libraries.append(buf, n);
+  ASSERT_EQ(::pclose(pipe), 0) << libraries;
+  ASSERT_THAT(libraries, HasSubstr("libc.so"));
+  for (const char* lib : {"libXm.", "libXt.", "libX11.", "libXft."})
+    EXPECT_THAT(libraries, ::testing::Not(HasSubstr(lib)));
 }
 
 }  // namespace
