@@ -329,13 +329,19 @@ std::string shownPrompt;  // the status bar keeps a view of it while it shows
 
 bool drawing_ready() { return ixDisplay && menuGC; }
 
+// Asking the server for a pixel's colour is a round trip: each pixel value is
+// asked once and kept for the life of the display.
 XftColor xft_colour(Pixel p) {
+  static std::vector<std::pair<Pixel, XftColor>> known;
+  for (const auto& [pixel, colour] : known)
+    if (pixel == p) return colour;
   XColor c{};
   c.pixel = p;
   XQueryColor(ixDisplay, zelvy_x::iCmapMain, &c);
   XRenderColor rc{c.red, c.green, c.blue, 0xffff};
   XftColor out{};
   XftColorAllocValue(ixDisplay, DefaultVisual(ixDisplay, zelvy_x::iScreen), zelvy_x::iCmapMain, &rc, &out);
+  known.emplace_back(p, out);
   return out;
 }
 
