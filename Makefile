@@ -21,10 +21,13 @@ configure: deps
 build: configure
 	@cmake --build $(BUILD) -j $(JOBS)
 
-# The program and the stand-in reduction code only, not the tests.
+# The program and the stand-in reduction code only, not the tests. The job path
+# reaches the script through the environment, so that no quote or blank in it
+# is read by the shell.
+run: export JOB := $(JOB)
 run: configure
 	@cmake --build $(BUILD) -j $(JOBS) --target gombrel ombrel
-	@tools/run-gombrel $(BUILD) "$(JOB)"
+	@tools/run-gombrel "$(BUILD)" "$$JOB"
 
 test: build
 	@cd $(BUILD) && ctest --output-on-failure -j $(JOBS) --timeout 600

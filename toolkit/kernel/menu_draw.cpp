@@ -30,18 +30,24 @@ struct Look {
   Window savedFocus = None;
   int savedRevert = RevertToParent;
   int promptBar = -1;  // the window whose status bar shows the prompt line, -1 none
+  std::vector<std::pair<Pixel, XftColor>> knownColours;
 };
 Look look;
 
 bool drawing_ready() { return xdisplay() && look.menuGC; }
 
+// Asking the server for a pixel's colour is a round trip: each pixel value is
+// asked once and kept for the life of the display.
 XftColor xft_colour(Pixel p) {
+  for (const auto& [pixel, colour] : look.knownColours)
+    if (pixel == p) return colour;
   XColor c{};
   c.pixel = p;
   XQueryColor(xdisplay(), zelvy_x::state().iCmapMain, &c);
   XRenderColor rc{c.red, c.green, c.blue, 0xffff};
   XftColor out{};
   XftColorAllocValue(xdisplay(), DefaultVisual(xdisplay(), zelvy_x::state().iScreen), zelvy_x::state().iCmapMain, &rc, &out);
+  look.knownColours.emplace_back(p, out);
   return out;
 }
 

@@ -220,9 +220,26 @@ void motion_event(XEvent& ev) {
               as_time(ev.xmotion.time));
 }
 
+// True for the last Expose of a series on the window that the argument points to.
+Bool ends_expose_series(Display*, XEvent* ev, XPointer window) {
+  return ev->type == Expose && ev->xexpose.window == *reinterpret_cast<Window*>(window) &&
+         ev->xexpose.count == 0;
+}
+
+// The server sends the rectangles of one exposure back to back, the last with
+// count 0: waiting for that one gathers the series without a round trip, and
+// reading what has already arrived picks up later exposures of the window too.
+void gather_exposures(XEvent& ev) {
+  if (ev.xexpose.count > 0) {
+    XEvent last;
+    XPeekIfEvent(xdisplay(), &last, ends_expose_series, reinterpret_cast<XPointer>(&ev.xexpose.window));
+  }
+  XEventsQueued(xdisplay(), QueuedAfterReading);
+}
+
 // Returns true when the event has been dealt with and needs no widget.
 bool expose_event(XEvent& ev) {
-  XSync(xdisplay(), False);
+  gather_exposures(ev);
   int h = -1;
   const int code = window_type(ev.xexpose.window, h);
   if (code == 2) {

@@ -5,13 +5,20 @@
 //   xhelper geometry NAME           prints its size and position, WxH+X+Y
 //   xhelper maptime CMD ARGS...     runs CMD and prints the milliseconds until its first
 //                                   top-level window is mapped; then closes it
+//   xhelper painttime QUIET_MS CMD ARGS...
+//                                   runs CMD and prints the milliseconds until the last
+//                                   drawing on the screen that QUIET_MS of stillness
+//                                   follow, and until its first map; then closes it
 #include <X11/Xatom.h>
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
+#include <X11/extensions/Xdamage.h>
+#include <poll.h>
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -98,11 +105,98 @@ int maptime(char** argv) {
   return 0;
 }
 
+// Closes the window (when there is one) and reaps the child, killing it when it
+// does not go within five seconds.
+void close_and_reap(pid_t pid, Window w) {
+  if (w) send_delete(w);
+  int status = 0;
+  for (int i = 0; i < 100; ++i) {
+    if (waitpid(pid, &status, WNOHANG) == pid) return;
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  }
+  kill(pid, SIGKILL);
+  waitpid(pid, &status, 0);
+}
+
+// Painting is done when nothing has been drawn on the screen for QUIET_MS.
+// Damage on the root window sees every window's drawing, since the server
+// composites nothing and the screen belongs to the program under test.
+int painttime(int quiet_ms, char** argv) {
+  using clock = std::chrono::steady_clock;
+  int damage_event = 0, damage_error = 0;
+  if (!XDamageQueryExtension(dpy, &damage_event, &damage_error)) {
+    std::fprintf(stderr, "xhelper: the server has no DAMAGE extension\n");
+    return 2;
+  }
+  const Window root = DefaultRootWindow(dpy);
+  XSelectInput(dpy, root, SubstructureNotifyMask);
+  const Damage damage = XDamageCreate(dpy, root, XDamageReportRawRectangles);
+  XSync(dpy, False);
+  while (XPending(dpy)) {  // what was drawn before the start is not the program's
+    XEvent ev;
+    XNextEvent(dpy, &ev);
+  }
+  XSync(dpy, False);
+  const auto start = clock::now();
+  const pid_t pid = fork();
+  if (pid == 0) {
+    execvp(argv[0], argv);
+    _exit(127);
+  }
+  const auto quiet = std::chrono::milliseconds(quiet_ms);
+  const auto limit = start + std::chrono::seconds(30);
+  Window mapped = 0;
+  clock::time_point map_time{}, last_paint{};
+  bool gone = false;  // the window went away or the program ended by itself
+  auto ms = [&](clock::time_point t) { return std::chrono::duration<double, std::milli>(t - start).count(); };
+  while (!gone && clock::now() < limit) {
+    while (XPending(dpy)) {
+      XEvent ev;
+      XNextEvent(dpy, &ev);
+      const auto now = clock::now();
+      if (ev.type == damage_event + XDamageNotify) {
+        if (mapped) last_paint = now;
+      } else if (ev.type == MapNotify && !ev.xmap.override_redirect && !mapped) {
+        mapped = ev.xmap.window;
+        map_time = last_paint = now;
+      } else if ((ev.type == UnmapNotify && ev.xunmap.window == mapped) ||
+                 (ev.type == DestroyNotify && ev.xdestroywindow.window == mapped)) {
+        gone = true;  // what follows is the screen behind it, not the program's drawing
+        break;
+      }
+    }
+    if (gone) break;
+    if (mapped && clock::now() - last_paint >= quiet) break;
+    int status = 0;
+    if (waitpid(pid, &status, WNOHANG) == pid) {
+      if (!mapped) return 1;
+      gone = true;
+      break;
+    }
+    // Wake for the next event, the end of the quiet period, or a look at the child.
+    pollfd fd{ConnectionNumber(dpy), POLLIN, 0};
+    int wait_ms = 20;
+    if (mapped) {
+      const auto left = quiet - (clock::now() - last_paint);
+      wait_ms = std::max(1, static_cast<int>(std::chrono::duration_cast<std::chrono::milliseconds>(left).count()));
+      wait_ms = std::min(wait_ms, 20);
+    }
+    XFlush(dpy);
+    poll(&fd, 1, wait_ms);
+  }
+  XDamageDestroy(dpy, damage);
+  if (!gone) close_and_reap(pid, mapped);
+  else close_and_reap(pid, 0);
+  if (!mapped) return 1;
+  std::printf("%.1f %.1f\n", ms(last_paint), ms(map_time));
+  return 0;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   if (argc < 3) {
-    std::fprintf(stderr, "usage: xhelper wait|close|prop|geometry NAME ... | maptime CMD...\n");
+    std::fprintf(stderr, "usage: xhelper wait|close|prop|geometry NAME ... | maptime CMD... | painttime QUIET_MS CMD...\n");
     return 2;
   }
   // A busy server may refuse a connection for a moment: try again.
@@ -117,6 +211,7 @@ int main(int argc, char** argv) {
   }
   const std::string cmd = argv[1];
   if (cmd == "maptime") return maptime(argv + 2);
+  if (cmd == "painttime" && argc > 3) return painttime(std::atoi(argv[2]), argv + 3);
   if (cmd == "wait") {
     const double seconds = argc > 3 ? std::atof(argv[3]) : 10.0;
     const auto limit = std::chrono::steady_clock::now() + std::chrono::duration<double>(seconds);
