@@ -11,16 +11,12 @@
 #include <map>
 #include <utility>
 
+#include "toolkit/base/check.h"
 #include "toolkit/kernel/display_private.h"
 #include "toolkit/kernel/statusbar_private.h"
 #include "toolkit/kernel/window.h"
 #include "toolkit/kernel/menu_private.h"
 #include "toolkit/kernel/window_private.h"
-
-namespace zelvy_messages {
-int itypesaved = 0;
-MessageRecord valuesaved;
-}  // namespace zelvy_messages
 
 namespace {
 
@@ -29,37 +25,59 @@ struct Pending {
   MessageRecord rec;
 };
 
-constexpr std::array<int, 18> iMessageDefault = {1, 1, 1, 1, 0, 0, 1, 1, 1, 0, 0, 0, 1, 1, 0, 0, 0, 0};
-std::array<int, 18> iMessageEnabled = iMessageDefault;
-std::array<int, 18> savedFilter = iMessageDefault;
-
-Pending ZelvMessage, ZelvMessage2;
-int iInWMessage = 0;
-int iFocusCount = 0;
-bool bModalMessageLoop = false;
-constexpr int kModalDepth = 10;
-std::array<int, kModalDepth> iModal{};
-int nModal = 0;
-int nSemi = 0, iObjCur = -1, iObjCurType = 0;
-std::map<int, std::pair<int, int>> dialogSaved;  // semi-modeless predecessors kept for dialogs
-bool iTimerEnabled = true;
-int lastButton = 0;
-Time lastPress = 0;
-Atom aZelvMessage = 0;
-
 struct Timer {
   int interval = 0, id = 0, repeat = 0;
   XtIntervalId xid = 0;
 };
-std::list<Timer> pTimerInfo1;
+
+constexpr std::array<int, 18> iMessageDefault = {1, 1, 1, 1, 0, 0, 1, 1, 1, 0, 0, 0, 1, 1, 0, 0, 0, 0};
+constexpr int kModalDepth = 10;
+
+}  // namespace
+
+namespace zelvy_messages {
+
+// The message loop's state: the filter, the one-deep queues, the modal and
+// semi-modeless stacks, the timers.
+struct State {
+  int itypesaved = 0;
+  MessageRecord valuesaved;
+  std::array<int, 18> iMessageEnabled = iMessageDefault;
+  std::array<int, 18> savedFilter = iMessageDefault;
+  Pending ZelvMessage, ZelvMessage2;
+  int iInWMessage = 0;
+  int iFocusCount = 0;
+  bool bModalMessageLoop = false;
+  zelv::Slots<int, kModalDepth> iModal{};
+  int nModal = 0;
+  int nSemi = 0, iObjCur = -1, iObjCurType = 0;
+  std::map<int, std::pair<int, int>> dialogSaved;  // semi-modeless predecessors kept for dialogs
+  bool iTimerEnabled = true;
+  int lastButton = 0;
+  Time lastPress = 0;
+  Atom aZelvMessage = 0;
+  std::list<Timer> pTimerInfo1;
+};
+
+State& state() {
+  static State s;
+  return s;
+}
+
+}  // namespace zelvy_messages
+
+// This module's state.
+static zelvy_messages::State& mq = zelvy_messages::state();
+
+namespace {
 
 constexpr int kTagFieldChanged = 10, kTagTimer = 13;
 
-bool enabled(int type) { return type >= 1 && type <= 18 && iMessageEnabled[type - 1] != 0; }
+bool enabled(int type) { return type >= 1 && type <= 18 && mq.iMessageEnabled[type - 1] != 0; }
 
 Atom message_atom() {
-  if (!aZelvMessage && xdisplay()) aZelvMessage = XInternAtom(xdisplay(), "_ZELV_MESSAGE", False);
-  return aZelvMessage;
+  if (!mq.aZelvMessage && xdisplay()) mq.aZelvMessage = XInternAtom(xdisplay(), "_ZELV_MESSAGE", False);
+  return mq.aZelvMessage;
 }
 
 // Sends the toolkit's own client message to the root window, through the
@@ -110,7 +128,7 @@ int mouse_modifiers(unsigned state) {
 
 // Modal levels and semi-modeless objects let through only the events of their own windows.
 bool yyMsgBlockEvent(const XEvent& ev) {
-  if (!bModalMessageLoop && nSemi == 0) return false;
+  if (!mq.bModalMessageLoop && mq.nSemi == 0) return false;
   switch (ev.type) {
     case KeyPress: case KeyRelease: case ButtonPress: case ButtonRelease: case MotionNotify:
     case EnterNotify: case LeaveNotify: case FocusIn: case FocusOut: break;
@@ -118,16 +136,16 @@ bool yyMsgBlockEvent(const XEvent& ev) {
   }
   const int h = owner_of(ev.xany.window);
   if (h < 0) return false;
-  if (bModalMessageLoop && nModal > 0) return h != iModal[nModal - 1];
-  return !(iObjCurType == 1 && h == iObjCur);
+  if (mq.bModalMessageLoop && mq.nModal > 0) return h != mq.iModal[mq.nModal - 1];
+  return !(mq.iObjCurType == 1 && h == mq.iObjCur);
 }
 
 void yyMsgResizeControl() {
   for (int h = 0; h <= zelvy_win::state().iWinMax; ++h) {
     if (!zelvy_win::state().wWindow[h]) continue;
     bool locked = false;
-    if (nModal > 0) locked = h != iModal[nModal - 1];
-    else if (nSemi > 0) locked = !(iObjCurType == 1 && h == iObjCur);
+    if (mq.nModal > 0) locked = h != mq.iModal[mq.nModal - 1];
+    else if (mq.nSemi > 0) locked = !(mq.iObjCurType == 1 && h == mq.iObjCur);
     zelvy_win::state().WinInfo[h].Locked = locked ? 1 : 0;
     yyWindowSizeHints(h);
   }
@@ -195,10 +213,10 @@ void button_event(XEvent& ev) {
   if (press) XSetInputFocus(xdisplay(), zelvy_win::state().wClient[h], RevertToParent, ev.xbutton.time);
   const int mods = mouse_modifiers(ev.xbutton.state);
   if (press) {
-    const bool dbl = enabled(MouseDoubleClick) && static_cast<int>(button) == lastButton &&
-                     ev.xbutton.time - lastPress < static_cast<Time>(zelvy_x::state().iMultiClickTime);
-    lastButton = static_cast<int>(button);
-    lastPress = ev.xbutton.time;
+    const bool dbl = enabled(MouseDoubleClick) && static_cast<int>(button) == mq.lastButton &&
+                     ev.xbutton.time - mq.lastPress < static_cast<Time>(zelvy_x::state().iMultiClickTime);
+    mq.lastButton = static_cast<int>(button);
+    mq.lastPress = ev.xbutton.time;
     const int type = dbl ? MouseDoubleClick : MouseDown;
     if (enabled(type))
       yyMsgSend(type, static_cast<int>(button), mods, 0, 0, x, y, h, as_time(ev.xbutton.time));
@@ -285,7 +303,7 @@ bool client_message(XEvent& ev) {
   if (l[0] == kTagFieldChanged) {
     yyMsgSend(FieldChanged, static_cast<int>(l[1]), static_cast<int>(l[1]), 1, -1,
               static_cast<int>(l[2]), static_cast<int>(l[3]), static_cast<int>(l[4]), 0);
-  } else if (l[0] == kTagTimer && iTimerEnabled && ev.xclient.window == zelvy_win::state().wWindow[0]) {
+  } else if (l[0] == kTagTimer && mq.iTimerEnabled && ev.xclient.window == zelvy_win::state().wWindow[0]) {
     yyMsgSend(TimerExpired, static_cast<int>(l[1]), 0, 0, 0, 0, 0, 0, 0);
   }
   return true;
@@ -319,9 +337,9 @@ int yyMsgInterpret() {
       ev.xkey.state = (ev.xkey.state & ~8192u) | zelvy_x::state().AltMask;
   }
   // Menus and accelerators see every event first.
-  if (yyMenuProcessEvent(ev)) return ZelvMessage.type;
+  if (yyMenuProcessEvent(ev)) return mq.ZelvMessage.type;
   if (!yyMsgProcessEvent(ev)) XtDispatchEvent(&ev);
-  return ZelvMessage.type;
+  return mq.ZelvMessage.type;
 }
 
 void yymessageunits(int type, MessageRecord& r) {
@@ -371,10 +389,10 @@ void take(Pending& p, int& type, MessageRecord& rec) {
 
 void timer_fired(XtPointer data, XtIntervalId*) {
   const int id = static_cast<int>(reinterpret_cast<std::intptr_t>(data));
-  for (auto it = pTimerInfo1.begin(); it != pTimerInfo1.end(); ++it) {
+  for (auto it = mq.pTimerInfo1.begin(); it != mq.pTimerInfo1.end(); ++it) {
     if (it->id != id) continue;
     if (it->repeat == 1) it->xid = XtAppAddTimeOut(zelvy_x::state().ixContext, it->interval, timer_fired, data);
-    else pTimerInfo1.erase(it);
+    else mq.pTimerInfo1.erase(it);
     break;
   }
   if (!zelvy_win::state().wWindow[0]) return;
@@ -459,15 +477,15 @@ void yyMsgSend(int type, int value1, int value2, int value3, int value4, int x, 
   m.rec.PixelX = m.rec.X = x;
   m.rec.PixelY = m.rec.Y = y;
   m.rec.Time = time;
-  if (ZelvMessage.type != 0 && enabled(ZelvMessage.type) && iInWMessage != 0) ZelvMessage2 = m;
-  else ZelvMessage = m;
+  if (mq.ZelvMessage.type != 0 && enabled(mq.ZelvMessage.type) && mq.iInWMessage != 0) mq.ZelvMessage2 = m;
+  else mq.ZelvMessage = m;
 }
 
 void WMessage(int& type, MessageRecord& record) {
   using namespace zelvy_messages;
-  if (itypesaved != 0) {
-    type = std::exchange(itypesaved, 0);
-    record = valuesaved;
+  if (mq.itypesaved != 0) {
+    type = std::exchange(mq.itypesaved, 0);
+    record = mq.valuesaved;
     return;
   }
   if (!xdisplay() || !zelvy_x::state().ixContext) {
@@ -476,22 +494,22 @@ void WMessage(int& type, MessageRecord& record) {
     record = MessageRecord{};
     return;
   }
-  iInWMessage = 1;
-  iFocusCount = 2;
+  mq.iInWMessage = 1;
+  mq.iFocusCount = 2;
   int t = 0;
   MessageRecord rec;
-  if (ZelvMessage2.type != 0) {
-    take(ZelvMessage2, t, rec);
+  if (mq.ZelvMessage2.type != 0) {
+    take(mq.ZelvMessage2, t, rec);
   } else {
     do {
-      ZelvMessage = Pending{};
+      mq.ZelvMessage = Pending{};
       t = yyMsgInterpret();
-      if (t != 0) take(ZelvMessage, t, rec);
+      if (t != 0) take(mq.ZelvMessage, t, rec);
       if (yyMenuIsOpen()) t = 0;
       if (t >= 1 && t <= 18 && !enabled(t)) t = 0;
     } while (t == 0);
   }
-  iInWMessage = 0;
+  mq.iInWMessage = 0;
   yymessageunits(t, rec);
   type = t;
   record = rec;
@@ -499,19 +517,19 @@ void WMessage(int& type, MessageRecord& record) {
 
 void WMessagePeek(int& type, MessageRecord& record) {
   using namespace zelvy_messages;
-  if (itypesaved != 0) {
-    type = std::exchange(itypesaved, 0);
-    record = valuesaved;
+  if (mq.itypesaved != 0) {
+    type = std::exchange(mq.itypesaved, 0);
+    record = mq.valuesaved;
     return;
   }
   type = -1;
   if (!xdisplay() || !zelvy_x::state().ixContext) return;
-  iInWMessage = 2;
-  iFocusCount = 2;
+  mq.iInWMessage = 2;
+  mq.iFocusCount = 2;
   int t = 0;
   MessageRecord rec;
-  if (ZelvMessage2.type != 0) {
-    take(ZelvMessage2, t, rec);
+  if (mq.ZelvMessage2.type != 0) {
+    take(mq.ZelvMessage2, t, rec);
   } else {
     while (t == 0) {
       const XtInputMask pending = XtAppPending(zelvy_x::state().ixContext);
@@ -520,14 +538,14 @@ void WMessagePeek(int& type, MessageRecord& record) {
         XtAppProcessEvent(zelvy_x::state().ixContext, pending & ~XtIMXEvent);  // timers first
         continue;
       }
-      ZelvMessage = Pending{};
+      mq.ZelvMessage = Pending{};
       t = yyMsgInterpret();
-      if (t != 0) take(ZelvMessage, t, rec);
+      if (t != 0) take(mq.ZelvMessage, t, rec);
       if (yyMenuIsOpen()) t = 0;
       if (t >= 1 && t <= 18 && !enabled(t)) t = 0;
     }
   }
-  iInWMessage = 0;
+  mq.iInWMessage = 0;
   if (t == 0) return;
   yymessageunits(t, rec);
   type = t;
@@ -536,8 +554,8 @@ void WMessagePeek(int& type, MessageRecord& record) {
 
 void WMessageEnable(int type, int enable) {
   if (type < 1 || type > 18) return;
-  iMessageEnabled[type - 1] = enable ? 1 : 0;
-  if (type == TimerExpired) iTimerEnabled = enable != 0;
+  mq.iMessageEnabled[type - 1] = enable ? 1 : 0;
+  if (type == TimerExpired) mq.iTimerEnabled = enable != 0;
   if (type == KeyDown || type == MouseMove || type == ExposeMessage)
     for (int h = 0; h <= zelvy_win::state().iWinMax; ++h) yyMsgApplyMasks(h);
 }
@@ -545,41 +563,41 @@ void WMessageEnable(int type, int enable) {
 int WInfoMessage(int type) { return enabled(type) ? 1 : 0; }
 
 void WMessagePush(int type, const MessageRecord& record) {
-  zelvy_messages::itypesaved = type;
-  zelvy_messages::valuesaved = record;
+  mq.itypesaved = type;
+  mq.valuesaved = record;
 }
 
 void WMessageTimer(int milliseconds, int identifier, int repeat) {
-  auto it = pTimerInfo1.begin();
-  while (it != pTimerInfo1.end() && it->id != identifier) ++it;
+  auto it = mq.pTimerInfo1.begin();
+  while (it != mq.pTimerInfo1.end() && it->id != identifier) ++it;
   if (milliseconds <= 0) {
-    if (it != pTimerInfo1.end()) {
+    if (it != mq.pTimerInfo1.end()) {
       XtRemoveTimeOut(it->xid);
-      pTimerInfo1.erase(it);
+      mq.pTimerInfo1.erase(it);
     }
     return;
   }
   if (!zelvy_x::state().ixContext) return;
   const XtPointer data = reinterpret_cast<XtPointer>(static_cast<std::intptr_t>(identifier));
-  if (it != pTimerInfo1.end()) {
+  if (it != mq.pTimerInfo1.end()) {
     XtRemoveTimeOut(it->xid);
     it->interval = milliseconds;
   } else {
-    pTimerInfo1.push_back(Timer{milliseconds, identifier, repeat, 0});
-    it = std::prev(pTimerInfo1.end());
+    mq.pTimerInfo1.push_back(Timer{milliseconds, identifier, repeat, 0});
+    it = std::prev(mq.pTimerInfo1.end());
   }
   it->xid = XtAppAddTimeOut(zelvy_x::state().ixContext, static_cast<unsigned long>(milliseconds), timer_fired, data);
 }
 
 void yyMsgResetFilter() {
-  savedFilter = iMessageEnabled;
-  iMessageEnabled = iMessageDefault;
-  iTimerEnabled = true;
+  mq.savedFilter = mq.iMessageEnabled;
+  mq.iMessageEnabled = iMessageDefault;
+  mq.iTimerEnabled = true;
 }
 
 void yyMsgRestoreFilter() {
-  iMessageEnabled = savedFilter;
-  iTimerEnabled = enabled(TimerExpired);
+  mq.iMessageEnabled = mq.savedFilter;
+  mq.iTimerEnabled = enabled(TimerExpired);
 }
 
 void yyMsgApplyMasks(int h) {
@@ -600,22 +618,22 @@ void yyMsgPostFieldChanged(int field, int x, int y, int win) {
 }
 
 void yyMsgModalLoop(int win) {
-  if (nModal >= kModalDepth || !xdisplay()) return;
-  iModal[nModal++] = win;
-  ZelvMessage = Pending{};
-  bModalMessageLoop = true;
+  if (mq.nModal >= kModalDepth || !xdisplay()) return;
+  mq.iModal[mq.nModal++] = win;
+  mq.ZelvMessage = Pending{};
+  mq.bModalMessageLoop = true;
   yyMsgResizeControl();
-  while (bModalMessageLoop) {
+  while (mq.bModalMessageLoop) {
     yyMsgInterpret();
-    ZelvMessage = Pending{};
+    mq.ZelvMessage = Pending{};
   }
-  --nModal;
+  --mq.nModal;
   yyMsgResizeControl();
-  if (nModal > 0) bModalMessageLoop = true;
+  if (mq.nModal > 0) mq.bModalMessageLoop = true;
 }
 
 void yyMsgModalEnd() {
-  bModalMessageLoop = false;
+  mq.bModalMessageLoop = false;
   // The loop waits for X events: one that means nothing wakes it when the
   // level is ended from a timer rather than from an event's callback.
   if (!xdisplay() || !zelvy_win::state().wWindow[0]) return;
@@ -630,31 +648,31 @@ void yyMsgSemiModelessStack(int direction, int kind, int handle) {
       tmp = {zelvy_win::state().WinInfo[hd].SavedObject, zelvy_win::state().WinInfo[hd].SavedObjectKind};
       return &tmp;
     }
-    return &dialogSaved[hd];
+    return &mq.dialogSaved[hd];
   };
   auto store = [&](int k, int hd, std::pair<int, int> v) {
     if (k == 1 && yywindowexists(hd)) {
       zelvy_win::state().WinInfo[hd].SavedObject = v.first;
       zelvy_win::state().WinInfo[hd].SavedObjectKind = v.second;
     } else if (k == 2) {
-      dialogSaved[hd] = v;
+      mq.dialogSaved[hd] = v;
     }
   };
   if (direction == 1) {
-    ++nSemi;
-    store(kind, handle, {iObjCur, iObjCurType});
-    iObjCur = handle;
-    iObjCurType = kind;
+    ++mq.nSemi;
+    store(kind, handle, {mq.iObjCur, mq.iObjCurType});
+    mq.iObjCur = handle;
+    mq.iObjCurType = kind;
   } else {
-    if (nSemi == 0) return;
-    --nSemi;
+    if (mq.nSemi == 0) return;
+    --mq.nSemi;
     std::pair<int, int> prev{-1, 0};
     if (auto* p = saved_slot(kind, handle)) prev = *p;
     store(kind, handle, {0, 0});
-    if (kind == 2) dialogSaved.erase(handle);
-    if (iObjCur == handle && iObjCurType == kind) {
-      iObjCur = prev.first;
-      iObjCurType = prev.second;
+    if (kind == 2) mq.dialogSaved.erase(handle);
+    if (mq.iObjCur == handle && mq.iObjCurType == kind) {
+      mq.iObjCur = prev.first;
+      mq.iObjCurType = prev.second;
     } else {
       // Keep the chain whole: whoever stored the popped object takes its predecessor.
       bool done = false;
@@ -664,7 +682,7 @@ void yyMsgSemiModelessStack(int direction, int kind, int handle) {
           store(1, h, prev);
           done = true;
         }
-      for (auto& [d, v] : dialogSaved)
+      for (auto& [d, v] : mq.dialogSaved)
         if (!done && v.first == handle && v.second == kind) {
           v = prev;
           done = true;
