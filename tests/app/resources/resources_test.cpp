@@ -10,7 +10,6 @@
 #include <algorithm>
 #include <array>
 #include <fstream>
-#include <regex>
 #include <set>
 #include <string>
 #include <tuple>
@@ -43,14 +42,19 @@ const std::vector<Named>& header_names() {
   static const std::vector<Named> names = [] {
     std::vector<Named> out;
     std::ifstream in(ZELV_BINARY_DIR "/generated/app/resources/gombrel_ids.h");
-    const std::regex open(R"(^namespace (\w+) \{$)"), def(R"(^constexpr int (\w+) = (-?\d+);$)");
+    const std::string open = "namespace ", def = "constexpr int ", equals = " = ";
     std::vector<std::string> scopes;
-    std::smatch m;
     for (std::string line; std::getline(in, line);) {
-      if (std::regex_match(line, m, open)) scopes.push_back(m[1]);
-      else if (line.rfind('}', 0) == 0 && !scopes.empty()) scopes.pop_back();
-      else if (std::regex_match(line, m, def) && scopes.size() == 2)
-        out.push_back({scopes[1], m[1], std::stoi(m[2])});
+      if (line.rfind(open, 0) == 0 && line.size() > open.size() + 2 && line.ends_with(" {")) {
+        scopes.push_back(line.substr(open.size(), line.size() - open.size() - 2));
+      } else if (line.rfind('}', 0) == 0 && !scopes.empty()) {
+        scopes.pop_back();
+      } else if (line.rfind(def, 0) == 0 && line.ends_with(";") && scopes.size() == 2) {
+        const std::size_t eq = line.find(equals);
+        if (eq == std::string::npos) continue;
+        out.push_back({scopes[1], line.substr(def.size(), eq - def.size()),
+                       std::stoi(line.substr(eq + equals.size()))});
+      }
     }
     return out;
   }();
