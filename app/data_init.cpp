@@ -5,6 +5,7 @@
 #include <string>
 
 #include "app/data_param.h"
+#include "app/resources/gombrel_ids.h"
 #include "app/resources/gombrel_resources.h"
 #include "toolkit/dialog/dialog.h"
 #include "toolkit/kernel/resources.h"
@@ -62,8 +63,9 @@ void main_window() {
   yyrcinstall(gombrel_resource_tables());
   yyDialogAttach();
   WInitialise("");
-  const int toolbars[4] = {30101, 0, 0, 0};
-  WindowOpen(35, 15, 15, std::nullopt, std::nullopt, 30001, toolbars, 102, "GUI Ombrel Program");
+  const int toolbars[4] = {gombrel_ids::toolbar::main, 0, 0, 0};
+  WindowOpen(35, 15, 15, std::nullopt, std::nullopt, gombrel_ids::menu::main, toolbars, gombrel_ids::dialog::main_form,
+             "GUI Ombrel Program");
 
   const int widths[6] = {1000, 5500, 650, 1400, 420, -1};
   const int styles[6] = {0, 1, 0, 1, 0, 1};

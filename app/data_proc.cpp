@@ -4,6 +4,7 @@
 #include "app/data_init.h"
 #include "app/data_param.h"
 #include "app/form.h"
+#include "app/resources/gombrel_ids.h"
 #include "toolkit/dialog/dialog.h"
 #include "toolkit/kernel/menu.h"
 #include "toolkit/kernel/message.h"
@@ -14,21 +15,13 @@ using namespace data_param;
 
 namespace {
 
-constexpr int kMenuNew = 40002;
-constexpr int kMenuSave = 40005;
-constexpr int kMenuPrint = 40006;
-constexpr int kMenuExit = 40007;
-constexpr int kMenuRun = 40008;
+namespace ids = gombrel_ids;
 
 void set_job_items(int value) {
-  WMenuSetState(kMenuSave, 1, value);
-  WMenuSetState(kMenuPrint, 1, value);
-  WMenuSetState(kMenuRun, 1, value);
+  WMenuSetState(ids::menu::file_save, 1, value);
+  WMenuSetState(ids::menu::file_print, 1, value);
+  WMenuSetState(ids::menu::run, 1, value);
 }
-
-constexpr int kMenuAbout = 40011;
-constexpr int kMainForm = 102;
-constexpr int kAboutDialog = 104;
 
 // Keeping the form consistent while the user types, and the push buttons of the
 // form, come with the remaining commands.
@@ -36,26 +29,26 @@ void evento_fieldchanged() {}
 void evento_pushbutton() {}
 
 void about() {
-  WDialogLoad(kAboutDialog);
-  WDialogPutString(1047, "Version: July - 2010");
+  WDialogLoad(ids::dialog::about);
+  WDialogPutString(ids::about::version, "Version: July - 2010");
   WDialogShow(-1, -1, 0, 1);
   // The box is gone once OK was pressed; the form must be the current dialog
   // again for every later command.
   WDialogUnload();
-  WDialogSelect(kMainForm);
+  WDialogSelect(ids::dialog::main_form);
 }
 
 void evento_menu() {
   switch (mensaje.Value1) {
-    case kMenuNew:
+    case ids::menu::file_new:
       data_init::init_variables();
       set_job_items(0);
       write_dialog_info();
       break;
-    case kMenuExit:
+    case ids::menu::file_exit:
       exit_code = -1;
       break;
-    case kMenuAbout:
+    case ids::menu::help_about:
       about();
       break;
     default:

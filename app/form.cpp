@@ -7,6 +7,7 @@
 #include <variant>
 
 #include "app/data_param.h"
+#include "app/resources/gombrel_ids.h"
 #include "toolkit/dialog/dialog.h"
 #include "toolkit/base/fixed_text.h"
 #include "toolkit/base/format.h"
@@ -17,9 +18,15 @@ using namespace data_param;
 
 namespace {
 
+namespace form = gombrel_ids::main_form;
+
 // The twin group: the fields that follow the twin check box, labels and inputs alike.
-constexpr std::array<int, 15> kTwinGroup = {1026, 1033, 1029, 1031, 1035, 1040, 1041, 1027,
-                                            1034, 1030, 1032, 1037, 1038, 1042, 1043};
+constexpr std::array<int, 15> kTwinGroup = {
+    form::twin_name_label,    form::diffractometer_label, form::twin_type_label,
+    form::twin_space_group_label, form::domain_count_label, form::ub_matrix_label,
+    form::ub_transformation_label, form::twin_name,         form::diffractometer,
+    form::twin_type,          form::twin_space_group,     form::domain_count,
+    form::twin_matrices,      form::ub_matrix,            form::ub_transformation};
 
 // Numbers as the form shows them: formatted, trimmed on the right only.
 std::string numbers_text(std::string_view descriptor, std::span<const float> values) {
@@ -44,46 +51,46 @@ void put_matrix(int field, const Mat3& m, std::string_view descriptor) {
 }  // namespace
 
 void write_dialog_info() {
-  WDialogPutString(1004, codefile.trim());
-  WDialogPutString(1002, title.trim());
-  WDialogPutCheckBox(1024, powder ? 1 : 0);
+  WDialogPutString(form::code_file, codefile.trim());
+  WDialogPutString(form::title, title.trim());
+  WDialogPutCheckBox(form::powder_output, powder ? 1 : 0);
   if (cell_given) {
     const std::array<float, 6> c = {cel[0], cel[1], cel[2], ang[0], ang[1], ang[2]};
-    WDialogPutString(1006, numbers_text("(3F12.6,2X,3F12.4)", c));
+    WDialogPutString(form::cell, numbers_text("(3F12.6,2X,3F12.4)", c));
   } else {
-    WDialogPutString(1006, "");
+    WDialogPutString(form::cell, "");
   }
-  WDialogPutString(1008, spgr.trim());
-  WDialogPutReal(1016, wave_given ? wavel : 1.0f, "(f12.5)");
-  WDialogPutString(1011, file_dat.trim());
-  WDialogPutOption(1014, hkl_type + 1);
-  if (transf_ind) put_matrix(1019, transhkl, "(9F12.4)");
-  else WDialogPutString(1019, "");
-  WDialogPutCheckBox(1017, friedel ? 1 : 0);
-  WDialogPutReal(1045, scale_given ? scal_fact : 1.0f, "(g12.4)");
-  WDialogPutString(1021, prop ? numbers_text("(3F10.4)", kv) : std::string());
+  WDialogPutString(form::space_group, spgr.trim());
+  WDialogPutReal(form::wavelength, wave_given ? wavel : 1.0f, "(f12.5)");
+  WDialogPutString(form::reflection_file, file_dat.trim());
+  WDialogPutOption(form::reflection_format, hkl_type + 1);
+  if (transf_ind) put_matrix(form::transformation_matrix, transhkl, "(9F12.4)");
+  else WDialogPutString(form::transformation_matrix, "");
+  WDialogPutCheckBox(form::friedel_law, friedel ? 1 : 0);
+  WDialogPutReal(form::scale_factor, scale_given ? scal_fact : 1.0f, "(g12.4)");
+  WDialogPutString(form::propagation_vector, prop ? numbers_text("(3F10.4)", kv) : std::string());
 
   // The box can't be on without a valid propagation vector; a domain flag
   // without one leaves the box as it is.
-  if (!domain) WDialogPutCheckBox(1022, 0);
-  else if (prop) WDialogPutCheckBox(1022, 1);
+  if (!domain) WDialogPutCheckBox(form::average_k_domains, 0);
+  else if (prop) WDialogPutCheckBox(form::average_k_domains, 1);
 
   if (!twinned) {
-    WDialogPutCheckBox(1025, 0);
+    WDialogPutCheckBox(form::twin, 0);
     for (int f : kTwinGroup) WDialogFieldState(f, 0);  // their text stays, greyed
     return;
   }
-  WDialogPutCheckBox(1025, 1);
+  WDialogPutCheckBox(form::twin, 1);
   for (int f : kTwinGroup) WDialogFieldState(f, 1);
-  WDialogPutString(1027, twin_name.trim());
-  WDialogPutString(1034, machine.trim());
-  WDialogPutOption(1030, itwin);
-  if (ispg) WDialogPutString(1032, twin_spg.trim());
-  if (iubm) put_matrix(1042, ubm, "(9F10.4)");
-  if (itransf) put_matrix(1043, tr, "(9F10.4)");
-  WDialogPutInteger(1037, nmat);
+  WDialogPutString(form::twin_name, twin_name.trim());
+  WDialogPutString(form::diffractometer, machine.trim());
+  WDialogPutOption(form::twin_type, itwin);
+  if (ispg) WDialogPutString(form::twin_space_group, twin_spg.trim());
+  if (iubm) put_matrix(form::ub_matrix, ubm, "(9F10.4)");
+  if (itransf) put_matrix(form::ub_transformation, tr, "(9F10.4)");
+  WDialogPutInteger(form::domain_count, nmat);
   // The domain matrices go into the grid once grid cells can hold values.
-  if (nmat == 0) WDialogFieldState(1038, 0);
+  if (nmat == 0) WDialogFieldState(form::twin_matrices, 0);
 }
 
 }  // namespace data_proc

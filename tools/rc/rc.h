@@ -31,6 +31,7 @@ class ScriptError : public std::runtime_error {
 struct MenuNode {
   Where at;
   int id = 0;
+  std::string name;              // empty: no named identifier
   std::int32_t flags = 0;        // 1 separator, 65536 opens a sub-menu, plus state bits
   std::string text;              // without the mnemonic mark
   int mnemonic = -1;             // offset of the mnemonic letter in text
@@ -40,6 +41,7 @@ struct MenuNode {
 struct Menu {
   Where at;
   int id = 0;
+  std::string name;
   std::vector<MenuNode> items;
 };
 
@@ -50,6 +52,7 @@ struct GridDef {
 
 struct Field {
   Where at;
+  std::string name;
   int id = 0, type = 0, x = 0, y = 0, w = 0, h = 0;
   std::uint32_t style = 0, style2 = 0, extra = 0;
   std::string text;
@@ -66,6 +69,7 @@ struct Field {
 
 struct Dialog {
   Where at;
+  std::string name;  // also the namespace of its fields' names
   int id = 0, width = 0, height = 0;
   std::uint32_t style = 0, layout = 0;
   int font = 0, anchor = 0;
@@ -85,12 +89,14 @@ struct Pixmap {
 
 struct Image {
   Where at;
+  std::string name;
   int id = 0, type = 0, w = 0, h = 0, hotx = -1, hoty = -1;
   std::vector<Rgba> pixels;
 };
 
 struct Toolbar {
   Where at;
+  std::string name;
   int id = 0, button_w = 0, button_h = 0;
   std::vector<int> ids;  // 0 for a separator
 };
@@ -142,6 +148,19 @@ struct Tables {
 
 // Checks the script as a whole and lays out the tables. Throws ScriptError.
 Tables build_tables(const Script& script);
+
+// Whether `name` may stand in the generated header: a C++ identifier that is
+// neither a keyword nor reserved to the implementation.
+bool valid_name(const std::string& name);
+
+// Checks that no name is used twice in one scope of the header: dialogs, each
+// dialog's fields, menus with their items, toolbars, images. Throws ScriptError.
+void check_names(const Script& script);
+
+// The C++ header of named identifiers, inside namespace `scope`:
+//   dialog::NAME, then one namespace per named dialog with its fields' names,
+//   menu::NAME for menus and menu items alike, toolbar::NAME, image::NAME.
+std::string emit_ids(const Script& script, const std::vector<std::string>& inputs, const std::string& scope);
 
 // The C++ source that defines the tables, reached through a routine named
 // `accessor` that returns them as a zelv_rc::ResourceTables.

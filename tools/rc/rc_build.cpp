@@ -168,6 +168,7 @@ Tables build_tables(const Script& s) {
   unique_ids(s.dialogs, "dialog");
   unique_ids(s.toolbars, "toolbar");
   unique_ids(s.strings, "string");
+  check_names(s);
 
   for (const Menu& m : s.menus) {
     std::int32_t first = static_cast<std::int32_t>(t.items.size() / 6);

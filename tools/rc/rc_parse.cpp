@@ -4,22 +4,27 @@
 // (decimal, 0x hexadecimal, reals where a range asks for them) and quoted
 // texts with the escapes \t \b \n \" \\ are the tokens. The blocks:
 //
-//   menu ID { item ID "Te&xt" [greyed] [checked]
-//             popup ID "Text" { ... }
-//             separator }                       "&" marks the mnemonic, "&&" is "&"
-//   toolbar ID button W H { ID ... separator ... }
+//   menu ID [NAME] { item ID [NAME] "Te&xt" [greyed] [checked]
+//                    popup ID [NAME] "Text" { ... }
+//                    separator }                "&" marks the mnemonic, "&&" is "&"
+//   toolbar ID [NAME] button W H { ID ... separator ... }
 //   strings { ID "text" ... }
 //   font INDEX family F size S
-//   dialog ID { size W H [style N] [layout N] [font N] [anchor FIELD] [title "t"]
-//               field ID TYPE X Y W H [style N] [style2 N] [flags N] [text "t"]
+//   dialog ID [NAME] { size W H [style N] [layout N] [font N] [anchor FIELD] [title "t"]
+//               field ID [NAME] TYPE X Y W H [style N] [style2 N] [flags N] [text "t"]
 //                     [checked] [length N] [range MIN MAX] [key "c"]
 //                     [colour R G B R G B] [font N] [options { "a" ... }]
 //                     [select N (from 1, 0 none)]
 //                     [grid COLUMNS ROWS TEMPLATE LABELWIDTH [labels { "r1" ... }]] }
 //   palette { "c" rrggbb | "c" transparent ... }   one character per colour
 //   pixmap NAME W H { "row" ... }                  one character per pixel
-//   image ID bitmap|icon|cursor W H [hotspot X Y] { NAME [x2] ... }
+//   image ID [NAME] bitmap|icon|cursor W H [hotspot X Y] { NAME [x2] ... }
 //                                                  pixmaps side by side, optionally scaled
+//
+// A NAME after an identifier is a C++ identifier that the generated header
+// gives that identifier. Where a keyword follows (a field or image type,
+// 'button'), two words in a row are a name and the keyword, so a name may
+// even spell a keyword: "field 3 label label ..." names a label "label".
 #include "tools/rc/rc.h"
 
 #include <cctype>
@@ -207,6 +212,24 @@ class Parser {
     return v;
   }
 
+  // The optional name after an identifier. With `keyword_follows`, a lone word
+  // is the keyword itself and only a word followed by another is a name.
+  std::string optional_name(bool keyword_follows) {
+    const Token& t = peek();
+    bool named = false;
+    if (t.kind == Tok::Word) {
+      named = !keyword_follows || toks_[pos_ + 1].kind == Tok::Word;
+    } else if (t.kind == Tok::Number) {
+      // "2nd_file" reads as a number; where a name may stand it is a bad name.
+      for (char c : t.text)
+        if (std::isalpha(static_cast<unsigned char>(c)) || c == '_') named = true;
+    }
+    if (!named) return {};
+    if (!valid_name(t.text))
+      fail("malformed name '" + t.text + "': a name is a C++ identifier, not a keyword");
+    return toks_[pos_++].text;
+  }
+
   // Strips the mnemonic mark: "&x" marks x, "&&" stands for one "&".
   void menu_text(MenuNode& n, const std::string& raw) {
     for (std::size_t i = 0; i < raw.size(); ++i) {
@@ -244,6 +267,7 @@ class Parser {
         n.flags = 1;
       } else if (kw == "item" || kw == "popup") {
         n.id = identifier("item identifier");
+        n.name = optional_name(false);
         menu_text(n, text());
         item_states(n);
         if (kw == "popup") {
@@ -263,6 +287,7 @@ class Parser {
     Menu m;
     m.at = prev();
     m.id = identifier("menu identifier");
+    m.name = optional_name(false);
     m.items = menu_items();
     if (m.items.empty()) fail_prev("a menu needs at least one item");
     script_.menus.push_back(std::move(m));
@@ -328,6 +353,7 @@ class Parser {
     Dialog d;
     d.at = prev();
     d.id = identifier("dialog identifier");
+    d.name = optional_name(false);
     bool sized = false;
     open();
     for (;;) {
@@ -346,6 +372,7 @@ class Parser {
         Field f;
         f.at = prev();
         f.id = int32("field identifier");
+        f.name = optional_name(true);
         std::string type = word("a field type");
         auto it = field_types().find(type);
         if (it == field_types().end()) fail_prev("unknown field type '" + type + "'");
@@ -368,6 +395,7 @@ class Parser {
     Toolbar t;
     t.at = prev();
     t.id = identifier("toolbar identifier");
+    t.name = optional_name(true);
     if (!accept("button")) fail("expected 'button' and the button size");
     t.button_w = positive("button width");
     t.button_h = positive("button height");
@@ -467,6 +495,7 @@ class Parser {
     im.at = prev();
     im.id = int32("image identifier");
     if (im.id == 0 || im.id == -999) fail_prev("image identifier may not be " + std::to_string(im.id));
+    im.name = optional_name(true);
     std::string type = word("'bitmap', 'icon' or 'cursor'");
     if (type == "bitmap") im.type = 1;
     else if (type == "icon") im.type = 2;

@@ -215,8 +215,78 @@ TEST(RcErrors, MalformedScriptsNameFileAndLine) {
   for (const BadScript& c : cases) EXPECT_THAT(error_of(c.text), HasSubstr(c.message)) << c.text;
 }
 
-// The executable as the build runs it: tables on success; on failure the
-// message, a non-zero status and no output left behind.
+// Names give identifiers to the header and change nothing in the tables.
+TEST(RcNames, HeaderDeclaresEveryNameInItsScope) {
+  const char* named = R"(
+    menu 30 main {
+      popup 1 file "&File" { item 2 file_open "Open" separator item 3 "Save" }
+      item 4 run "Run"
+    }
+    toolbar 30 main button 16 16 { 2 separator 4 }
+    dialog 7 form {
+      size 100 50
+      field 11 label label 1 2 3 4 text "A"
+      field 12 string 5 6 7 8
+      field 13 code_file string 0 0 9 9
+    }
+    dialog 8 about { size 10 10 field 13 code_file label 0 0 1 1 }
+    dialog 9 { size 10 10 }
+    palette { "a" 000000 }
+    pixmap p 1 1 { "a" }
+    image -1 program_icon icon 1 1 { p }
+    image 5 icon 1 1 { p }
+  )";
+  zelvrc::Script s;
+  zelvrc::parse_script(s, named, "t.zrc");
+  const std::string ids = zelvrc::emit_ids(s, {"t.zrc"}, "app_ids");
+  EXPECT_EQ(ids.substr(ids.find("namespace app_ids {")),
+            "namespace app_ids {\n\n"
+            "namespace dialog {\nconstexpr int form = 7;\nconstexpr int about = 8;\n}  // namespace dialog\n\n"
+            "namespace form {\nconstexpr int label = 11;\nconstexpr int code_file = 13;\n}  // namespace form\n\n"
+            "namespace about {\nconstexpr int code_file = 13;\n}  // namespace about\n\n"
+            "namespace menu {\nconstexpr int main = 30;\nconstexpr int file = 1;\nconstexpr int file_open = 2;\n"
+            "constexpr int run = 4;\n}  // namespace menu\n\n"
+            "namespace toolbar {\nconstexpr int main = 30;\n}  // namespace toolbar\n\n"
+            "namespace image {\nconstexpr int program_icon = -1;\n}  // namespace image\n\n"
+            "}  // namespace app_ids\n");
+  EXPECT_THAT(ids, HasSubstr("#pragma once"));
+  EXPECT_EQ(s.dialogs[0].fields[0].type, 1);  // "label label": a name, then the type
+
+  // The same script without its names lays out the same tables.
+  std::string plain = named;
+  for (const char* name : {" main", " file", " file_open", " run", " form", " about", " code_file",
+                           " program_icon"})
+    for (std::size_t at; (at = plain.find(std::string(name) + ' ')) != std::string::npos;)
+      plain.erase(at, std::string(name).size());
+  plain.replace(plain.find("label label"), 11, "label");
+  EXPECT_EQ(zelvrc::emit_source(compile(plain), {"t.zrc"}), zelvrc::emit_source(zelvrc::build_tables(s), {"t.zrc"}));
+}
+
+TEST(RcNames, DuplicateAndMalformedNamesNameFileAndLine) {
+  const BadScript cases[] = {
+      {"dialog 1 d { size 1 1\n field 2 a label 0 0 1 1\n field 3 a label 0 0 1 1 }",
+       "t.zrc:3: error: name 'a' already used in dialog 1 at t.zrc:2"},
+      {"dialog 1 d { size 1 1 }\ndialog 2 d { size 1 1 }", "t.zrc:2: error: name 'd' already used in the dialogs at t.zrc:1"},
+      {"menu 1 m { item 2 go \"a\" }\nmenu 3 {\n popup 4 p \"b\" { item 5 go \"c\" } }",
+       "t.zrc:3: error: name 'go' already used in the menus at t.zrc:1"},
+      {"menu 1 run { item 2 \"a\" }\nmenu 3 {\n item 4 run \"b\" }", "t.zrc:3: error: name 'run' already used in the menus"},
+      {"palette { \"a\" 000000 }\npixmap p 1 1 { \"a\" }\nimage 1 i icon 1 1 { p }\nimage 2 i bitmap 1 1 { p }",
+       "t.zrc:4: error: name 'i' already used in the images at t.zrc:3"},
+      {"toolbar 1 t button 1 1 { 2 }\ntoolbar 3 t button 1 1 { 4 }", "t.zrc:2: error: name 't' already used in the toolbars"},
+      {"dialog 1 menu { size 1 1 }", "t.zrc:1: error: a dialog may not be named 'menu'"},
+      {"dialog 1 { size 1 1\n field 2 a label 0 0 1 1 }", "t.zrc:2: error: field 'a' is named in dialog 1, which has no name"},
+      {"dialog 1 {\n size 1 1\n field 2 code-file string 0 0 1 1 }", "t.zrc:3: error: malformed name 'code-file'"},
+      {"dialog 1 {\n size 1 1\n field 2 2nd string 0 0 1 1 }", "t.zrc:3: error: malformed name '2nd'"},
+      {"menu 1 {\n item 2 new \"New\" }", "t.zrc:2: error: malformed name 'new'"},
+      {"\ndialog 1 __d { size 1 1 }", "t.zrc:2: error: malformed name '__d'"},
+      {"toolbar 1 _T button 1 1 { 2 }", "t.zrc:1: error: malformed name '_T'"},
+      {"image 1 x.y icon 1 1 { p }", "t.zrc:1: error: malformed name 'x.y'"},
+  };
+  for (const BadScript& c : cases) EXPECT_THAT(error_of(c.text), HasSubstr(c.message)) << c.text;
+}
+
+// The executable as the build runs it: tables and header on success; on
+// failure the message, a non-zero status and no output left behind.
 TEST(RcExecutable, WritesTablesOrFailsTheBuild) {
   namespace fs = std::filesystem;
   fs::path dir = fs::path(ZELV_BINARY_DIR) / "rc_executable_test";
@@ -225,13 +295,15 @@ TEST(RcExecutable, WritesTablesOrFailsTheBuild) {
     std::ofstream(dir / name) << text;
     return (dir / name).string();
   };
-  std::string good = write("good.zrc", "menu 5 { item 6 \"Go\" }\nstrings { 6 \"tip\" }\n");
+  std::string good = write("good.zrc", "menu 5 bar { item 6 go \"Go\" }\nstrings { 6 \"tip\" }\n");
   std::string bad = write("bad.zrc", "menu 5 {\n  item 6 \"Go\"\n  item x \"Stop\"\n}\n");
   std::string out = (dir / "tables.cpp").string();
+  std::string ids = (dir / "ids.h").string();
   std::string log = (dir / "log.txt").string();
   fs::remove(out);
+  fs::remove(ids);
 
-  std::string run = std::string(ZELVRC_EXE) + " -o " + out + " ";
+  std::string run = std::string(ZELVRC_EXE) + " -o " + out + " -i " + ids + " -s test_ids ";
   ASSERT_EQ(std::system((run + good + " > " + log + " 2>&1").c_str()), 0);
   auto slurp = [](const std::string& path) {
     std::stringstream s;
@@ -240,9 +312,12 @@ TEST(RcExecutable, WritesTablesOrFailsTheBuild) {
   };
   EXPECT_THAT(slurp(out), HasSubstr("const std::int32_t MENUS[] = {\n    5, 1,\n    -999, 2,"));
   EXPECT_THAT(slurp(out), HasSubstr("\"Go\\000\""));
+  EXPECT_THAT(slurp(ids), HasSubstr("namespace test_ids {"));
+  EXPECT_THAT(slurp(ids), HasSubstr("namespace menu {\nconstexpr int bar = 5;\nconstexpr int go = 6;\n}"));
   EXPECT_NE(std::system((run + bad + " > " + log + " 2>&1").c_str()), 0);
   EXPECT_THAT(slurp(log), HasSubstr("bad.zrc:3: error: expected item identifier, found 'x'"));
   EXPECT_FALSE(fs::exists(out));
+  EXPECT_FALSE(fs::exists(ids));
 }
 
 }  // namespace

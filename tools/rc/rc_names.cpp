@@ -1,0 +1,139 @@
+// Named identifiers: their checks and the header that declares them.
+#include <algorithm>
+#include <iterator>
+#include <cctype>
+#include <map>
+#include <sstream>
+#include <string_view>
+
+#include "tools/rc/rc.h"
+
+namespace zelvrc {
+namespace {
+
+// Words a name can't be: the language's keywords and alternative tokens.
+constexpr std::string_view kKeywords[] = {
+    "alignas",   "alignof",     "and",          "and_eq",     "asm",          "auto",
+    "bitand",    "bitor",       "bool",         "break",      "case",         "catch",
+    "char",      "char8_t",     "char16_t",     "char32_t",   "class",        "compl",
+    "concept",   "const",       "consteval",    "constexpr",  "constinit",    "const_cast",
+    "continue",  "co_await",    "co_return",    "co_yield",   "decltype",     "default",
+    "delete",    "do",          "double",       "dynamic_cast", "else",       "enum",
+    "explicit",  "export",      "extern",       "false",      "float",        "for",
+    "friend",    "goto",        "if",           "inline",     "int",          "long",
+    "mutable",   "namespace",   "new",          "noexcept",   "not",          "not_eq",
+    "nullptr",   "operator",    "or",           "or_eq",      "private",      "protected",
+    "public",    "register",    "reinterpret_cast", "requires", "return",     "short",
+    "signed",    "sizeof",      "static",       "static_assert", "static_cast", "struct",
+    "switch",    "template",    "this",         "thread_local", "throw",      "true",
+    "try",       "typedef",     "typeid",       "typename",   "union",        "unsigned",
+    "using",     "virtual",     "void",         "volatile",   "wchar_t",      "while",
+    "xor",       "xor_eq"};
+
+// The header's own namespaces, which a dialog's name would merge with.
+constexpr std::string_view kSections[] = {"dialog", "menu", "toolbar", "image"};
+
+// One scope of the header: a name stands once in it.
+class Scope {
+ public:
+  explicit Scope(std::string what) : what_(std::move(what)) {}
+  void add(const std::string& name, const Where& at) {
+    if (name.empty()) return;
+    auto [it, fresh] = seen_.emplace(name, at);
+    if (!fresh)
+      throw ScriptError(at, "name '" + name + "' already used in " + what_ + " at " + it->second.file + ":" +
+                                std::to_string(it->second.line));
+  }
+
+ private:
+  std::string what_;
+  std::map<std::string, Where> seen_;
+};
+
+void add_items(Scope& scope, const std::vector<MenuNode>& items) {
+  for (const MenuNode& n : items) {
+    scope.add(n.name, n.at);
+    add_items(scope, n.children);
+  }
+}
+
+void emit_items(std::ostringstream& o, const std::vector<MenuNode>& items) {
+  for (const MenuNode& n : items) {
+    if (!n.name.empty()) o << "constexpr int " << n.name << " = " << n.id << ";\n";
+    emit_items(o, n.children);
+  }
+}
+
+template <class T>
+void emit_section(std::ostringstream& o, const char* section, const std::vector<T>& v) {
+  o << "namespace " << section << " {\n";
+  for (const T& e : v)
+    if (!e.name.empty()) o << "constexpr int " << e.name << " = " << e.id << ";\n";
+  o << "}  // namespace " << section << "\n\n";
+}
+
+}  // namespace
+
+bool valid_name(const std::string& name) {
+  if (name.empty() || std::isdigit(static_cast<unsigned char>(name[0]))) return false;
+  for (char c : name)
+    if (!std::isalnum(static_cast<unsigned char>(c)) && c != '_') return false;
+  // Names with "__" or "_" and a capital belong to the implementation.
+  if (name.find("__") != std::string::npos) return false;
+  if (name[0] == '_' && name.size() > 1 && std::isupper(static_cast<unsigned char>(name[1]))) return false;
+  return std::find(std::begin(kKeywords), std::end(kKeywords), name) == std::end(kKeywords);
+}
+
+void check_names(const Script& s) {
+  Scope dialogs("the dialogs"), menus("the menus"), toolbars("the toolbars"), images("the images");
+  for (const Dialog& d : s.dialogs) {
+    if (std::find(std::begin(kSections), std::end(kSections), d.name) != std::end(kSections))
+      throw ScriptError(d.at, "a dialog may not be named '" + d.name + "', the header's namespace for " + d.name +
+                                  " names");
+    dialogs.add(d.name, d.at);
+    Scope fields("dialog " + std::to_string(d.id));
+    for (const Field& f : d.fields) {
+      if (!f.name.empty() && d.name.empty())
+        throw ScriptError(f.at, "field '" + f.name + "' is named in dialog " + std::to_string(d.id) +
+                                    ", which has no name to hold it");
+      fields.add(f.name, f.at);
+    }
+  }
+  for (const Menu& m : s.menus) {
+    menus.add(m.name, m.at);
+    add_items(menus, m.items);
+  }
+  for (const Toolbar& t : s.toolbars) toolbars.add(t.name, t.at);
+  for (const Image& im : s.images) images.add(im.name, im.at);
+}
+
+std::string emit_ids(const Script& s, const std::vector<std::string>& inputs, const std::string& scope) {
+  std::ostringstream o;
+  o << "// Generated by zelvrc from";
+  for (const std::string& in : inputs) o << ' ' << in;
+  o << ". Edit the scripts, not this file.\n"
+       "// The named identifiers of the resources; a dialog's fields are in the\n"
+       "// namespace of the dialog's name, since field identifiers repeat across dialogs.\n"
+       "#pragma once\n\n"
+    << "namespace " << scope << " {\n\n";
+  emit_section(o, "dialog", s.dialogs);
+  for (const Dialog& d : s.dialogs) {
+    if (d.name.empty()) continue;
+    o << "namespace " << d.name << " {\n";
+    for (const Field& f : d.fields)
+      if (!f.name.empty()) o << "constexpr int " << f.name << " = " << f.id << ";\n";
+    o << "}  // namespace " << d.name << "\n\n";
+  }
+  o << "namespace menu {\n";
+  for (const Menu& m : s.menus) {
+    if (!m.name.empty()) o << "constexpr int " << m.name << " = " << m.id << ";\n";
+    emit_items(o, m.items);
+  }
+  o << "}  // namespace menu\n\n";
+  emit_section(o, "toolbar", s.toolbars);
+  emit_section(o, "image", s.images);
+  o << "}  // namespace " << scope << "\n";
+  return o.str();
+}
+
+}  // namespace zelvrc
