@@ -37,11 +37,24 @@ int order(const Matrix<T>& a) {
   return std::min(a.rows(), a.cols());
 }
 
+// Elements handled together by the inner loops: a fixed count, so that the
+// compiler issues vector instructions for them.
 template <class T>
-void swap_rows(Matrix<T>& a, int r1, int r2) {
-  for (int k = 0; k < a.cols(); ++k) std::swap(a(r1, k), a(r2, k));
+constexpr int strip = static_cast<int>(64 / sizeof(T));
+
+// y -= s x over len elements; the two never overlap.
+template <class T>
+void sub_scaled(T* __restrict y, const T* __restrict x, T s, int len) {
+  int i = 0;
+  for (; i + strip<T> <= len; i += strip<T>)
+    for (int q = 0; q < strip<T>; ++q) y[i + q] -= s * x[i + q];
+  for (; i < len; ++i) y[i] -= s * x[i];
 }
 
+// Right-looking elimination, column by column: the storage is by columns, so
+// every inner loop runs down a column. A row exchange reaches the columns
+// still to be eliminated as each is updated, and the columns of multipliers
+// already finished only at the end.
 template <class T>
 void lu_decomp_t(Matrix<T>& a, T& d, bool& singular, std::vector<int>* indx) {
   const int n = order(a);
@@ -62,29 +75,44 @@ void lu_decomp_t(Matrix<T>& a, T& d, bool& singular, std::vector<int>* indx) {
     }
   for (T& v : vv) v = T(1) / v;
 
+  auto column = [&a](int k) { return a.column(k).data(); };
+  std::vector<int> exchanged(static_cast<std::size_t>(n));
   for (int j = 0; j < n; ++j) {
+    T* cj = column(j);
     int imax = j;
-    T big = vv[static_cast<std::size_t>(j)] * std::abs(a(j, j));
+    T big = vv[static_cast<std::size_t>(j)] * std::abs(cj[j]);
     for (int i = j + 1; i < n; ++i) {
-      T t = vv[static_cast<std::size_t>(i)] * std::abs(a(i, j));
+      T t = vv[static_cast<std::size_t>(i)] * std::abs(cj[i]);
       if (t > big) {  // the first of equal candidates wins
         big = t;
         imax = i;
       }
     }
+    exchanged[static_cast<std::size_t>(j)] = imax;
     if (imax != j) {
-      swap_rows(a, imax, j);
+      std::swap(cj[j], cj[imax]);
       d = -d;
       vv[static_cast<std::size_t>(imax)] = vv[static_cast<std::size_t>(j)];
     }
     if (indx) (*indx)[static_cast<std::size_t>(j)] = imax + 1;
-    if (std::abs(a(j, j)) <= Limits<T>::pivot) a(j, j) = Limits<T>::pivot;
-    const T pivot = a(j, j);
-    for (int i = j + 1; i < n; ++i) a(i, j) /= pivot;
+    if (std::abs(cj[j]) <= Limits<T>::pivot) cj[j] = Limits<T>::pivot;
+    const T pivot = cj[j];
+    for (int i = j + 1; i < n; ++i) cj[i] /= pivot;
     for (int k = j + 1; k < n; ++k) {
-      const T akj = a(j, k);
+      T* ck = column(k);
+      if (imax != j) std::swap(ck[j], ck[imax]);
+      const T akj = ck[j];
       if (akj == T(0)) continue;
-      for (int i = j + 1; i < n; ++i) a(i, k) -= a(i, j) * akj;
+      sub_scaled(ck + j + 1, cj + j + 1, akj, n - j - 1);
+    }
+  }
+  // The exchanges still owed: those after each column of multipliers, and
+  // all of them in the columns beyond the square block.
+  for (int k = 0; k < a.cols(); ++k) {
+    T* ck = column(k);
+    for (int j = k < n ? k + 1 : 0; j < n; ++j) {
+      const int i = exchanged[static_cast<std::size_t>(j)];
+      if (i != j) std::swap(ck[j], ck[i]);
     }
   }
 }
@@ -144,6 +172,75 @@ T determinant_of(Matrix<T> w) {
   return singular ? T(0) : det_from_lu(w, d);
 }
 
+// Columns of the inverse solved together, a panel of them at a time, held
+// row by row so that the inner loops run along the panel's rows in vector
+// strips. Each element still sees the operations of a solve by lu_backsub,
+// in the same order, and so gets the same value.
+template <class T>
+constexpr int panel_width = static_cast<int>(128 / sizeof(T));
+
+template <class T>
+void inverse_from_lu(const Matrix<T>& lu, std::span<const int> indx, Matrix<T>& c) {
+  constexpr int width = panel_width<T>;
+  const int n = order(lu);
+  const auto un = static_cast<std::size_t>(n);
+  // The factors by rows: each substitution step reads one row of them.
+  std::vector<T> by_rows(un * un);
+  for (int j = 0; j < n; ++j)
+    for (int i = 0; i < n; ++i) by_rows[static_cast<std::size_t>(i) * un + static_cast<std::size_t>(j)] = lu(i, j);
+  auto factor_row = [&by_rows, un](int i) { return by_rows.data() + static_cast<std::size_t>(i) * un; };
+  // The exchanges move the unit of each column of the identity: the one
+  // that lands in row t is column source[t]. Taken in that order, the forward
+  // substitution of column t starts at row t.
+  std::vector<int> source(un);
+  for (int i = 0; i < n; ++i) source[static_cast<std::size_t>(i)] = i;
+  for (int i = 0; i < n; ++i) std::swap(source[static_cast<std::size_t>(i)], source[static_cast<std::size_t>(indx[static_cast<std::size_t>(i)] - 1)]);
+
+  std::vector<T> panel(un * width);
+  auto panel_row = [&panel](int i) { return panel.data() + static_cast<std::size_t>(i) * width; };
+  for (int t0 = 0; t0 < n; t0 += width) {
+    const int used = std::min(width, n - t0);
+    // Forward substitution with the unit lower triangle. Rows above t0 stay
+    // zero; a column takes no term before its unit, as in lu_backsub, which
+    // the full strip honours too: the terms it adds there are a finite
+    // multiplier times zero, taken from zero, and leave zero.
+    std::fill(panel.begin(), panel.begin() + static_cast<std::ptrdiff_t>(static_cast<std::size_t>(t0) * width), T(0));
+    for (int i = t0; i < n; ++i) {
+      const T* l = factor_row(i);
+      T acc[width] = {};
+      for (int k = t0; k < i; ++k) {
+        const T lik = l[k];
+        const T* pk = panel_row(k);
+        if (k < t0 + width && !std::isfinite(lik)) {
+          for (int q = 0; q <= k - t0; ++q) acc[q] -= lik * pk[q];
+        } else {
+          for (int q = 0; q < width; ++q) acc[q] -= lik * pk[q];
+        }
+      }
+      T* pi = panel_row(i);
+      for (int q = 0; q < width; ++q) pi[q] = t0 + q < i ? acc[q] : T(t0 + q == i ? 1 : 0);
+    }
+    // Back substitution with the upper triangle, from the last row up.
+    for (int i = n - 1; i >= 0; --i) {
+      const T* u = factor_row(i);
+      T* pi = panel_row(i);
+      T acc[width];
+      for (int q = 0; q < width; ++q) acc[q] = pi[q];
+      for (int k = i + 1; k < n; ++k) {
+        const T uik = u[k];
+        const T* pk = panel_row(k);
+        for (int q = 0; q < width; ++q) acc[q] -= uik * pk[q];
+      }
+      const T uii = u[i];
+      for (int q = 0; q < width; ++q) pi[q] = acc[q] / uii;
+    }
+    for (int q = 0; q < used; ++q) {
+      std::span<T> col = c.column(source[static_cast<std::size_t>(t0 + q)]);
+      for (int i = 0; i < n; ++i) col[static_cast<std::size_t>(i)] = panel_row(i)[q];
+    }
+  }
+}
+
 template <class T>
 void invert_t(const Matrix<T>& a, Matrix<T>& c, bool& singular, std::vector<int>* indx) {
   const int n = order(a);
@@ -162,11 +259,7 @@ void invert_t(const Matrix<T>& a, Matrix<T>& c, bool& singular, std::vector<int>
     return;
   }
   c = Matrix<T>(n, n);
-  for (int j = 0; j < n; ++j) {
-    std::span<T> col = c.column(j);
-    col[static_cast<std::size_t>(j)] = T(1);
-    lu_backsub_t<T>(w, perm, col);
-  }
+  inverse_from_lu<T>(w, perm, c);
 }
 
 template <class T>
