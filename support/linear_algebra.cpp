@@ -37,24 +37,65 @@ int order(const Matrix<T>& a) {
   return std::min(a.rows(), a.cols());
 }
 
-// Elements handled together by the inner loops: a fixed count, so that the
-// compiler issues vector instructions for them.
+// Bytes of one vector register, and of the eight of them that the inner
+// loops keep their running values in. The loops run over fixed counts of
+// elements so that the compiler issues vector instructions for them.
+constexpr std::size_t vector_bytes = 16;
+constexpr std::size_t register_block_bytes = 8 * vector_bytes;
+
 template <class T>
-constexpr int strip = static_cast<int>(64 / sizeof(T));
+constexpr int strip = static_cast<int>(4 * vector_bytes / sizeof(T));
 
 // y -= s x over len elements; the two never overlap.
 template <class T>
 void sub_scaled(T* __restrict y, const T* __restrict x, T s, int len) {
   int i = 0;
   for (; i + strip<T> <= len; i += strip<T>)
+#pragma GCC unroll 16
     for (int q = 0; q < strip<T>; ++q) y[i + q] -= s * x[i + q];
   for (; i < len; ++i) y[i] -= s * x[i];
 }
 
-// Right-looking elimination, column by column: the storage is by columns, so
-// every inner loop runs down a column. A row exchange reaches the columns
-// still to be eliminated as each is updated, and the columns of multipliers
-// already finished only at the end.
+// y[i] -= u[0] x[0][i], then u[1] x[1][i], and so on, for i from start while
+// a whole block of `width` fits before len; returns where it stopped.
+template <int width, class T>
+int sub_scaled_columns_by(T* __restrict y, std::span<const T* const> x, std::span<const T> u, int start, int len) {
+  int i = start;
+  for (; i + width <= len; i += width) {
+    T acc[width];
+#pragma GCC unroll 32
+    for (int q = 0; q < width; ++q) acc[q] = y[i + q];
+    for (std::size_t c = 0; c < u.size(); ++c) {
+      const T s = u[c];
+      const T* __restrict xc = x[c] + i;
+#pragma GCC unroll 32
+      for (int q = 0; q < width; ++q) acc[q] -= s * xc[q];
+    }
+#pragma GCC unroll 32
+    for (int q = 0; q < width; ++q) y[i + q] = acc[q];
+  }
+  return i;
+}
+
+// The same for i from start to len: each y[i] is stored once, after all terms.
+template <class T>
+void sub_scaled_columns(T* __restrict y, std::span<const T* const> x, std::span<const T> u, int start, int len) {
+  int i = sub_scaled_columns_by<static_cast<int>(register_block_bytes / sizeof(T))>(y, x, u, start, len);
+  i = sub_scaled_columns_by<static_cast<int>(vector_bytes / sizeof(T))>(y, x, u, i, len);
+  for (; i < len; ++i)
+    for (std::size_t c = 0; c < u.size(); ++c) y[i] -= u[c] * x[c][i];
+}
+
+// Columns eliminated together in the LU decomposition: each later column
+// takes the updates from all of them in one visit.
+constexpr int lu_panel = 16;
+
+// Right-looking elimination by panels of columns. The storage is by columns,
+// so every inner loop runs down a column. Each element still takes the same
+// operations in the same order as when eliminating one column at a time:
+// a later column takes the panel's row exchanges first, which only moves
+// rows, then the steps in order. Earlier columns of multipliers take the
+// exchanges of later panels at the end.
 template <class T>
 void lu_decomp_t(Matrix<T>& a, T& d, bool& singular, std::vector<int>* indx) {
   const int n = order(a);
@@ -77,40 +118,62 @@ void lu_decomp_t(Matrix<T>& a, T& d, bool& singular, std::vector<int>* indx) {
 
   auto column = [&a](int k) { return a.column(k).data(); };
   std::vector<int> exchanged(static_cast<std::size_t>(n));
-  for (int j = 0; j < n; ++j) {
-    T* cj = column(j);
-    int imax = j;
-    T big = vv[static_cast<std::size_t>(j)] * std::abs(cj[j]);
-    for (int i = j + 1; i < n; ++i) {
-      T t = vv[static_cast<std::size_t>(i)] * std::abs(cj[i]);
-      if (t > big) {  // the first of equal candidates wins
-        big = t;
-        imax = i;
+  std::vector<T> steps;  // the nonzero elements of the panel's rows in one column
+  std::vector<const T*> multipliers;
+  for (int j0 = 0; j0 < n; j0 += lu_panel) {
+    const int j1 = std::min(n, j0 + lu_panel);
+    for (int j = j0; j < j1; ++j) {
+      T* cj = column(j);
+      int imax = j;
+      T big = vv[static_cast<std::size_t>(j)] * std::abs(cj[j]);
+      for (int i = j + 1; i < n; ++i) {
+        T t = vv[static_cast<std::size_t>(i)] * std::abs(cj[i]);
+        if (t > big) {  // the first of equal candidates wins
+          big = t;
+          imax = i;
+        }
+      }
+      exchanged[static_cast<std::size_t>(j)] = imax;
+      if (imax != j) {
+        for (int k = j0; k < j1; ++k) std::swap(column(k)[j], column(k)[imax]);
+        d = -d;
+        vv[static_cast<std::size_t>(imax)] = vv[static_cast<std::size_t>(j)];
+      }
+      if (indx) (*indx)[static_cast<std::size_t>(j)] = imax + 1;
+      if (std::abs(cj[j]) <= Limits<T>::pivot) cj[j] = Limits<T>::pivot;
+      const T pivot = cj[j];
+      for (int i = j + 1; i < n; ++i) cj[i] /= pivot;
+      for (int k = j + 1; k < j1; ++k) {
+        T* ck = column(k);
+        const T akj = ck[j];
+        if (akj != T(0)) sub_scaled(ck + j + 1, cj + j + 1, akj, n - j - 1);
       }
     }
-    exchanged[static_cast<std::size_t>(j)] = imax;
-    if (imax != j) {
-      std::swap(cj[j], cj[imax]);
-      d = -d;
-      vv[static_cast<std::size_t>(imax)] = vv[static_cast<std::size_t>(j)];
-    }
-    if (indx) (*indx)[static_cast<std::size_t>(j)] = imax + 1;
-    if (std::abs(cj[j]) <= Limits<T>::pivot) cj[j] = Limits<T>::pivot;
-    const T pivot = cj[j];
-    for (int i = j + 1; i < n; ++i) cj[i] /= pivot;
-    for (int k = j + 1; k < n; ++k) {
+    for (int k = j1; k < n; ++k) {
       T* ck = column(k);
-      if (imax != j) std::swap(ck[j], ck[imax]);
-      const T akj = ck[j];
-      if (akj == T(0)) continue;
-      sub_scaled(ck + j + 1, cj + j + 1, akj, n - j - 1);
+      for (int j = j0; j < j1; ++j) {
+        const int i = exchanged[static_cast<std::size_t>(j)];
+        if (i != j) std::swap(ck[j], ck[i]);
+      }
+      // The panel's rows first, then all the rows below it together.
+      steps.clear();
+      multipliers.clear();
+      for (int j = j0; j < j1; ++j) {
+        const T akj = ck[j];
+        if (akj == T(0)) continue;
+        const T* cj = column(j);
+        for (int i = j + 1; i < j1; ++i) ck[i] -= akj * cj[i];
+        steps.push_back(akj);
+        multipliers.push_back(cj);
+      }
+      sub_scaled_columns<T>(ck, multipliers, steps, j1, n);
     }
   }
-  // The exchanges still owed: those after each column of multipliers, and
-  // all of them in the columns beyond the square block.
+  // The exchanges still owed: those of later panels in each column of
+  // multipliers, and all of them in the columns beyond the square block.
   for (int k = 0; k < a.cols(); ++k) {
     T* ck = column(k);
-    for (int j = k < n ? k + 1 : 0; j < n; ++j) {
+    for (int j = k < n ? (k / lu_panel + 1) * lu_panel : 0; j < n; ++j) {
       const int i = exchanged[static_cast<std::size_t>(j)];
       if (i != j) std::swap(ck[j], ck[i]);
     }
@@ -177,7 +240,7 @@ T determinant_of(Matrix<T> w) {
 // strips. Each element still sees the operations of a solve by lu_backsub,
 // in the same order, and so gets the same value.
 template <class T>
-constexpr int panel_width = static_cast<int>(128 / sizeof(T));
+constexpr int panel_width = static_cast<int>(register_block_bytes / sizeof(T));
 
 template <class T>
 void inverse_from_lu(const Matrix<T>& lu, std::span<const int> indx, Matrix<T>& c) {
@@ -208,14 +271,24 @@ void inverse_from_lu(const Matrix<T>& lu, std::span<const int> indx, Matrix<T>& 
     for (int i = t0; i < n; ++i) {
       const T* l = factor_row(i);
       T acc[width] = {};
-      for (int k = t0; k < i; ++k) {
+      const int square_end = std::min(i, t0 + width);
+      for (int k = t0; k < square_end; ++k) {
         const T lik = l[k];
         const T* pk = panel_row(k);
-        if (k < t0 + width && !std::isfinite(lik)) {
-          for (int q = 0; q <= k - t0; ++q) acc[q] -= lik * pk[q];
-        } else {
+        if (std::isfinite(lik)) {
+#pragma GCC unroll 32
           for (int q = 0; q < width; ++q) acc[q] -= lik * pk[q];
+        } else {
+#pragma GCC unroll 32
+          for (int q = 0; q < width; ++q)
+            if (q <= k - t0) acc[q] -= lik * pk[q];
         }
+      }
+      for (int k = square_end; k < i; ++k) {
+        const T lik = l[k];
+        const T* pk = panel_row(k);
+#pragma GCC unroll 32
+        for (int q = 0; q < width; ++q) acc[q] -= lik * pk[q];
       }
       T* pi = panel_row(i);
       for (int q = 0; q < width; ++q) pi[q] = t0 + q < i ? acc[q] : T(t0 + q == i ? 1 : 0);
@@ -225,13 +298,16 @@ void inverse_from_lu(const Matrix<T>& lu, std::span<const int> indx, Matrix<T>& 
       const T* u = factor_row(i);
       T* pi = panel_row(i);
       T acc[width];
+      #pragma GCC unroll 32
       for (int q = 0; q < width; ++q) acc[q] = pi[q];
       for (int k = i + 1; k < n; ++k) {
         const T uik = u[k];
         const T* pk = panel_row(k);
+        #pragma GCC unroll 32
         for (int q = 0; q < width; ++q) acc[q] -= uik * pk[q];
       }
       const T uii = u[i];
+      #pragma GCC unroll 32
       for (int q = 0; q < width; ++q) pi[q] = acc[q] / uii;
     }
     for (int q = 0; q < used; ++q) {
