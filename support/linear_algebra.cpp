@@ -1,6 +1,7 @@
 #include "support/linear_algebra.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
 #include <string>
@@ -118,8 +119,10 @@ void lu_decomp_t(Matrix<T>& a, T& d, bool& singular, std::vector<int>* indx) {
 
   auto column = [&a](int k) { return a.column(k).data(); };
   std::vector<int> exchanged(static_cast<std::size_t>(n));
-  std::vector<T> steps;  // the nonzero elements of the panel's rows in one column
-  std::vector<const T*> multipliers;
+  // The panel's steps that change a later column: its nonzero elements in
+  // the panel's rows, and the columns of multipliers they go with.
+  std::array<T, lu_panel> steps;
+  std::array<const T*, lu_panel> multipliers;
   for (int j0 = 0; j0 < n; j0 += lu_panel) {
     const int j1 = std::min(n, j0 + lu_panel);
     for (int j = j0; j < j1; ++j) {
@@ -156,17 +159,36 @@ void lu_decomp_t(Matrix<T>& a, T& d, bool& singular, std::vector<int>* indx) {
         if (i != j) std::swap(ck[j], ck[i]);
       }
       // The panel's rows first, then all the rows below it together.
-      steps.clear();
-      multipliers.clear();
-      for (int j = j0; j < j1; ++j) {
-        const T akj = ck[j];
-        if (akj == T(0)) continue;
-        const T* cj = column(j);
-        for (int i = j + 1; i < j1; ++i) ck[i] -= akj * cj[i];
-        steps.push_back(akj);
-        multipliers.push_back(cj);
+      std::size_t count = 0;
+      if (j1 - j0 == lu_panel) {
+        // Held in registers: the loops have fixed bounds once unrolled.
+        T head[lu_panel];
+#pragma GCC unroll 16
+        for (int p = 0; p < lu_panel; ++p) head[p] = ck[j0 + p];
+#pragma GCC unroll 16
+        for (int p = 0; p < lu_panel; ++p) {
+          const T akj = head[p];
+          if (akj == T(0)) continue;
+          const T* cj = column(j0 + p);
+#pragma GCC unroll 16
+          for (int q = p + 1; q < lu_panel; ++q) head[q] -= akj * cj[j0 + q];
+          steps[count] = akj;
+          multipliers[count++] = cj;
+        }
+#pragma GCC unroll 16
+        for (int p = 0; p < lu_panel; ++p) ck[j0 + p] = head[p];
+      } else {
+        for (int j = j0; j < j1; ++j) {
+          const T akj = ck[j];
+          if (akj == T(0)) continue;
+          const T* cj = column(j);
+          for (int i = j + 1; i < j1; ++i) ck[i] -= akj * cj[i];
+          steps[count] = akj;
+          multipliers[count++] = cj;
+        }
       }
-      sub_scaled_columns<T>(ck, multipliers, steps, j1, n);
+      sub_scaled_columns<T>(ck, std::span<const T* const>(multipliers.data(), count),
+                            std::span<const T>(steps.data(), count), j1, n);
     }
   }
   // The exchanges still owed: those of later panels in each column of
@@ -236,84 +258,108 @@ T determinant_of(Matrix<T> w) {
 }
 
 // Columns of the inverse solved together, a panel of them at a time, held
-// row by row so that the inner loops run along the panel's rows in vector
-// strips. Each element still sees the operations of a solve by lu_backsub,
-// in the same order, and so gets the same value.
-template <class T>
-constexpr int panel_width = static_cast<int>(register_block_bytes / sizeof(T));
+// row by row so that the inner loops run along the panel's rows with their
+// running values in registers. Each element still takes the operations of a
+// solve by lu_backsub, in the same order, and so gets the same value.
+//
+// One panel of `width` columns from t0 on (those past n are padding, never
+// read back). `rows` holds the factors by rows, `panel` room for n rows.
+template <int width, class T>
+void solve_panel(const std::vector<T>& rows, int n, int t0, T* panel) {
+  const auto un = static_cast<std::size_t>(n);
+  auto factor_row = [&rows, un](int i) { return rows.data() + static_cast<std::size_t>(i) * un; };
+  auto panel_row = [panel](int i) { return panel + static_cast<std::size_t>(i) * width; };
+  // Forward substitution with the unit lower triangle. Rows above t0 stay
+  // zero; a column takes no term before its unit, as in lu_backsub, which
+  // the full strip honours too: the terms it adds there are a finite
+  // multiplier times zero, taken from zero, and leave zero.
+  std::fill(panel, panel_row(t0), T(0));
+  for (int i = t0; i < n; ++i) {
+    const T* l = factor_row(i);
+    T acc[width] = {};
+    const int square_end = std::min(i, t0 + width);
+    for (int k = t0; k < square_end; ++k) {
+      const T lik = l[k];
+      const T* pk = panel_row(k);
+      if (std::isfinite(lik)) {
+#pragma GCC unroll 32
+        for (int q = 0; q < width; ++q) acc[q] -= lik * pk[q];
+      } else {
+#pragma GCC unroll 32
+        for (int q = 0; q < width; ++q)
+          if (q <= k - t0) acc[q] -= lik * pk[q];
+      }
+    }
+    for (int k = square_end; k < i; ++k) {
+      const T lik = l[k];
+      const T* pk = panel_row(k);
+#pragma GCC unroll 32
+      for (int q = 0; q < width; ++q) acc[q] -= lik * pk[q];
+    }
+    T* pi = panel_row(i);
+#pragma GCC unroll 32
+    for (int q = 0; q < width; ++q) pi[q] = t0 + q < i ? acc[q] : T(t0 + q == i ? 1 : 0);
+  }
+  // Back substitution with the upper triangle, from the last row up.
+  for (int i = n - 1; i >= 0; --i) {
+    const T* u = factor_row(i);
+    T* pi = panel_row(i);
+    T acc[width];
+#pragma GCC unroll 32
+    for (int q = 0; q < width; ++q) acc[q] = pi[q];
+    for (int k = i + 1; k < n; ++k) {
+      const T uik = u[k];
+      const T* pk = panel_row(k);
+#pragma GCC unroll 32
+      for (int q = 0; q < width; ++q) acc[q] -= uik * pk[q];
+    }
+    const T uii = u[i];
+#pragma GCC unroll 32
+    for (int q = 0; q < width; ++q) pi[q] = acc[q] / uii;
+  }
+}
 
 template <class T>
 void inverse_from_lu(const Matrix<T>& lu, std::span<const int> indx, Matrix<T>& c) {
-  constexpr int width = panel_width<T>;
+  constexpr int widest = static_cast<int>(register_block_bytes / sizeof(T));
+  constexpr int narrowest = static_cast<int>(vector_bytes / sizeof(T));
   const int n = order(lu);
   const auto un = static_cast<std::size_t>(n);
   // The factors by rows: each substitution step reads one row of them.
-  std::vector<T> by_rows(un * un);
+  std::vector<T> rows(un * un);
   for (int j = 0; j < n; ++j)
-    for (int i = 0; i < n; ++i) by_rows[static_cast<std::size_t>(i) * un + static_cast<std::size_t>(j)] = lu(i, j);
-  auto factor_row = [&by_rows, un](int i) { return by_rows.data() + static_cast<std::size_t>(i) * un; };
+    for (int i = 0; i < n; ++i) rows[static_cast<std::size_t>(i) * un + static_cast<std::size_t>(j)] = lu(i, j);
   // The exchanges move the unit of each column of the identity: the one
   // that lands in row t is column source[t]. Taken in that order, the forward
   // substitution of column t starts at row t.
   std::vector<int> source(un);
   for (int i = 0; i < n; ++i) source[static_cast<std::size_t>(i)] = i;
-  for (int i = 0; i < n; ++i) std::swap(source[static_cast<std::size_t>(i)], source[static_cast<std::size_t>(indx[static_cast<std::size_t>(i)] - 1)]);
+  for (int i = 0; i < n; ++i)
+    std::swap(source[static_cast<std::size_t>(i)], source[static_cast<std::size_t>(indx[static_cast<std::size_t>(i)] - 1)]);
 
-  std::vector<T> panel(un * width);
-  auto panel_row = [&panel](int i) { return panel.data() + static_cast<std::size_t>(i) * width; };
-  for (int t0 = 0; t0 < n; t0 += width) {
-    const int used = std::min(width, n - t0);
-    // Forward substitution with the unit lower triangle. Rows above t0 stay
-    // zero; a column takes no term before its unit, as in lu_backsub, which
-    // the full strip honours too: the terms it adds there are a finite
-    // multiplier times zero, taken from zero, and leave zero.
-    std::fill(panel.begin(), panel.begin() + static_cast<std::ptrdiff_t>(static_cast<std::size_t>(t0) * width), T(0));
-    for (int i = t0; i < n; ++i) {
-      const T* l = factor_row(i);
-      T acc[width] = {};
-      const int square_end = std::min(i, t0 + width);
-      for (int k = t0; k < square_end; ++k) {
-        const T lik = l[k];
-        const T* pk = panel_row(k);
-        if (std::isfinite(lik)) {
-#pragma GCC unroll 32
-          for (int q = 0; q < width; ++q) acc[q] -= lik * pk[q];
-        } else {
-#pragma GCC unroll 32
-          for (int q = 0; q < width; ++q)
-            if (q <= k - t0) acc[q] -= lik * pk[q];
-        }
-      }
-      for (int k = square_end; k < i; ++k) {
-        const T lik = l[k];
-        const T* pk = panel_row(k);
-#pragma GCC unroll 32
-        for (int q = 0; q < width; ++q) acc[q] -= lik * pk[q];
-      }
-      T* pi = panel_row(i);
-      for (int q = 0; q < width; ++q) pi[q] = t0 + q < i ? acc[q] : T(t0 + q == i ? 1 : 0);
+  std::vector<T> panel(un * widest);
+  for (int t0 = 0; t0 < n;) {
+    // The narrowest panel that takes all the columns left, up to the widest.
+    const int left = n - t0;
+    int width = widest;
+    if (left <= narrowest)
+      width = narrowest;
+    else if (left <= widest / 4)
+      width = widest / 4;
+    else if (left <= widest / 2)
+      width = widest / 2;
+    switch (width) {
+      case widest: solve_panel<widest>(rows, n, t0, panel.data()); break;
+      case widest / 2: solve_panel<widest / 2>(rows, n, t0, panel.data()); break;
+      case widest / 4: solve_panel<widest / 4>(rows, n, t0, panel.data()); break;
+      default: solve_panel<narrowest>(rows, n, t0, panel.data()); break;
     }
-    // Back substitution with the upper triangle, from the last row up.
-    for (int i = n - 1; i >= 0; --i) {
-      const T* u = factor_row(i);
-      T* pi = panel_row(i);
-      T acc[width];
-      #pragma GCC unroll 32
-      for (int q = 0; q < width; ++q) acc[q] = pi[q];
-      for (int k = i + 1; k < n; ++k) {
-        const T uik = u[k];
-        const T* pk = panel_row(k);
-        #pragma GCC unroll 32
-        for (int q = 0; q < width; ++q) acc[q] -= uik * pk[q];
-      }
-      const T uii = u[i];
-      #pragma GCC unroll 32
-      for (int q = 0; q < width; ++q) pi[q] = acc[q] / uii;
-    }
+    const int used = std::min(width, left);
     for (int q = 0; q < used; ++q) {
       std::span<T> col = c.column(source[static_cast<std::size_t>(t0 + q)]);
-      for (int i = 0; i < n; ++i) col[static_cast<std::size_t>(i)] = panel_row(i)[q];
+      for (int i = 0; i < n; ++i) col[static_cast<std::size_t>(i)] = panel[static_cast<std::size_t>(i) * static_cast<std::size_t>(width) + static_cast<std::size_t>(q)];
     }
+    t0 += width;
   }
 }
 
