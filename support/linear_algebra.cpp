@@ -270,9 +270,10 @@ void solve_panel(const std::vector<T>& rows, int n, int t0, T* panel) {
   auto factor_row = [&rows, un](int i) { return rows.data() + static_cast<std::size_t>(i) * un; };
   auto panel_row = [panel](int i) { return panel + static_cast<std::size_t>(i) * width; };
   // Forward substitution with the unit lower triangle. Rows above t0 stay
-  // zero; a column takes no term before its unit, as in lu_backsub, which
-  // the full strip honours too: the terms it adds there are a finite
-  // multiplier times zero, taken from zero, and leave zero.
+  // zero. A column takes no term before its unit, as in lu_backsub; the full
+  // strip may add such terms only as a finite multiplier times zero, taken
+  // from zero, which leaves zero. A multiplier that is not finite takes
+  // exactly the terms lu_backsub takes.
   std::fill(panel, panel_row(t0), T(0));
   for (int i = t0; i < n; ++i) {
     const T* l = factor_row(i);
@@ -355,9 +356,11 @@ void inverse_from_lu(const Matrix<T>& lu, std::span<const int> indx, Matrix<T>& 
       default: solve_panel<narrowest>(rows, n, t0, panel.data()); break;
     }
     const int used = std::min(width, left);
+    const auto stride = static_cast<std::size_t>(width);
     for (int q = 0; q < used; ++q) {
       std::span<T> col = c.column(source[static_cast<std::size_t>(t0 + q)]);
-      for (int i = 0; i < n; ++i) col[static_cast<std::size_t>(i)] = panel[static_cast<std::size_t>(i) * static_cast<std::size_t>(width) + static_cast<std::size_t>(q)];
+      const T* from = panel.data() + q;
+      for (std::size_t i = 0; i < un; ++i) col[i] = from[i * stride];
     }
     t0 += width;
   }
