@@ -1,6 +1,7 @@
 #include "support/linear_algebra.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
 #include <string>
@@ -37,11 +38,65 @@ int order(const Matrix<T>& a) {
   return std::min(a.rows(), a.cols());
 }
 
+// Bytes of one vector register, and of the eight of them that the inner
+// loops keep their running values in. The loops run over fixed counts of
+// elements so that the compiler issues vector instructions for them.
+constexpr std::size_t vector_bytes = 16;
+constexpr std::size_t register_block_bytes = 8 * vector_bytes;
+
 template <class T>
-void swap_rows(Matrix<T>& a, int r1, int r2) {
-  for (int k = 0; k < a.cols(); ++k) std::swap(a(r1, k), a(r2, k));
+constexpr int strip = static_cast<int>(4 * vector_bytes / sizeof(T));
+
+// y -= s x over len elements; the two never overlap.
+template <class T>
+void sub_scaled(T* __restrict y, const T* __restrict x, T s, int len) {
+  int i = 0;
+  for (; i + strip<T> <= len; i += strip<T>)
+#pragma GCC unroll 16
+    for (int q = 0; q < strip<T>; ++q) y[i + q] -= s * x[i + q];
+  for (; i < len; ++i) y[i] -= s * x[i];
 }
 
+// y[i] -= u[0] x[0][i], then u[1] x[1][i], and so on, for i from start while
+// a whole block of `width` fits before len; returns where it stopped.
+template <int width, class T>
+int sub_scaled_columns_by(T* __restrict y, std::span<const T* const> x, std::span<const T> u, int start, int len) {
+  int i = start;
+  for (; i + width <= len; i += width) {
+    T acc[width];
+#pragma GCC unroll 32
+    for (int q = 0; q < width; ++q) acc[q] = y[i + q];
+    for (std::size_t c = 0; c < u.size(); ++c) {
+      const T s = u[c];
+      const T* __restrict xc = x[c] + i;
+#pragma GCC unroll 32
+      for (int q = 0; q < width; ++q) acc[q] -= s * xc[q];
+    }
+#pragma GCC unroll 32
+    for (int q = 0; q < width; ++q) y[i + q] = acc[q];
+  }
+  return i;
+}
+
+// The same for i from start to len: each y[i] is stored once, after all terms.
+template <class T>
+void sub_scaled_columns(T* __restrict y, std::span<const T* const> x, std::span<const T> u, int start, int len) {
+  int i = sub_scaled_columns_by<static_cast<int>(register_block_bytes / sizeof(T))>(y, x, u, start, len);
+  i = sub_scaled_columns_by<static_cast<int>(vector_bytes / sizeof(T))>(y, x, u, i, len);
+  for (; i < len; ++i)
+    for (std::size_t c = 0; c < u.size(); ++c) y[i] -= u[c] * x[c][i];
+}
+
+// Columns eliminated together in the LU decomposition: each later column
+// takes the updates from all of them in one visit.
+constexpr int lu_panel = 16;
+
+// Right-looking elimination by panels of columns. The storage is by columns,
+// so every inner loop runs down a column. Each element still takes the same
+// operations in the same order as when eliminating one column at a time:
+// a later column takes the panel's row exchanges first, which only moves
+// rows, then the steps in order. Earlier columns of multipliers take the
+// exchanges of later panels at the end.
 template <class T>
 void lu_decomp_t(Matrix<T>& a, T& d, bool& singular, std::vector<int>* indx) {
   const int n = order(a);
@@ -62,29 +117,87 @@ void lu_decomp_t(Matrix<T>& a, T& d, bool& singular, std::vector<int>* indx) {
     }
   for (T& v : vv) v = T(1) / v;
 
-  for (int j = 0; j < n; ++j) {
-    int imax = j;
-    T big = vv[static_cast<std::size_t>(j)] * std::abs(a(j, j));
-    for (int i = j + 1; i < n; ++i) {
-      T t = vv[static_cast<std::size_t>(i)] * std::abs(a(i, j));
-      if (t > big) {  // the first of equal candidates wins
-        big = t;
-        imax = i;
+  auto column = [&a](int k) { return a.column(k).data(); };
+  std::vector<int> exchanged(static_cast<std::size_t>(n));
+  // The panel's steps that change a later column: its nonzero elements in
+  // the panel's rows, and the columns of multipliers they go with.
+  std::array<T, lu_panel> steps;
+  std::array<const T*, lu_panel> multipliers;
+  for (int j0 = 0; j0 < n; j0 += lu_panel) {
+    const int j1 = std::min(n, j0 + lu_panel);
+    for (int j = j0; j < j1; ++j) {
+      T* cj = column(j);
+      int imax = j;
+      T big = vv[static_cast<std::size_t>(j)] * std::abs(cj[j]);
+      for (int i = j + 1; i < n; ++i) {
+        T t = vv[static_cast<std::size_t>(i)] * std::abs(cj[i]);
+        if (t > big) {  // the first of equal candidates wins
+          big = t;
+          imax = i;
+        }
+      }
+      exchanged[static_cast<std::size_t>(j)] = imax;
+      if (imax != j) {
+        for (int k = j0; k < j1; ++k) std::swap(column(k)[j], column(k)[imax]);
+        d = -d;
+        vv[static_cast<std::size_t>(imax)] = vv[static_cast<std::size_t>(j)];
+      }
+      if (indx) (*indx)[static_cast<std::size_t>(j)] = imax + 1;
+      if (std::abs(cj[j]) <= Limits<T>::pivot) cj[j] = Limits<T>::pivot;
+      const T pivot = cj[j];
+      for (int i = j + 1; i < n; ++i) cj[i] /= pivot;
+      for (int k = j + 1; k < j1; ++k) {
+        T* ck = column(k);
+        const T akj = ck[j];
+        if (akj != T(0)) sub_scaled(ck + j + 1, cj + j + 1, akj, n - j - 1);
       }
     }
-    if (imax != j) {
-      swap_rows(a, imax, j);
-      d = -d;
-      vv[static_cast<std::size_t>(imax)] = vv[static_cast<std::size_t>(j)];
+    for (int k = j1; k < n; ++k) {
+      T* ck = column(k);
+      for (int j = j0; j < j1; ++j) {
+        const int i = exchanged[static_cast<std::size_t>(j)];
+        if (i != j) std::swap(ck[j], ck[i]);
+      }
+      // The panel's rows first, then all the rows below it together.
+      std::size_t count = 0;
+      if (j1 - j0 == lu_panel) {
+        // Held in registers: the loops have fixed bounds once unrolled.
+        T head[lu_panel];
+#pragma GCC unroll 16
+        for (int p = 0; p < lu_panel; ++p) head[p] = ck[j0 + p];
+#pragma GCC unroll 16
+        for (int p = 0; p < lu_panel; ++p) {
+          const T akj = head[p];
+          if (akj == T(0)) continue;
+          const T* cj = column(j0 + p);
+#pragma GCC unroll 16
+          for (int q = p + 1; q < lu_panel; ++q) head[q] -= akj * cj[j0 + q];
+          steps[count] = akj;
+          multipliers[count++] = cj;
+        }
+#pragma GCC unroll 16
+        for (int p = 0; p < lu_panel; ++p) ck[j0 + p] = head[p];
+      } else {
+        for (int j = j0; j < j1; ++j) {
+          const T akj = ck[j];
+          if (akj == T(0)) continue;
+          const T* cj = column(j);
+          for (int i = j + 1; i < j1; ++i) ck[i] -= akj * cj[i];
+          steps[count] = akj;
+          multipliers[count++] = cj;
+        }
+      }
+      sub_scaled_columns<T>(ck, std::span<const T* const>(multipliers.data(), count),
+                            std::span<const T>(steps.data(), count), j1, n);
     }
-    if (indx) (*indx)[static_cast<std::size_t>(j)] = imax + 1;
-    if (std::abs(a(j, j)) <= Limits<T>::pivot) a(j, j) = Limits<T>::pivot;
-    const T pivot = a(j, j);
-    for (int i = j + 1; i < n; ++i) a(i, j) /= pivot;
-    for (int k = j + 1; k < n; ++k) {
-      const T akj = a(j, k);
-      if (akj == T(0)) continue;
-      for (int i = j + 1; i < n; ++i) a(i, k) -= a(i, j) * akj;
+  }
+  // The exchanges still owed: those of later panels in each column of
+  // multipliers, and all of them in the columns beyond the square block.
+  for (int k = 0; k < a.cols(); ++k) {
+    T* ck = column(k);
+    for (int j = k < n ? (k / lu_panel + 1) * lu_panel : 0; j < n; ++j) {
+      const int i = exchanged[static_cast<std::size_t>(j)];
+      if (i != j) std::swap(ck[j], ck[i]);
     }
   }
 }
@@ -144,6 +257,115 @@ T determinant_of(Matrix<T> w) {
   return singular ? T(0) : det_from_lu(w, d);
 }
 
+// Columns of the inverse solved together, a panel of them at a time, held
+// row by row so that the inner loops run along the panel's rows with their
+// running values in registers. Each element still takes the operations of a
+// solve by lu_backsub, in the same order, and so gets the same value.
+//
+// One panel of `width` columns from t0 on (those past n are padding, never
+// read back). `rows` holds the factors by rows, `panel` room for n rows.
+template <int width, class T>
+void solve_panel(const std::vector<T>& rows, int n, int t0, T* panel) {
+  const auto un = static_cast<std::size_t>(n);
+  auto factor_row = [&rows, un](int i) { return rows.data() + static_cast<std::size_t>(i) * un; };
+  auto panel_row = [panel](int i) { return panel + static_cast<std::size_t>(i) * width; };
+  // Forward substitution with the unit lower triangle. Rows above t0 stay
+  // zero. A column takes no term before its unit, as in lu_backsub; the full
+  // strip may add such terms only as a finite multiplier times zero, taken
+  // from zero, which leaves zero. A multiplier that is not finite takes
+  // exactly the terms lu_backsub takes.
+  std::fill(panel, panel_row(t0), T(0));
+  for (int i = t0; i < n; ++i) {
+    const T* l = factor_row(i);
+    T acc[width] = {};
+    const int square_end = std::min(i, t0 + width);
+    for (int k = t0; k < square_end; ++k) {
+      const T lik = l[k];
+      const T* pk = panel_row(k);
+      if (std::isfinite(lik)) {
+#pragma GCC unroll 32
+        for (int q = 0; q < width; ++q) acc[q] -= lik * pk[q];
+      } else {
+#pragma GCC unroll 32
+        for (int q = 0; q < width; ++q)
+          if (q <= k - t0) acc[q] -= lik * pk[q];
+      }
+    }
+    for (int k = square_end; k < i; ++k) {
+      const T lik = l[k];
+      const T* pk = panel_row(k);
+#pragma GCC unroll 32
+      for (int q = 0; q < width; ++q) acc[q] -= lik * pk[q];
+    }
+    T* pi = panel_row(i);
+#pragma GCC unroll 32
+    for (int q = 0; q < width; ++q) pi[q] = t0 + q < i ? acc[q] : T(t0 + q == i ? 1 : 0);
+  }
+  // Back substitution with the upper triangle, from the last row up.
+  for (int i = n - 1; i >= 0; --i) {
+    const T* u = factor_row(i);
+    T* pi = panel_row(i);
+    T acc[width];
+#pragma GCC unroll 32
+    for (int q = 0; q < width; ++q) acc[q] = pi[q];
+    for (int k = i + 1; k < n; ++k) {
+      const T uik = u[k];
+      const T* pk = panel_row(k);
+#pragma GCC unroll 32
+      for (int q = 0; q < width; ++q) acc[q] -= uik * pk[q];
+    }
+    const T uii = u[i];
+#pragma GCC unroll 32
+    for (int q = 0; q < width; ++q) pi[q] = acc[q] / uii;
+  }
+}
+
+template <class T>
+void inverse_from_lu(const Matrix<T>& lu, std::span<const int> indx, Matrix<T>& c) {
+  constexpr int widest = static_cast<int>(register_block_bytes / sizeof(T));
+  constexpr int narrowest = static_cast<int>(vector_bytes / sizeof(T));
+  const int n = order(lu);
+  const auto un = static_cast<std::size_t>(n);
+  // The factors by rows: each substitution step reads one row of them.
+  std::vector<T> rows(un * un);
+  for (int j = 0; j < n; ++j)
+    for (int i = 0; i < n; ++i) rows[static_cast<std::size_t>(i) * un + static_cast<std::size_t>(j)] = lu(i, j);
+  // The exchanges move the unit of each column of the identity: the one
+  // that lands in row t is column source[t]. Taken in that order, the forward
+  // substitution of column t starts at row t.
+  std::vector<int> source(un);
+  for (int i = 0; i < n; ++i) source[static_cast<std::size_t>(i)] = i;
+  for (int i = 0; i < n; ++i)
+    std::swap(source[static_cast<std::size_t>(i)], source[static_cast<std::size_t>(indx[static_cast<std::size_t>(i)] - 1)]);
+
+  std::vector<T> panel(un * widest);
+  for (int t0 = 0; t0 < n;) {
+    // The narrowest panel that takes all the columns left, up to the widest.
+    const int left = n - t0;
+    int width = widest;
+    if (left <= narrowest)
+      width = narrowest;
+    else if (left <= widest / 4)
+      width = widest / 4;
+    else if (left <= widest / 2)
+      width = widest / 2;
+    switch (width) {
+      case widest: solve_panel<widest>(rows, n, t0, panel.data()); break;
+      case widest / 2: solve_panel<widest / 2>(rows, n, t0, panel.data()); break;
+      case widest / 4: solve_panel<widest / 4>(rows, n, t0, panel.data()); break;
+      default: solve_panel<narrowest>(rows, n, t0, panel.data()); break;
+    }
+    const int used = std::min(width, left);
+    const auto stride = static_cast<std::size_t>(width);
+    for (int q = 0; q < used; ++q) {
+      std::span<T> col = c.column(source[static_cast<std::size_t>(t0 + q)]);
+      const T* from = panel.data() + q;
+      for (std::size_t i = 0; i < un; ++i) col[i] = from[i * stride];
+    }
+    t0 += width;
+  }
+}
+
 template <class T>
 void invert_t(const Matrix<T>& a, Matrix<T>& c, bool& singular, std::vector<int>* indx) {
   const int n = order(a);
@@ -162,11 +384,7 @@ void invert_t(const Matrix<T>& a, Matrix<T>& c, bool& singular, std::vector<int>
     return;
   }
   c = Matrix<T>(n, n);
-  for (int j = 0; j < n; ++j) {
-    std::span<T> col = c.column(j);
-    col[static_cast<std::size_t>(j)] = T(1);
-    lu_backsub_t<T>(w, perm, col);
-  }
+  inverse_from_lu<T>(w, perm, c);
 }
 
 template <class T>

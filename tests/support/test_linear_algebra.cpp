@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <random>
 #include <vector>
 
@@ -181,6 +182,106 @@ TYPED_TEST(LinearAlgebra, NearSingularInverseFollowsTheDeterminantLimit) {
       EXPECT_EQ(c(n - 1, n - 1), Prec<T>::pivot);
     }
   }
+}
+
+// The inverse against the columns of the identity solved one at a time
+// through the same factors: the same values, element for element. NaN counts
+// as equal to NaN, so that non-finite data is held to the same result too.
+template <class T>
+::testing::AssertionResult same_as_column_solves(const Matrix<T>& a) {
+  const int n = a.rows();
+  Matrix<T> c, lu = a;
+  bool singular = true;
+  std::vector<int> p;
+  lmg::invert_matrix(a, c, singular, &p);
+  if (singular) return ::testing::AssertionFailure() << "singular at order " << n;
+  T d = 0;
+  lmg::lu_decomp(lu, d, singular, nullptr);
+  for (int j = 0; j < n; ++j) {
+    std::vector<T> e(n, T(0));
+    e[j] = T(1);
+    lmg::lu_backsub(lu, p, e);
+    for (int i = 0; i < n; ++i)
+      if (!(c(i, j) == e[i] || (std::isnan(c(i, j)) && std::isnan(e[i]))))
+        return ::testing::AssertionFailure() << "order " << n << ": (" << i << "," << j << ") " << c(i, j)
+                                             << " against " << e[i];
+  }
+  return ::testing::AssertionSuccess();
+}
+
+TYPED_TEST(LinearAlgebra, InverseOfLargeOrdersIsExactColumnSolve) {
+  using T = TypeParam;
+  std::mt19937 rng(16);
+  // Orders on both sides of the widths the columns are solved together in.
+  for (int n : {1, 2, 15, 16, 17, 31, 32, 33, 63, 64, 65, 100, 129, 200}) {
+    const Matrix<T> a = random_matrix<T>(n, n, rng);
+    EXPECT_TRUE(same_as_column_solves(a));
+    if (n < 100) continue;  // smaller orders: LuFactorsSolveAndInvert
+    Matrix<T> c;
+    bool singular = true;
+    lmg::invert_matrix(a, c, singular);
+    const T bound = Prec<T>::eps * 10 * n * max_abs(a) * max_abs(c);
+    EXPECT_LE(max_diff(product(a, c), Matrix<T>::identity(n)), bound) << "n=" << n;
+    EXPECT_LE(max_diff(product(c, a), Matrix<T>::identity(n)), bound) << "n=" << n;
+  }
+  // A multiplier that is not finite takes the same path through both.
+  Matrix<T> inf = random_matrix<T>(40, 40, rng);
+  inf(39, 0) = std::numeric_limits<T>::infinity();
+  EXPECT_TRUE(same_as_column_solves(inf));
+}
+
+TYPED_TEST(LinearAlgebra, InverseNeedsAndHonoursRowExchanges) {
+  using T = TypeParam;
+  // Zeros on the diagonal: no inverse without exchanges, an exact one with them.
+  auto perm = Matrix<T>::from_rows({{0, 2, 0}, {0, 0, 3}, {4, 0, 0}});
+  Matrix<T> c;
+  bool singular = true;
+  std::vector<int> p;
+  lmg::invert_matrix(perm, c, singular, &p);
+  ASSERT_FALSE(singular);
+  EXPECT_EQ(p, (std::vector<int>{3, 3, 3}));
+  EXPECT_EQ(c, Matrix<T>::from_rows({{0, 0, T(1) / 4}, {T(1) / 2, 0, 0}, {0, T(1) / 3, 0}}));
+
+  // A dominant diagonal with its rows reversed and scaled over twelve
+  // decades: the inverse is that of the unscrambled matrix, its columns
+  // reversed and scaled back.
+  std::mt19937 rng(17);
+  for (int n : {7, 50, 200}) {
+    Matrix<T> b = random_matrix<T>(n, n, rng);
+    for (int i = 0; i < n; ++i) b(i, i) += T(n);
+    Matrix<T> a(n, n);
+    std::vector<T> scale(n);
+    for (int i = 0; i < n; ++i) {
+      scale[i] = std::pow(T(10), T(i % 13 - 6));
+      for (int j = 0; j < n; ++j) a(i, j) = scale[i] * b(n - 1 - i, j);
+    }
+    Matrix<T> cb, ca;
+    lmg::invert_matrix(b, cb, singular);
+    ASSERT_FALSE(singular);
+    lmg::invert_matrix(a, ca, singular, &p);
+    ASSERT_FALSE(singular);
+    EXPECT_NE(p[0], 1) << "n=" << n;
+    const T tol = Prec<T>::eps * 10 * max_abs(cb);
+    for (int j = 0; j < n; ++j)
+      for (int i = 0; i < n; ++i) ASSERT_NEAR(ca(i, j) * scale[j], cb(i, n - 1 - j), tol) << "n=" << n;
+  }
+}
+
+TYPED_TEST(LinearAlgebra, LuExchangesReachColumnsBeyondTheSquare) {
+  using T = TypeParam;
+  std::mt19937 rng(18);
+  const Matrix<T> a = random_matrix<T>(5, 8, rng);
+  Matrix<T> lu = a;
+  T d = 0;
+  bool singular = true;
+  std::vector<int> p;
+  lmg::lu_decomp(lu, d, singular, &p);
+  ASSERT_FALSE(singular);
+  Matrix<T> pa = a;
+  for (int j = 0; j < 5; ++j)
+    for (int k = 0; k < 8; ++k) std::swap(pa(j, k), pa(p[j] - 1, k));
+  for (int k = 5; k < 8; ++k)
+    for (int i = 0; i < 5; ++i) EXPECT_EQ(lu(i, k), pa(i, k));
 }
 
 TYPED_TEST(LinearAlgebra, SvdReproducesTheMatrix) {
