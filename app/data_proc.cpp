@@ -1,5 +1,6 @@
 // The main message loop and the menu commands of the program.
 #include "app/data_proc.h"
+#include "app/job_file.h"
 
 #include "app/data_init.h"
 #include "app/data_param.h"

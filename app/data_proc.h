@@ -1,4 +1,5 @@
-// data_proc: the routines that act on the job: the main loop, the job file.
+// data_proc: the routines that act on the job: the main loop and its commands.
+// The job file's reader and writer stand in app/job_file.h.
 #pragma once
 
 namespace data_proc {
@@ -7,8 +8,5 @@ namespace data_proc {
 inline int exit_code = 0;
 
 void main_procedure();    // loads the job given at start, then runs the message loop
-void read_ombrel_file();  // fills the job state from file_inp
-void read_twinlaw();      // the twin block, on the job file being read
-void write_ombrel_file(); // writes the job state to file_inp
 
 }  // namespace data_proc

@@ -1,10 +1,15 @@
-// job_file: where the job file reader and writer send their messages.
-// The routines themselves are data_proc::read_ombrel_file, read_twinlaw and
-// write_ombrel_file (app/data_proc.h).
+// job_file: the job file's reader and writer, and where they send their
+// messages. The routines belong to the data_proc module by name.
 #pragma once
 
 #include <functional>
 #include <string_view>
+
+namespace data_proc {
+void read_ombrel_file();   // fills the job state from file_inp
+void read_twinlaw();       // the twin block, on the job file being read
+void write_ombrel_file();  // writes the job state to file_inp
+}  // namespace data_proc
 
 namespace job_file {
 
