@@ -698,6 +698,19 @@ Pixmap yyCreateGreyPixmap(Pixmap pixmap, int width, int height, Pixel background
   return out;
 }
 
+int yySampleTextHeight(XftFont* xft, XFontStruct* core) {
+  if (xft) {
+    XGlyphInfo ext{};
+    XftTextExtents8(xs.ixDisplay, xft, reinterpret_cast<const FcChar8*>("Wy@"), 3, &ext);
+    return ext.height;
+  }
+  if (!core) return 0;
+  int dir = 0, asc = 0, desc = 0;
+  XCharStruct all{};
+  XTextExtents(core, "Wy@", 3, &dir, &asc, &desc, &all);
+  return all.ascent + all.descent;
+}
+
 namespace zelvy_x {
 State& state() {
   static State s;

@@ -95,6 +95,9 @@ int yymotifversion();
 int yyvendorrelease();
 // An Xft font by family and size in points ("Sans", 8).
 XftFont* yyXftOpen(const char* family, int size);
+// Height of the sample "Wy@" (cap height to descender) in an Xft font, else in
+// a core font; 0 with neither.
+int yySampleTextHeight(XftFont* xft, XFontStruct* core);
 int yyXlibErrorEH(Display*, XErrorEvent* event);
 // Flat look for a scroll bar: which 0 the widget, 1/2 its horizontal/vertical
 // bar child, 3/4 those children of its parent.

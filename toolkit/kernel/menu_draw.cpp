@@ -31,6 +31,7 @@ struct Look {
   int savedRevert = RevertToParent;
   int promptBar = -1;  // the window whose status bar shows the prompt line, -1 none
   std::vector<std::pair<Pixel, XftColor>> knownColours;
+  bool measured = false;  // the row height, with the font of a display; until then nominal
 };
 Look look;
 
@@ -105,23 +106,14 @@ std::pair<std::string_view, std::string_view> split_text(std::string_view t) {
 }  // namespace
 
 int yyMenuRowHeight() {
-  static bool measured = false;  // with the font of a display; until then nominal
-  if (measured || (ms.iMenuHeight > 0 && !xdisplay())) return ms.iMenuHeight;
+  if (look.measured || (ms.iMenuHeight > 0 && !xdisplay())) return ms.iMenuHeight;
   int height = 13;
   if (xdisplay()) {
-    measured = true;
+    look.measured = true;
     const ZelvAppData& a = zelvy_x::state().appData;
     if (zelvy_x::state().bXft) look.xftMenuFont = yyXftOpen(a.xftNameMenu, a.xftSizeMenu > 0 ? a.xftSizeMenu : 8);
-    if (look.xftMenuFont) {
-      XGlyphInfo ext{};
-      XftTextExtents8(xdisplay(), look.xftMenuFont, reinterpret_cast<const FcChar8*>("Wy@"), 3, &ext);
-      height = ext.height;
-    } else if ((look.coreMenuFont = zelvy_x::state().dialogFontStruct)) {
-      int dir = 0, asc = 0, desc = 0;
-      XCharStruct all{};
-      XTextExtents(look.coreMenuFont, "Wy@", 3, &dir, &asc, &desc, &all);
-      height = all.ascent + all.descent;
-    }
+    if (!look.xftMenuFont) look.coreMenuFont = zelvy_x::state().dialogFontStruct;
+    if (look.xftMenuFont || look.coreMenuFont) height = yySampleTextHeight(look.xftMenuFont, look.coreMenuFont);
   }
   ms.iMenuHeight = height + 8;
   ms.iMenuYText = height + 4;

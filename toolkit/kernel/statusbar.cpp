@@ -174,19 +174,8 @@ void yyWindowStatusBarInit(int stage) {
     const ZelvAppData& a = zelvy_x::state().appData;
     if (zelvy_x::state().bXft) sb.xftSBarFont = yyXftOpen(a.xftNameStatus, a.xftSizeStatus > 0 ? a.xftSizeStatus : 8);
     int height = 0;
-    if (sb.xftSBarFont) {
-      XGlyphInfo ext{};
-      XftTextExtents8(dpy, sb.xftSBarFont, reinterpret_cast<const FcChar8*>("Wy@"), 3, &ext);
-      height = ext.height;
-    } else {
-      sb.coreSBarFont = zelvy_x::state().dialogFontStruct;
-      if (sb.coreSBarFont) {
-        int dir = 0, asc = 0, desc = 0;
-        XCharStruct all{};
-        XTextExtents(sb.coreSBarFont, "Wy@", 3, &dir, &asc, &desc, &all);
-        height = all.ascent + all.descent;
-      }
-    }
+    if (!sb.xftSBarFont) sb.coreSBarFont = zelvy_x::state().dialogFontStruct;
+    height = yySampleTextHeight(sb.xftSBarFont, sb.coreSBarFont);
     sb.iSBarHeight = height + 12;
     sb.iSBarYText = height + 6;
     return;
