@@ -35,6 +35,7 @@ namespace {
 constexpr int kDefaultFieldLength = 256;
 // Rows a combo's list shows before it scrolls.
 constexpr int kComboRows = 10;
+constexpr int kComboShadow = 1;
 
 // The options a field has in the resource tables, each handed to `add` in
 // order; the resource's selected option is then put into the field.
@@ -106,7 +107,7 @@ void create_label(DialogRecord& d, FieldRecord& f) {
   // Multi-line labels start at the top, as typed text does.
   f.valueWidget = XtCreateManagedWidget("Label", xmLabelWidgetClass, f.widget, args.a, args.n);
   XtVaSetValues(f.valueWidget, XmNchildType, XmFRAME_WORKAREA_CHILD, nullptr);
-  yyDialogSetLabel(f.valueWidget, yyDialogLabelText(f, f.text));
+  yyDialogLabelSetText(f, f.text);
 }
 
 Pixmap image_pixmap(int imageId, int type, Pixel background, int& w, int& h) {
@@ -207,12 +208,18 @@ void add_text_callbacks(Widget text) {
   XtAddCallback(text, XmNvalueChangedCallback, yyDialogStringCB, nullptr);
 }
 
+// The top and bottom margin that puts one line of the field's font in the
+// middle of a text area `inner` pixels high.
+int centred_margin(const FieldRecord& f, int inner) {
+  const int line = static_cast<int>(yyDialogFontMetrics(f.fontIndex).charHeight / 1.07f);
+  return std::max(0, (inner - line) / 2);
+}
+
 Args& text_args(Args& args, const FieldRecord& f) {
   const bool edge = (f.style & field_style::kBorder) || (f.extendedStyle & field_style2::kEdges);
   // The line sits in the middle of a field taller than one line.
   const int shadow = (edge || !zelvy_x::state().bFlatStyle) ? 1 : 0;
-  const int line = static_cast<int>(yyDialogFontMetrics(f.fontIndex).charHeight / 1.07f);
-  const int margin = (f.type == kString && (f.style & field_style::kMultiLine)) ? 0 : std::max(0, (f.height - 2 * shadow - line) / 2 - 1);
+  const int margin = (f.type == kString && (f.style & field_style::kMultiLine)) ? 0 : centred_margin(f, f.height - 2 * shadow);
   args.add(XmNmarginHeight, margin).add(XmNmarginWidth, 1).add(XmNcursorPositionVisible, False);
   args.add(XtNbackground, yyDialogScheme(15)).add(XtNforeground, yyDialogScheme(14));
   if (zelvy_x::state().bFlatStyle) {
@@ -367,7 +374,7 @@ void create_combo(DialogRecord& d, FieldRecord& f) {
                             : type == field_style::kComboDropDownList ? XmDROP_DOWN_LIST
                                                                       : XmDROP_DOWN_COMBO_BOX);
   args.add(XmNmarginHeight, 0).add(XmNmarginWidth, 0).add(XmNhighlightThickness, 0).add(XtNbackground, yyDialogScheme(3));
-  args.add(XmNshadowThickness, 1).add(XmNarrowSize, std::max(8, f.height - 4));
+  args.add(XmNshadowThickness, kComboShadow).add(XmNarrowSize, std::max(8, f.height - 4));
   if (zelvy_x::state().bFlatStyle) args.add(XmNtopShadowColor, yyDialogScheme(9)).add(XmNbottomShadowColor, yyDialogScheme(9));
   // The dialog's font, also in the drop-down list, whose rows must hold its descenders.
   if (yyDialogRenderTable(f.fontIndex)) args.add(XmNrenderTable, yyDialogRenderTable(f.fontIndex));
@@ -376,7 +383,7 @@ void create_combo(DialogRecord& d, FieldRecord& f) {
   if (!f.valueWidget) f.valueWidget = f.widget;
   else
     XtVaSetValues(f.valueWidget, XtNbackground, yyDialogScheme(15), XmNshadowThickness, 0, XmNcursorPositionVisible, False,
-                  nullptr);
+                  XmNmarginHeight, centred_margin(f, fm.controlHeight - 2 * kComboShadow), nullptr);
   f.textKind = 2;
   f.data = TextFieldData{};
   if (f.style & field_style::kComboUpperCase) f.data.kind = 1;

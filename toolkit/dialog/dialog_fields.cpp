@@ -342,6 +342,24 @@ int yyDialogTextWidth(int fontIndex, std::string_view text) {
   return w;
 }
 
+// A label's text starts at its top, as a text field's line is placed, so
+// that a label beside a field reads level with the field's text.
+void yyDialogLabelSetText(const FieldRecord& f, std::string_view text) {
+  const std::string wrapped = yyDialogLabelText(f, text);
+  yyDialogSetLabel(f.valueWidget, wrapped);
+  XmRenderTable rt = yyDialogRenderTable(f.fontIndex);
+  Dimension frameShadow = 0;
+  XtVaGetValues(f.widget, XmNshadowThickness, &frameShadow, nullptr);
+  const int height = f.height - 2 * frameShadow;
+  int textHeight = 0;
+  if (rt && !wrapped.empty()) {
+    XmString s = yyDialogXmString(wrapped);
+    textHeight = XmStringHeight(rt, s);
+    XmStringFree(s);
+  }
+  XtVaSetValues(f.valueWidget, XmNmarginBottom, std::max(0, height - textHeight), nullptr);
+}
+
 // Labels wrap at blanks to their width unless they ask not to.
 std::string yyDialogLabelText(const FieldRecord& f, std::string_view text) {
   const bool wrap = (f.style & field_style::kLabelKindMask) != field_style::kLabelNoWrap;
@@ -541,7 +559,8 @@ void yyDialogPutText(FieldRecord& f, std::string_view text, double number, std::
       if (f.text.empty()) XtUnmanageChild(target);
       else XtManageChild(target);
     }
-    yyDialogSetLabel(target, f.type == kLabel ? yyDialogLabelText(f, f.text) : f.text);
+    if (f.type == kLabel) yyDialogLabelSetText(f, f.text);
+    else yyDialogSetLabel(target, f.text);
     return;
   }
   if (f.textKind != 2) return;

@@ -29,6 +29,8 @@ void yyDialogSetLabel(Widget w, std::string_view text);
 int yyDialogTextWidth(int fontIndex, std::string_view text);
 // Label text wrapped to the field's width unless its style forbids it.
 std::string yyDialogLabelText(const FieldRecord& f, std::string_view text);
+// Puts a label field's text, wrapped, at the top of the label.
+void yyDialogLabelSetText(const FieldRecord& f, std::string_view text);
 
 // Creates the widgets of one field by its type (no common tail).
 void yyDialogFieldCreateType(DialogRecord& d, FieldRecord& f);
