@@ -16,6 +16,7 @@
 
 #include "toolkit/kernel/resources.h"
 #include "toolkit/dialog/dialog_private.h"
+#include "toolkit/dialog/field_styles.h"
 #include "toolkit/kernel/dialog_attach.h"
 #include "toolkit/kernel/display_private.h"
 #include "toolkit/kernel/message.h"
@@ -42,8 +43,6 @@ struct RenderTables {
 };
 RenderTables renderTables;
 bool engineReady = false;
-
-constexpr std::uint32_t kTitleBits = 0xC00000;
 
 DialogFontMetrics measure_xft(const char* family, int size) {
   DialogFontMetrics m;
@@ -162,7 +161,7 @@ bool yyDialogCreate(int idx, Widget parent, int kind) {
       XtSetArg(a[n], XmNmaxWidth, d.width); ++n;
       XtSetArg(a[n], XmNmaxHeight, d.height); ++n;
     }
-    XtSetArg(a[n], XmNoverrideRedirect, (d.style & kTitleBits) ? False : True); ++n;
+    XtSetArg(a[n], XmNoverrideRedirect, (d.style & ::dialog_style::kTitleBar) ? False : True); ++n;
     XtSetArg(a[n], XmNtitle, d.title.empty() ? " " : d.title.c_str()); ++n;
     XtSetArg(a[n], XmNcolormap, zelvy_x::state().iCmapMain ? zelvy_x::state().iCmapMain : DefaultColormap(dpy, zelvy_x::state().iScreen)); ++n;
     XtSetArg(a[n], XmNautoUnmanage, False); ++n;
@@ -295,8 +294,8 @@ void yyDialogSizeFix(DialogRecord& d) {
   for (FieldRecord& f : d.fields) {
     Widget w = f.outerWidget ? f.outerWidget : f.widget;
     if (!w) continue;
-    if ((f.capabilities & 0x80) && !(f.capabilities & 0x200)) continue;
-    if (f.capabilities & 0x200) w = XtParent(f.widget);
+    if ((f.capabilities & field_capability::kGeometryNotOnMain) && !(f.capabilities & field_capability::kGeometryOnParent)) continue;
+    if (f.capabilities & field_capability::kGeometryOnParent) w = XtParent(f.widget);
     Dimension bw = 0;
     XtVaGetValues(w, XtNborderWidth, &bw, nullptr);
     XtConfigureWidget(w, static_cast<Position>(f.x), static_cast<Position>(f.y),
@@ -306,7 +305,7 @@ void yyDialogSizeFix(DialogRecord& d) {
 
 void focus_first(DialogRecord& d) {
   for (FieldRecord& f : d.fields) {
-    if (!(f.capabilities & 0x8) || !f.widget || !XtIsManaged(f.widget) || !XtIsSensitive(f.widget)) continue;
+    if (!(f.capabilities & field_capability::kTabReach) || !f.widget || !XtIsManaged(f.widget) || !XtIsSensitive(f.widget)) continue;
     Widget target = f.valueWidget ? f.valueWidget : f.widget;
     XmProcessTraversal(target, XmTRAVERSE_CURRENT);
     return;
@@ -333,7 +332,8 @@ int yyDialogShow(int x, int y, int mode, int fieldid) {
   XtManageChild(d.widget);
   if (d.shell && XtIsRealized(d.shell)) {
     XSizeHints h{};
-    h.flags = (d.anchorFieldId == 0) ? 0x33 : 0x13;
+    // A dialog without an anchor field keeps its size.
+    h.flags = USPosition | USSize | PMinSize | (d.anchorFieldId == 0 ? PMaxSize : 0);
     h.x = x;
     h.y = y;
     h.width = h.min_width = h.max_width = d.minWidth;

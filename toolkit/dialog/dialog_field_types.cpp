@@ -35,6 +35,7 @@ namespace {
 constexpr int kDefaultFieldLength = 256;
 // Rows a combo's list shows before it scrolls.
 constexpr int kComboRows = 10;
+constexpr int kComboShadow = 1;
 
 // The options a field has in the resource tables, each handed to `add` in
 // order; the resource's selected option is then put into the field.
@@ -74,10 +75,11 @@ Args& base_args(Args& args, const FieldRecord& f, bool font = true) {
 
 // Labels, pictures and grids sit in a frame that draws their border styles.
 Widget border_widget(Widget parent, const FieldRecord& f, bool ignoreBorder = false) {
-  const bool border = !ignoreBorder && ((f.style & 0x800000) || (f.style & 0x1000) || (f.extendedStyle & 0x20201));
+  const bool border = !ignoreBorder && ((f.style & (field_style::kBorder | field_style::kSunken)) ||
+                                        (f.extendedStyle & field_style2::kEdges));
   Args args;
   base_args(args, f, false);
-  args.add(XmNshadowThickness, border ? 1 : 0).add(XmNshadowType, (f.style & 0x1000) ? static_cast<int>(XmSHADOW_IN) : static_cast<int>(XmSHADOW_ETCHED_IN));
+  args.add(XmNshadowThickness, border ? 1 : 0).add(XmNshadowType, (f.style & field_style::kSunken) ? static_cast<int>(XmSHADOW_IN) : static_cast<int>(XmSHADOW_ETCHED_IN));
   args.add(XmNmarginWidth, 0).add(XmNmarginHeight, 0).add(XtNbackground, yyDialogScheme(3));
   if (border && zelvy_x::state().bFlatStyle)
     args.add(XmNtopShadowColor, yyDialogScheme(9)).add(XmNbottomShadowColor, yyDialogScheme(9));
@@ -85,16 +87,16 @@ Widget border_widget(Widget parent, const FieldRecord& f, bool ignoreBorder = fa
 }
 
 unsigned char label_alignment(std::uint32_t style) {
-  switch (style & 0x7F) {
-    case 1: return XmALIGNMENT_CENTER;
-    case 2: return XmALIGNMENT_END;
+  switch (style & field_style::kLabelKindMask) {
+    case field_style::kLabelCentred: return XmALIGNMENT_CENTER;
+    case field_style::kLabelRight: return XmALIGNMENT_END;
     default: return XmALIGNMENT_BEGINNING;
   }
 }
 
 void create_label(DialogRecord& d, FieldRecord& f) {
   f.textKind = 1;
-  f.capabilities = 0x98040 | ((f.style & 0x80) ? 0 : 0x1);
+  f.capabilities = field_capability::kLabel | ((f.style & field_style::kLabelNoMnemonic) ? 0 : field_capability::kMnemonic);
   f.widget = border_widget(d.widget, f);
   char mnemonic = 0;
   f.text = yyDialogStrGetMnemonic(f.text, mnemonic);
@@ -105,7 +107,7 @@ void create_label(DialogRecord& d, FieldRecord& f) {
   // Multi-line labels start at the top, as typed text does.
   f.valueWidget = XtCreateManagedWidget("Label", xmLabelWidgetClass, f.widget, args.a, args.n);
   XtVaSetValues(f.valueWidget, XmNchildType, XmFRAME_WORKAREA_CHILD, nullptr);
-  yyDialogSetLabel(f.valueWidget, yyDialogLabelText(f, f.text));
+  yyDialogLabelSetText(f, f.text);
 }
 
 Pixmap image_pixmap(int imageId, int type, Pixel background, int& w, int& h) {
@@ -132,22 +134,22 @@ Pixmap image_pixmap(int imageId, int type, Pixel background, int& w, int& h) {
 }
 
 void create_picture(DialogRecord& d, FieldRecord& f) {
-  const int kind = static_cast<int>(f.style & 0x7F);
-  f.capabilities = 0x82000;
-  if (kind == 16 || kind == 17) {
-    if (kind == 16) f.height = 2;
-    else f.width = 2;
-  }
-  const bool line = kind == 16 || kind == 17;
+  using namespace field_style;
+  const std::uint32_t kind = f.style & kPictureKindMask;
+  f.capabilities = field_capability::kPicture;
+  const bool line = kind == kPictureLineHorizontal || kind == kPictureLineVertical;
+  if (kind == kPictureLineHorizontal) f.height = 2;
+  else if (kind == kPictureLineVertical) f.width = 2;
   f.widget = border_widget(d.widget, f, line);
-  if (kind == 7 || kind == 8 || kind == 9 || kind == 18 || line) {
-    f.capabilities |= 0x4000;
+  if (kind == kPictureFrameDark || kind == kPictureFrameGrey || kind == kPictureFrameWhite || kind == kPictureEtchedFrame ||
+      line) {
+    f.capabilities |= field_capability::kPictureNoLabel;
     Args args;
     if (line) {
-      args.add(XmNseparatorType, XmSHADOW_ETCHED_IN).add(XmNorientation, kind == 16 ? XmHORIZONTAL : XmVERTICAL);
+      args.add(XmNseparatorType, XmSHADOW_ETCHED_IN).add(XmNorientation, kind == kPictureLineHorizontal ? XmHORIZONTAL : XmVERTICAL);
       f.valueWidget = XtCreateManagedWidget("Picture", xmSeparatorWidgetClass, f.widget, args.a, args.n);
     } else {
-      const int col = kind == 7 ? 9 : kind == 8 ? 4 : kind == 9 ? 8 : -1;
+      const int col = kind == kPictureFrameDark ? 9 : kind == kPictureFrameGrey ? 4 : kind == kPictureFrameWhite ? 8 : -1;
       args.add(XmNshadowType, XmSHADOW_ETCHED_IN).add(XmNshadowThickness, 1).add(XtNbackground, yyDialogScheme(3));
       if (col >= 0)
         args.add(XmNtopShadowColor, yyDialogScheme(col)).add(XmNbottomShadowColor, yyDialogScheme(col)).add(XtNforeground, yyDialogScheme(col));
@@ -155,19 +157,19 @@ void create_picture(DialogRecord& d, FieldRecord& f) {
     }
     return;
   }
-  if (!(f.style & 0x200)) f.capabilities |= 0x40000;
+  if (!(f.style & kPictureKeepSize)) f.capabilities |= field_capability::kPictureRecomputes;
   Pixel bg = yyDialogScheme(3);
-  if (kind == 4) bg = yyDialogScheme(9);
-  else if (kind == 5) bg = yyDialogScheme(4);
-  else if (kind == 6) bg = yyDialogScheme(8);
+  if (kind == kPictureFillDark) bg = yyDialogScheme(9);
+  else if (kind == kPictureFillGrey) bg = yyDialogScheme(4);
+  else if (kind == kPictureFillWhite) bg = yyDialogScheme(8);
   Args args;
   args.add(XmNrecomputeSize, False).add(XmNmarginWidth, 0).add(XmNmarginHeight, 0).add(XtNbackground, bg);
   args.add(XmNlabelString, nullptr).add(XmNtraversalOn, False);
   f.valueWidget = XtCreateManagedWidget("Picture", xmLabelWidgetClass, f.widget, args.a, args.n);
   yyDialogSetLabel(f.valueWidget, "");
-  if (kind == 3 || kind == 14) {
+  if (kind == kPictureIcon || kind == kPictureBitmap) {
     int w = 0, h = 0;
-    f.image = image_pixmap(f.identifier, kind == 3 ? 2 : 1, yyDialogScheme(3), w, h);
+    f.image = image_pixmap(f.identifier, kind == kPictureIcon ? 2 : 1, yyDialogScheme(3), w, h);
     if (f.image != 2) {
       f.imageResourceId = f.identifier;
       f.imageWidget = f.valueWidget;
@@ -178,18 +180,20 @@ void create_picture(DialogRecord& d, FieldRecord& f) {
 
 void create_group(DialogRecord& d, FieldRecord& f) {
   f.textKind = 3;
-  f.capabilities = 0x1A041;
+  f.capabilities = field_capability::kGroup;
   Args args;
   base_args(args, f, false);
   args.add(XmNshadowType, XmSHADOW_ETCHED_IN).add(XtNbackground, yyDialogScheme(3)).add(XmNmarginWidth, 0).add(XmNmarginHeight, 0);
-  if ((f.style & 0x8000) || zelvy_x::state().bFlatStyle)
+  if ((f.style & field_style::kGroupFlat) || zelvy_x::state().bFlatStyle)
     args.add(XmNtopShadowColor, yyDialogScheme(9)).add(XmNbottomShadowColor, yyDialogScheme(9)).add(XmNshadowThickness, 1);
   f.widget = XtCreateWidget("ZelvField", xmFrameWidgetClass, d.widget, args.a, args.n);
-  const std::uint32_t align = f.style & 0x300;
+  const std::uint32_t align = f.style & field_style::kAlignMask;
   Args t;
   t.add(XmNchildType, XmFRAME_TITLE_CHILD).add(XmNchildVerticalAlignment, XmALIGNMENT_CENTER);
   t.add(XmNchildHorizontalAlignment,
-        align == 0x200 ? XmALIGNMENT_END : align == 0x300 ? XmALIGNMENT_CENTER : XmALIGNMENT_BEGINNING);
+        align == field_style::kAlignRight    ? XmALIGNMENT_END
+        : align == field_style::kAlignCentred ? XmALIGNMENT_CENTER
+                                              : XmALIGNMENT_BEGINNING);
   t.add(XtNbackground, yyDialogScheme(3)).add(XmNtraversalOn, False).add(XmNmarginHeight, 0);
   if (yyDialogRenderTable(f.fontIndex)) t.add(XmNrenderTable, yyDialogRenderTable(f.fontIndex));
   f.valueWidget = XtCreateWidget("Title", xmLabelWidgetClass, f.widget, t.a, t.n);
@@ -204,12 +208,18 @@ void add_text_callbacks(Widget text) {
   XtAddCallback(text, XmNvalueChangedCallback, yyDialogStringCB, nullptr);
 }
 
+// The top and bottom margin that puts one line of the field's font in the
+// middle of a text area `inner` pixels high.
+int centred_margin(const FieldRecord& f, int inner) {
+  const int line = static_cast<int>(yyDialogFontMetrics(f.fontIndex).charHeight / 1.07f);
+  return std::max(0, (inner - line) / 2);
+}
+
 Args& text_args(Args& args, const FieldRecord& f) {
-  const bool edge = (f.style & 0x800000) || (f.extendedStyle & 0x20201);
+  const bool edge = (f.style & field_style::kBorder) || (f.extendedStyle & field_style2::kEdges);
   // The line sits in the middle of a field taller than one line.
   const int shadow = (edge || !zelvy_x::state().bFlatStyle) ? 1 : 0;
-  const int line = static_cast<int>(yyDialogFontMetrics(f.fontIndex).charHeight / 1.07f);
-  const int margin = (f.type == kString && (f.style & 0x4)) ? 0 : std::max(0, (f.height - 2 * shadow - line) / 2 - 1);
+  const int margin = (f.type == kString && (f.style & field_style::kMultiLine)) ? 0 : centred_margin(f, f.height - 2 * shadow);
   args.add(XmNmarginHeight, margin).add(XmNmarginWidth, 1).add(XmNcursorPositionVisible, False);
   args.add(XtNbackground, yyDialogScheme(15)).add(XtNforeground, yyDialogScheme(14));
   if (zelvy_x::state().bFlatStyle) {
@@ -222,11 +232,11 @@ Args& text_args(Args& args, const FieldRecord& f) {
 
 void create_text(DialogRecord& d, FieldRecord& f) {
   f.textKind = 2;
-  f.capabilities = 0x1916A;
+  f.capabilities = field_capability::kText;
   TextFieldData& t = f.data;
   t = TextFieldData{};
   const bool numeric = yyDialogIsNumeric(f);
-  const bool multi = !numeric && (f.style & 0x4);
+  const bool multi = !numeric && (f.style & field_style::kMultiLine);
   if (numeric) {
     t.kind = f.type - kInteger + 3;
     double lo = 1.0, hi = -1.0;
@@ -234,22 +244,22 @@ void create_text(DialogRecord& d, FieldRecord& f) {
     t.minimum = lo;
     t.maximum = hi;
   } else {
-    if (f.style & 0x8) t.kind = 1;
-    else if (f.style & 0x10) t.kind = 2;
-    if (f.style & 0x1000) f.capabilities |= 0x20000;
+    if (f.style & field_style::kUpperCase) t.kind = 1;
+    else if (f.style & field_style::kLowerCase) t.kind = 2;
+    if (f.style & field_style::kWantsReturn) f.capabilities |= field_capability::kReturnToWidget;
   }
-  const bool autoScroll = f.style & 0x80;
+  const bool autoScroll = f.style & field_style::kAutoScroll;
   int length = 0;
   yyrcfieldlength(d.resourceId, f.identifier, length);
   // Fields scroll sideways, so only the character count bounds a text.
   t.charLimit = length > 0 ? length : kDefaultFieldLength;
   t.pixelLimit = 0;
-  const bool spinner = numeric && (f.extraFlags & 0x8000);
+  const bool spinner = numeric && (f.extraFlags & field_extra::kSpinner);
   Args args;
   text_args(args, f);
   if (yyDialogRenderTable(f.fontIndex)) args.add(XmNrenderTable, yyDialogRenderTable(f.fontIndex));
   if (spinner) {
-    f.capabilities |= 0x800;
+    f.capabilities |= field_capability::kSpinner;
     const int arrow = std::min(f.height, 14);
     Args outer;
     base_args(outer, f, false);
@@ -268,10 +278,10 @@ void create_text(DialogRecord& d, FieldRecord& f) {
       f.parts.push_back(a);
     }
   } else if (multi) {
-    f.capabilities |= 0x280;
+    f.capabilities |= field_capability::kScrolledText;
     args.add(XmNeditMode, XmMULTI_LINE_EDIT).add(XmNwordWrap, autoScroll ? False : True);
-    args.add(XmNscrollVertical, (f.style & 0x200000) ? True : False);
-    args.add(XmNscrollHorizontal, (f.style & 0x100000) ? True : False);
+    args.add(XmNscrollVertical, (f.style & field_style::kVerticalScrollBar) ? True : False);
+    args.add(XmNscrollHorizontal, (f.style & field_style::kHorizontalScrollBar) ? True : False);
     Widget sw = XtVaCreateWidget("ZelvScroll", xmScrolledWindowWidgetClass, d.widget, XtNx, f.x, XtNy, f.y, XtNwidth,
                                  std::max(1, f.width), XtNheight, std::max(1, f.height), XmNscrollingPolicy,
                                  XmAPPLICATION_DEFINED, XmNvisualPolicy, XmVARIABLE, XmNspacing, 1,
@@ -289,7 +299,7 @@ void create_text(DialogRecord& d, FieldRecord& f) {
   std::string initial = f.text;
   if (t.kind == 1) std::transform(initial.begin(), initial.end(), initial.begin(), ::toupper);
   if (t.kind == 2) std::transform(initial.begin(), initial.end(), initial.begin(), ::tolower);
-  if (f.style & 0x20 && !numeric) initial.clear();
+  if ((f.style & field_style::kPassword) && !numeric) initial.clear();
   double v = 0;
   int good = 0;
   if (numeric && !initial.empty()) yyst2dblcheck(v, good, initial);
@@ -299,35 +309,37 @@ void create_text(DialogRecord& d, FieldRecord& f) {
 
 void create_button(DialogRecord& d, FieldRecord& f) {
   f.textKind = 1;
-  f.capabilities = 0x204F;
+  f.capabilities = field_capability::kButton;
   char mnemonic = 0;
   f.text = yyDialogStrGetMnemonic(f.text, mnemonic);
-  const std::uint32_t align = f.style & 0x300;
+  const std::uint32_t align = f.style & field_style::kAlignMask;
   Args args;
   base_args(args, f);
   args.add(XmNrecomputeSize, False)
-      .add(XmNalignment, align == 0x100 ? XmALIGNMENT_BEGINNING : align == 0x200 ? XmALIGNMENT_END : XmALIGNMENT_CENTER);
+      .add(XmNalignment, align == field_style::kAlignLeft    ? XmALIGNMENT_BEGINNING
+                         : align == field_style::kAlignRight ? XmALIGNMENT_END
+                                                             : XmALIGNMENT_CENTER);
   args.add(XtNbackground, yyDialogScheme(17)).add(XtNforeground, yyDialogScheme(0)).add(XmNfillOnArm, False);
   args.add(XmNhighlightThickness, 1).add(XmNshadowThickness, zelvy_x::state().bFlatStyle ? 1 : 2).add(XmNmarginHeight, 0);
   if (zelvy_x::state().bFlatStyle) args.add(XmNtopShadowColor, yyDialogScheme(9)).add(XmNbottomShadowColor, yyDialogScheme(9));
-  if ((f.style & 0x8000)) args.add(XmNfillOnArm, True).add(XmNshadowThickness, 0).add(XtNborderWidth, 1);
+  if (f.style & field_style::kButtonFlat) args.add(XmNfillOnArm, True).add(XmNshadowThickness, 0).add(XtNborderWidth, 1);
   f.widget = XtCreateWidget("ZelvField", xmPushButtonWidgetClass, d.widget, args.a, args.n);
   yyDialogSetLabel(f.widget, f.text);
   if (mnemonic) XtVaSetValues(f.widget, XmNmnemonic, XStringToKeysym(std::string(1, mnemonic).c_str()), nullptr);
-  if (f.style & 0x1) d.defaultButton = static_cast<int>(&f - d.fields.data());
+  if (f.style & field_style::kDefaultButton) d.defaultButton = static_cast<int>(&f - d.fields.data());
   XtAddCallback(f.widget, XmNactivateCallback, yyDialogButtonCB, nullptr);
 }
 
 void create_toggle(DialogRecord& d, FieldRecord& f) {
   f.textKind = 1;
-  f.capabilities = 0x205F | (yyDialogPushLike(f) ? 0 : 0x8000);
+  f.capabilities = field_capability::kToggle | (yyDialogPushLike(f) ? 0 : field_capability::kForegroundSettable);
   char mnemonic = 0;
   f.text = yyDialogStrGetMnemonic(f.text, mnemonic);
-  const std::uint32_t align = f.style & 0x300;
+  const std::uint32_t align = f.style & field_style::kAlignMask;
   unsigned char a = yyDialogPushLike(f) ? XmALIGNMENT_CENTER : XmALIGNMENT_BEGINNING;
-  if (align == 0x100) a = XmALIGNMENT_BEGINNING;
-  else if (align == 0x200) a = XmALIGNMENT_END;
-  else if (align == 0x300) a = XmALIGNMENT_CENTER;
+  if (align == field_style::kAlignLeft) a = XmALIGNMENT_BEGINNING;
+  else if (align == field_style::kAlignRight) a = XmALIGNMENT_END;
+  else if (align == field_style::kAlignCentred) a = XmALIGNMENT_CENTER;
   Args args;
   base_args(args, f);
   args.add(XmNrecomputeSize, False).add(XmNalignment, a).add(XtNbackground, yyDialogScheme(3)).add(XmNmarginHeight, 0);
@@ -352,15 +364,17 @@ void create_toggle(DialogRecord& d, FieldRecord& f) {
 
 void create_combo(DialogRecord& d, FieldRecord& f) {
   f.textKind = 0;
-  f.capabilities = 0x1815A;
-  const int type = static_cast<int>(f.style & 0x3);
+  f.capabilities = field_capability::kCombo;
+  const std::uint32_t type = f.style & field_style::kComboKindMask;
   const DialogFontMetrics& fm = yyDialogFontMetrics(f.fontIndex);
-  if (type != 1) f.height = fm.controlHeight;
+  if (type != field_style::kComboSimple) f.height = fm.controlHeight;
   Args args;
   base_args(args, f);
-  args.add(XmNcomboBoxType, type == 1 ? XmCOMBO_BOX : type == 3 ? XmDROP_DOWN_LIST : XmDROP_DOWN_COMBO_BOX);
+  args.add(XmNcomboBoxType, type == field_style::kComboSimple         ? XmCOMBO_BOX
+                            : type == field_style::kComboDropDownList ? XmDROP_DOWN_LIST
+                                                                      : XmDROP_DOWN_COMBO_BOX);
   args.add(XmNmarginHeight, 0).add(XmNmarginWidth, 0).add(XmNhighlightThickness, 0).add(XtNbackground, yyDialogScheme(3));
-  args.add(XmNshadowThickness, 1).add(XmNarrowSize, std::max(8, f.height - 4));
+  args.add(XmNshadowThickness, kComboShadow).add(XmNarrowSize, std::max(8, f.height - 4));
   if (zelvy_x::state().bFlatStyle) args.add(XmNtopShadowColor, yyDialogScheme(9)).add(XmNbottomShadowColor, yyDialogScheme(9));
   // The dialog's font, also in the drop-down list, whose rows must hold its descenders.
   if (yyDialogRenderTable(f.fontIndex)) args.add(XmNrenderTable, yyDialogRenderTable(f.fontIndex));
@@ -369,12 +383,12 @@ void create_combo(DialogRecord& d, FieldRecord& f) {
   if (!f.valueWidget) f.valueWidget = f.widget;
   else
     XtVaSetValues(f.valueWidget, XtNbackground, yyDialogScheme(15), XmNshadowThickness, 0, XmNcursorPositionVisible, False,
-                  nullptr);
+                  XmNmarginHeight, centred_margin(f, fm.controlHeight - 2 * kComboShadow), nullptr);
   f.textKind = 2;
   f.data = TextFieldData{};
-  if (f.style & 0x2000) f.data.kind = 1;
-  else if (f.style & 0x4000) f.data.kind = 2;
-  if (type != 3) f.capabilities |= 0x1000;
+  if (f.style & field_style::kComboUpperCase) f.data.kind = 1;
+  else if (f.style & field_style::kComboLowerCase) f.data.kind = 2;
+  if (type != field_style::kComboDropDownList) f.capabilities |= field_capability::kCursorWhenFocused;
   int items = 0;
   load_options(d, f, [&f, &items](XmString s) {
     XmComboBoxAddItem(f.widget, s, 0, False);
@@ -383,23 +397,25 @@ void create_combo(DialogRecord& d, FieldRecord& f) {
   // A short list drops no taller than its entries.
   if (items > 0) XtVaSetValues(f.widget, XmNvisibleItemCount, std::min(items, kComboRows), nullptr);
   XtAddCallback(f.widget, XmNselectionCallback, yyDialogFieldChangedStateCB, nullptr);
-  if (f.valueWidget != f.widget && type != 3) add_text_callbacks(f.valueWidget);
+  if (f.valueWidget != f.widget && type != field_style::kComboDropDownList) add_text_callbacks(f.valueWidget);
 }
 
 void create_list(DialogRecord& d, FieldRecord& f) {
-  f.capabilities = 0x183CA;
+  f.capabilities = field_capability::kList;
   Widget sw = XtVaCreateWidget("ZelvScroll", xmScrolledWindowWidgetClass, d.widget, XtNx, f.x, XtNy, f.y, XtNwidth,
                                std::max(1, f.width), XtNheight, std::max(1, f.height), XmNscrollingPolicy,
                                XmAPPLICATION_DEFINED, XmNvisualPolicy, XmVARIABLE, XmNscrollBarDisplayPolicy,
                                XmAS_NEEDED, XtNbackground, yyDialogScheme(3), nullptr);
   Args args;
-  args.add(XmNselectionPolicy, (f.style & 0x8) ? XmMULTIPLE_SELECT : (f.style & 0x800) ? XmEXTENDED_SELECT : XmBROWSE_SELECT);
+  args.add(XmNselectionPolicy, (f.style & field_style::kListMultiple)   ? XmMULTIPLE_SELECT
+                               : (f.style & field_style::kListExtended) ? XmEXTENDED_SELECT
+                                                                         : XmBROWSE_SELECT);
   args.add(XmNlistSizePolicy, XmCONSTANT).add(XtNbackground, yyDialogScheme(15)).add(XmNhighlightThickness, 0);
   if (yyDialogRenderTable(f.fontIndex)) args.add(XmNrenderTable, yyDialogRenderTable(f.fontIndex));
   f.widget = XtCreateManagedWidget("ZelvField", xmListWidgetClass, sw, args.a, args.n);
   f.outerWidget = sw;
   load_options(d, f, [&f](XmString s) { XmListAddItemUnselected(f.widget, s, 0); });
-  if (f.style & 0x1) {
+  if (f.style & field_style::kListNotify) {
     XtAddCallback(f.widget, XmNbrowseSelectionCallback, yyDialogFieldChangedStateCB, nullptr);
     XtAddCallback(f.widget, XmNmultipleSelectionCallback, yyDialogFieldChangedStateCB, nullptr);
     XtAddCallback(f.widget, XmNextendedSelectionCallback, yyDialogFieldChangedStateCB, nullptr);
@@ -430,8 +446,8 @@ void create_scale(DialogRecord& d, FieldRecord& f, bool progress) {
   }
   if (hi <= lo) hi = lo + 1;
   value = std::clamp(value, lo, hi);
-  f.capabilities = progress ? 0 : 0x1005A;
-  const bool vertical = !progress && (f.style & 0x2);
+  f.capabilities = progress ? field_capability::kProgress : field_capability::kTrackbar;
+  const bool vertical = !progress && (f.style & field_style::kTrackbarVertical);
   Args args;
   base_args(args, f);
   args.add(XmNorientation, vertical ? XmVERTICAL : XmHORIZONTAL);
@@ -446,7 +462,7 @@ void create_scale(DialogRecord& d, FieldRecord& f, bool progress) {
 // The grid's simple form: its column titles from the template dialog, its row
 // labels, and one editable cell per visible row.
 void create_grid(DialogRecord& d, FieldRecord& f) {
-  f.capabilities = 0x18068;
+  f.capabilities = field_capability::kGrid;
   f.widget = border_widget(d.widget, f);
   XtVaSetValues(f.widget, XmNshadowThickness, 1, XmNshadowType, XmSHADOW_IN, nullptr);
   Widget area = XtVaCreateManagedWidget("Grid", xmDrawingAreaWidgetClass, f.widget, XtNbackground, yyDialogScheme(15),
@@ -493,7 +509,7 @@ void create_grid(DialogRecord& d, FieldRecord& f) {
 }
 
 void create_treeview(DialogRecord& d, FieldRecord& f) {
-  f.capabilities = 0x14A;
+  f.capabilities = field_capability::kTreeview;
   Widget sw = XtVaCreateWidget("ZelvScroll", xmScrolledWindowWidgetClass, d.widget, XtNx, f.x, XtNy, f.y, XtNwidth,
                                std::max(1, f.width), XtNheight, std::max(1, f.height), XmNscrollingPolicy,
                                XmAUTOMATIC, XtNbackground, yyDialogScheme(3), nullptr);
@@ -514,7 +530,7 @@ void yyDialogFieldCreateType(DialogRecord& d, FieldRecord& f) {
     case kCheckbox: case kRadio: create_toggle(d, f); break;
     case kCombo: create_combo(d, f); break;
     case kList: create_list(d, f); break;
-    case kTab: create_frame_like(d, f, 0x48); break;
+    case kTab: create_frame_like(d, f, field_capability::kTab); break;
     case kProgress: create_scale(d, f, true); break;
     case kGrid: create_grid(d, f); break;
     case kTrackbar: create_scale(d, f, false); break;

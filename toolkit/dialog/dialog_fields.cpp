@@ -137,7 +137,7 @@ void focus_out(FieldRecord* f) {
   if (!ds.bFocusChange) {
     bValid = yyDialogFieldValidate(f, true);
     pStoredItem = bValid ? nullptr : f;
-    if (bValid && (f->capabilities & 0x1000)) XtVaSetValues(f->valueWidget, XmNcursorPositionVisible, False, nullptr);
+    if (bValid && (f->capabilities & field_capability::kCursorWhenFocused)) XtVaSetValues(f->valueWidget, XmNcursorPositionVisible, False, nullptr);
   } else {
     bValid = true;
   }
@@ -160,7 +160,7 @@ void focus_in(DialogRecord* d, FieldRecord* f) {
   bValid = true;
   pStoredItem = nullptr;
   ds.bInvalidField = !yyDialogFieldValidate(f, true);
-  if (f->capabilities & 0x1000) XtVaSetValues(f->valueWidget, XmNcursorPositionVisible, True, nullptr);
+  if (f->capabilities & field_capability::kCursorWhenFocused) XtVaSetValues(f->valueWidget, XmNcursorPositionVisible, True, nullptr);
   if (d->focusField < 0) d->focusField = static_cast<int>(f - d->fields.data());
   else field_changed_message(*d, *f);
 }
@@ -191,7 +191,7 @@ void yyDialogStringCB(Widget w, XtPointer, XtPointer call) {
     XmTextBlock b = cbs->text;
     TextFieldData& t = f->data;
     if (b->ptr && b->length > 0) {
-      const bool multi = f->type == kString && (f->style & 0x4);
+      const bool multi = f->type == kString && (f->style & field_style::kMultiLine);
       const int present = static_cast<int>(XmTextGetLastPosition(w));
       const int allowed =
           t.charLimit > 0 ? std::max(0, t.charLimit - (present - static_cast<int>(cbs->endPos - cbs->startPos))) : -1;
@@ -212,14 +212,14 @@ void yyDialogStringCB(Widget w, XtPointer, XtPointer call) {
         cbs->doit = False;
         return;
       }
-      if (f->style & 0x20 && f->type == kString) {
+      if ((f->style & field_style::kPassword) && f->type == kString) {
         std::string& h = t.hiddenText;
         const auto s = static_cast<std::size_t>(std::min<long>(cbs->startPos, static_cast<long>(h.size())));
         const auto e = static_cast<std::size_t>(std::min<long>(cbs->endPos, static_cast<long>(h.size())));
         h.replace(s, e - s, std::string(b->ptr, static_cast<std::size_t>(b->length)));
         std::memset(b->ptr, '*', static_cast<std::size_t>(b->length));
       }
-    } else if (f->style & 0x20 && f->type == kString) {
+    } else if ((f->style & field_style::kPassword) && f->type == kString) {
       std::string& h = f->data.hiddenText;
       const auto s = static_cast<std::size_t>(std::min<long>(cbs->startPos, static_cast<long>(h.size())));
       const auto e = static_cast<std::size_t>(std::min<long>(cbs->endPos, static_cast<long>(h.size())));
@@ -272,38 +272,38 @@ void field_props(DialogRecord& d, FieldRecord& f) {
   if (!f.widget) return;
   XtVaSetValues(f.widget, XmNuserData, static_cast<XtPointer>(&f), nullptr);
   if (!f.valueWidget) f.valueWidget = f.widget;
-  if (f.capabilities & 0x2) {
+  if (f.capabilities & field_capability::kTakesFocus) {
     XtAddEventHandler(f.valueWidget, FocusChangeMask, False, yyDialogFieldChangedFocusEH, nullptr);
     XtAddEventHandler(f.valueWidget, KeyPressMask, False, yyDialogEscapeEH, nullptr);
   }
-  if ((f.capabilities & 0x10) && (f.type == kCheckbox || f.type == kRadio))
+  if ((f.capabilities & field_capability::kValueChangedCallback) && (f.type == kCheckbox || f.type == kRadio))
     XtAddCallback(f.widget, XmNvalueChangedCallback, yyDialogFieldChangedStateCB, nullptr);
   std::array<int, 6> col{256, 256, 256, 256, 256, 256};
   yyrcfieldcolour(d.resourceId, f.identifier, col);
-  if (col[0] != 256 && (f.capabilities & 0x8000)) {
+  if (col[0] != 256 && (f.capabilities & field_capability::kForegroundSettable)) {
     XtVaSetValues(f.valueWidget, XtNforeground, yyAllocPixel(col[0], col[1], col[2]), nullptr);
     f.defaultForeground = false;
   }
-  if (col[3] != 256 && (f.capabilities & 0x10000)) {
+  if (col[3] != 256 && (f.capabilities & field_capability::kBackgroundSettable)) {
     const Pixel p = yyAllocPixel(col[3], col[4], col[5]);
     XtVaSetValues(f.valueWidget, XtNbackground, p, nullptr);
     if (f.outerWidget) XtVaSetValues(f.outerWidget, XtNbackground, p, nullptr);
     f.defaultBackground = false;
   }
   int state = 1;
-  if (f.style & kDisabledBit) {
-    f.style &= ~kDisabledBit;
+  if (f.style & field_style::kDisabled) {
+    f.style &= ~field_style::kDisabled;
     state = 0;
-  } else if ((f.capabilities & 0x20) && (f.style & kReadOnlyBit)) {
-    f.style &= ~kReadOnlyBit;
+  } else if ((f.capabilities & field_capability::kReadOnlyState) && (f.style & field_style::kReadOnly)) {
+    f.style &= ~field_style::kReadOnly;
     state = 2;
   } else {
-    f.style |= kDisabledBit;  // forces the transition
+    f.style |= field_style::kDisabled;  // forces the transition
   }
-  const bool visible = f.style & kVisibleBit;
-  f.style &= ~kVisibleBit;
+  const bool visible = f.style & field_style::kVisible;
+  f.style &= ~field_style::kVisible;
   if (visible) {
-    f.style |= kVisibleBit;
+    f.style |= field_style::kVisible;
     XtManageChild(f.outerWidget ? f.outerWidget : f.widget);
   }
   yyDialogFieldStateX(state, d, f);
@@ -342,9 +342,27 @@ int yyDialogTextWidth(int fontIndex, std::string_view text) {
   return w;
 }
 
+// A label's text starts at its top, as a text field's line is placed, so
+// that a label beside a field reads level with the field's text.
+void yyDialogLabelSetText(const FieldRecord& f, std::string_view text) {
+  const std::string wrapped = yyDialogLabelText(f, text);
+  yyDialogSetLabel(f.valueWidget, wrapped);
+  XmRenderTable rt = yyDialogRenderTable(f.fontIndex);
+  Dimension frameShadow = 0;
+  XtVaGetValues(f.widget, XmNshadowThickness, &frameShadow, nullptr);
+  const int height = f.height - 2 * frameShadow;
+  int textHeight = 0;
+  if (rt && !wrapped.empty()) {
+    XmString s = yyDialogXmString(wrapped);
+    textHeight = XmStringHeight(rt, s);
+    XmStringFree(s);
+  }
+  XtVaSetValues(f.valueWidget, XmNmarginBottom, std::max(0, height - textHeight), nullptr);
+}
+
 // Labels wrap at blanks to their width unless they ask not to.
 std::string yyDialogLabelText(const FieldRecord& f, std::string_view text) {
-  const bool wrap = (f.style & 0x7F) != 11;
+  const bool wrap = (f.style & field_style::kLabelKindMask) != field_style::kLabelNoWrap;
   return yyDialogStrConvert(1, wrap, f.width, text,
                             [&](std::string_view line) { return yyDialogTextWidth(f.fontIndex, line); });
 }
@@ -372,7 +390,7 @@ void yyDialogFocusMovedCB(Widget, XtPointer, XtPointer call) {
   if (cbs->old_focus && yyDialogFromWidget(cbs->old_focus, &f) && f) focus_out(f);
   f = nullptr;
   DialogRecord* d = cbs->new_focus ? yyDialogFromWidget(cbs->new_focus, &f) : nullptr;
-  if (d && f && (f->capabilities & 0x2)) focus_in(d, f);
+  if (d && f && (f->capabilities & field_capability::kTakesFocus)) focus_in(d, f);
 }
 
 void yyDialogFieldCreate(DialogRecord& d) {
@@ -385,8 +403,10 @@ void yyDialogFieldCreate(DialogRecord& d) {
   d.radioGroupCount = yyDialogRadioGroups(types, styles, groups);
   for (std::size_t i = 0; i < d.fields.size(); ++i) d.fields[i].radioGroup = groups[i];
   auto framing = [](const FieldRecord& f) {
-    const std::uint32_t k = f.style & 0x7F;
-    return f.type == kPicture && (k == 7 || k == 8 || k == 9 || k == 18);
+    using namespace field_style;
+    const std::uint32_t k = f.style & kPictureKindMask;
+    return f.type == kPicture &&
+           (k == kPictureFrameDark || k == kPictureFrameGrey || k == kPictureFrameWhite || k == kPictureEtchedFrame);
   };
   // Later fields first, frames and groups last, so that they stack under what they enclose.
   for (int pass = 1; pass <= 3; ++pass)
@@ -405,8 +425,8 @@ void yyDialogFieldStateX(int state, DialogRecord&, FieldRecord& f) {
   if (type_treats_readonly_as_disabled(f.type) && state == 2) state = 0;
   if ((f.type == kPicture || f.type == kProgress) && state != 3) state = 1;
   auto show = [&] {
-    if (!(f.style & kVisibleBit)) {
-      f.style |= kVisibleBit;
+    if (!(f.style & field_style::kVisible)) {
+      f.style |= field_style::kVisible;
       XtManageChild(outer);
     }
   };
@@ -415,47 +435,47 @@ void yyDialogFieldStateX(int state, DialogRecord&, FieldRecord& f) {
     XtVaSetValues(f.valueWidget, XtNbackground, yyDialogScheme(col), nullptr);
   };
   auto foreground = [&](int col) {
-    if (f.defaultForeground && (f.capabilities & 0x8000)) XtVaSetValues(f.valueWidget, XtNforeground, yyDialogScheme(col), nullptr);
+    if (f.defaultForeground && (f.capabilities & field_capability::kForegroundSettable)) XtVaSetValues(f.valueWidget, XtNforeground, yyDialogScheme(col), nullptr);
   };
   const int normalFg = f.type == kGroup ? 16 : (f.type == kButton || f.type == kTab || yyDialogPushLike(f)) ? 0 : 14;
   switch (state) {
     case 0:
       show();
-      if ((f.capabilities & 0x40) && !(f.style & kDisabledBit)) {
-        f.style |= kDisabledBit;
+      if ((f.capabilities & field_capability::kCanDisable) && !(f.style & field_style::kDisabled)) {
+        f.style |= field_style::kDisabled;
         XtSetSensitive(outer, False);
       }
-      if (f.capabilities & 0x100) background(3);
+      if (f.capabilities & field_capability::kBackgroundFollowsState) background(3);
       foreground(10);
       break;
     case 1:
       show();
-      if (f.capabilities & 0x40) {
-        f.style &= ~kDisabledBit;
+      if (f.capabilities & field_capability::kCanDisable) {
+        f.style &= ~field_style::kDisabled;
         XtSetSensitive(outer, True);
       }
-      if (f.capabilities & 0x20) {
-        f.style &= ~kReadOnlyBit;
+      if (f.capabilities & field_capability::kReadOnlyState) {
+        f.style &= ~field_style::kReadOnly;
         if (yyDialogIsText(f) || f.type == kCombo) XtVaSetValues(f.valueWidget, XmNeditable, True, nullptr);
       }
       if (f.type == kButton) background(17);
-      else if (f.capabilities & 0x100) background(15);
+      else if (f.capabilities & field_capability::kBackgroundFollowsState) background(15);
       foreground(normalFg);
       break;
     case 2:
       show();
-      if ((f.capabilities & 0x40) && (f.capabilities & 0x20)) {
-        f.style &= ~kDisabledBit;
+      if ((f.capabilities & field_capability::kCanDisable) && (f.capabilities & field_capability::kReadOnlyState)) {
+        f.style &= ~field_style::kDisabled;
         XtSetSensitive(outer, True);
-        f.style |= kReadOnlyBit;
+        f.style |= field_style::kReadOnly;
         if (yyDialogIsText(f) || f.type == kCombo) XtVaSetValues(f.valueWidget, XmNeditable, False, nullptr);
       }
-      if (f.capabilities & 0x100) background(3);
+      if (f.capabilities & field_capability::kBackgroundFollowsState) background(3);
       foreground(f.type == kGroup ? 14 : normalFg);
       break;
     case 3:
-      if (f.style & kVisibleBit) {
-        f.style &= ~kVisibleBit;
+      if (f.style & field_style::kVisible) {
+        f.style &= ~field_style::kVisible;
         XtUnmanageChild(outer);
       }
       break;
@@ -473,9 +493,9 @@ void yyDialogFieldState(int fieldid, int state, int dialogIndex) {
 }
 
 int yyinfodialogfieldstate(const FieldRecord& f) {
-  if (!(f.style & kVisibleBit)) return 3;
-  if (f.style & kDisabledBit) return 0;
-  if (f.type >= kString && f.type <= kDouble && (f.style & kReadOnlyBit)) return 2;
+  if (!(f.style & field_style::kVisible)) return 3;
+  if (f.style & field_style::kDisabled) return 0;
+  if (f.type >= kString && f.type <= kDouble && (f.style & field_style::kReadOnly)) return 2;
   return 1;
 }
 
@@ -539,7 +559,8 @@ void yyDialogPutText(FieldRecord& f, std::string_view text, double number, std::
       if (f.text.empty()) XtUnmanageChild(target);
       else XtManageChild(target);
     }
-    yyDialogSetLabel(target, f.type == kLabel ? yyDialogLabelText(f, f.text) : f.text);
+    if (f.type == kLabel) yyDialogLabelSetText(f, f.text);
+    else yyDialogSetLabel(target, f.text);
     return;
   }
   if (f.textKind != 2) return;
@@ -548,7 +569,7 @@ void yyDialogPutText(FieldRecord& f, std::string_view text, double number, std::
   if (numeric) f.data.charLimit = f.data.pixelLimit = 0;
   int texttype = 0;
   std::string shown = yyConvertEncoding(t, zelvy_x::state().iDialogEncoding, texttype);
-  if (f.type == kString && (f.style & 0x20)) {
+  if (f.type == kString && (f.style & field_style::kPassword)) {
     f.data.hiddenText = t;
     shown.assign(t.size(), '*');
   }
@@ -558,7 +579,7 @@ void yyDialogPutText(FieldRecord& f, std::string_view text, double number, std::
   f.data.charLimit = 0;
   ds.bNumericIgnoreChange = true;
   XmTextSetString(f.valueWidget, const_cast<char*>(shown.c_str()));
-  if (f.type == kString && (f.style & 0x20)) f.data.hiddenText = t;
+  if (f.type == kString && (f.style & field_style::kPassword)) f.data.hiddenText = t;
   ds.bNumericIgnoreChange = false;
   f.data.charLimit = savedLimit;
   if (numeric) {
@@ -571,7 +592,7 @@ void yyDialogPutText(FieldRecord& f, std::string_view text, double number, std::
 std::string yyDialogGetText(const FieldRecord& f) {
   if (f.textKind == 1 || f.textKind == 3) return f.text;
   if (f.textKind != 2 || !f.valueWidget) return {};
-  if (f.type == kString && (f.style & 0x20)) return f.data.hiddenText;
+  if (f.type == kString && (f.style & field_style::kPassword)) return f.data.hiddenText;
   char* s = XmTextGetString(f.valueWidget);
   std::string out = s ? s : "";
   XtFree(s);

@@ -8,23 +8,17 @@
 #include <string_view>
 
 #include "toolkit/dialog/dialog_private.h"
+#include "toolkit/dialog/field_styles.h"
 #include "toolkit/kernel/display_private.h"
 
 namespace zelvy_dialog {
-
-enum FieldType {
-  kLabel = 1, kPicture, kGroup, kString, kInteger, kReal, kDouble, kButton, kCheckbox, kRadio,
-  kCombo, kList, kTab, kProgress, kGrid, kTrackbar, kTreeview
-};
-
-inline constexpr std::uint32_t kDisabledBit = 0x8000000, kVisibleBit = 0x10000000, kReadOnlyBit = 0x800;
 
 inline Pixel yyDialogScheme(int i) { return zelvy_x::state().wSchemeCol[static_cast<std::size_t>(i)].pixel; }
 
 inline bool yyDialogIsNumeric(const FieldRecord& f) { return f.type >= kInteger && f.type <= kDouble; }
 inline bool yyDialogIsText(const FieldRecord& f) { return f.type == kString || yyDialogIsNumeric(f); }
 inline bool yyDialogPushLike(const FieldRecord& f) {
-  return (f.type == kCheckbox || f.type == kRadio) && (f.style & 0x1000);
+  return (f.type == kCheckbox || f.type == kRadio) && (f.style & field_style::kPushLike);
 }
 
 }  // namespace zelvy_dialog
@@ -35,6 +29,8 @@ void yyDialogSetLabel(Widget w, std::string_view text);
 int yyDialogTextWidth(int fontIndex, std::string_view text);
 // Label text wrapped to the field's width unless its style forbids it.
 std::string yyDialogLabelText(const FieldRecord& f, std::string_view text);
+// Puts a label field's text, wrapped, at the top of the label.
+void yyDialogLabelSetText(const FieldRecord& f, std::string_view text);
 
 // Creates the widgets of one field by its type (no common tail).
 void yyDialogFieldCreateType(DialogRecord& d, FieldRecord& f);

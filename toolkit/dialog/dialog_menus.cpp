@@ -30,8 +30,11 @@ Widget option_list(const FieldRecord& f) {
 
 // 1..3 the combo kinds, 4 a list of one selection, 5 and 6 lists of many.
 int menu_type(const FieldRecord& f) {
-  if (f.type == kCombo) return static_cast<int>(f.style & 3) == 0 ? 2 : static_cast<int>(f.style & 3);
-  if (f.type == kList) return (f.style & 0x8) ? 5 : (f.style & 0x800) ? 6 : 4;
+  if (f.type == kCombo) {
+    const std::uint32_t kind = f.style & field_style::kComboKindMask;
+    return static_cast<int>(kind == 0 ? field_style::kComboDropDown : kind);
+  }
+  if (f.type == kList) return (f.style & field_style::kListMultiple) ? 5 : (f.style & field_style::kListExtended) ? 6 : 4;
   return 0;
 }
 

@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "toolkit/dialog/dialog_private.h"
+#include "toolkit/dialog/field_styles.h"
 #include "toolkit/base/error.h"
 #include "toolkit/base/zelvy_data.h"
 #include "toolkit/base/format.h"
@@ -194,15 +195,14 @@ void yyDialogNumericStored(TextFieldData& d, std::string_view text, double numbe
 
 int yyDialogRadioGroups(const std::vector<int>& types, const std::vector<std::uint32_t>& styles,
                         std::vector<int>& groups) {
-  constexpr int kRadio = 10;
-  constexpr std::uint32_t kGroupStart = 0x20000;
+  using namespace zelvy_dialog;
   groups.assign(types.size(), 0);
   int group = 1, count = 0;
   for (std::size_t k = types.size(); k-- > 0;) {
     if (types[k] != kRadio) continue;
     groups[k] = group;
     count = group;
-    if (k == 0 || types[k - 1] != kRadio || (styles[k] & kGroupStart)) ++group;
+    if (k == 0 || types[k - 1] != kRadio || (styles[k] & field_style::kGroupStart)) ++group;
   }
   return count;
 }

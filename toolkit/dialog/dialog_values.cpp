@@ -8,6 +8,7 @@
 #include <string>
 
 #include "toolkit/dialog/dialog_private.h"
+#include "toolkit/dialog/field_styles.h"
 #include "toolkit/kernel/display_private.h"
 #include "toolkit/base/error.h"
 #include "toolkit/base/zelvy_data.h"
@@ -21,7 +22,7 @@ using namespace zelvy_dialog;
 
 namespace {
 
-bool numeric(const FieldRecord& f) { return f.type >= 5 && f.type <= 7; }
+bool numeric(const FieldRecord& f) { return f.type >= kInteger && f.type <= kDouble; }
 
 std::string_view trim_right(std::string_view t) {
   while (!t.empty() && (t.back() == ' ' || t.back() == '\0')) t.remove_suffix(1);
@@ -57,7 +58,7 @@ void get_numeric(int fieldid, double& value, int& error, const char* routine) {
   if (error) yyerror(error, routine);
 }
 
-bool toggle(const FieldRecord& f) { return f.type == 9 || f.type == 10; }
+bool toggle(const FieldRecord& f) { return f.type == kCheckbox || f.type == kRadio; }
 
 }  // namespace
 
@@ -223,20 +224,21 @@ void yydialogfieldoptions(int fieldid, int option, int value, int& error) {
   const bool on = value != 0;
   switch (option) {
     case 3:
-      if (f.type == 4 || numeric(f) || f.type == 11 || f.type == 15) f.reportEveryChange = on;
+      if (f.type == kString || numeric(f) || f.type == kCombo || f.type == kGrid) f.reportEveryChange = on;
       else error = 1006;
       break;
     case 4:
-      if (numeric(f) || f.type == 15) f.allowClear = on;
+      if (numeric(f) || f.type == kGrid) f.allowClear = on;
       else error = 1006;
       break;
     case 5:
-      if (f.type == 12 || f.type == 17 || f.type == 15 || f.type == 13 || (f.type == 11 && (f.style & 3) == 1))
-        f.extraFlags = on ? (f.extraFlags | 0x8) : (f.extraFlags & ~0x8u);
+      if (f.type == kList || f.type == kTreeview || f.type == kGrid || f.type == kTab ||
+          (f.type == kCombo && (f.style & field_style::kComboKindMask) == field_style::kComboSimple))
+        f.extraFlags = on ? (f.extraFlags | field_extra::kRightSelects) : (f.extraFlags & ~field_extra::kRightSelects);
       else error = 1006;
       break;
     default:
-      if (f.type != 15) error = 1006;  // the grid's own options come with the grid
+      if (f.type != kGrid) error = 1006;  // the grid's own options come with the grid
       break;
   }
 }

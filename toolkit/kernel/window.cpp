@@ -210,7 +210,10 @@ void create_widgets(int h, const OpenRequest& q, const Geometry& g) {
   Widget frame = XtVaCreateManagedWidget("MainWindow", xmDrawingAreaWidgetClass, shell,
                                          XmNmarginWidth, 0, XmNmarginHeight, 0, XmNresizePolicy,
                                          XmRESIZE_NONE, XtNwidth, g.fw, XtNheight, g.fh, nullptr);
-  Pixel clientbg = WhitePixel(dpy, xs.iScreen);
+  // A window that carries a form shows the form's background where the
+  // window is larger than the form.
+  constexpr std::size_t kDialogBackground = 3;
+  Pixel clientbg = g.with_dialog ? xs.wSchemeCol[kDialogBackground].pixel : WhitePixel(dpy, xs.iScreen);
   if (q.colour >= 0)
     clientbg = yyAllocPixel(q.colour & 255, (q.colour >> 8) & 255, (q.colour >> 16) & 255);
   XSetWindowAttributes& at = ws.iWinAttributes[h];
