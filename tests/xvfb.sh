@@ -21,7 +21,12 @@ start)
   echo "Xvfb on :$(cat "$dir/display")"
   ;;
 stop)
-  [ -f "$dir/pid" ] && kill "$(cat "$dir/pid")" 2>/dev/null || true
+  if [ -f "$dir/pid" ]; then
+    pid=$(cat "$dir/pid")
+    kill "$pid" 2>/dev/null || true
+    # Gone before its display number can be taken again.
+    i=0; while kill -0 "$pid" 2>/dev/null && [ $i -lt 50 ]; do sleep 0.1; i=$((i+1)); done
+  fi
   rm -f "$dir/pid" "$dir/display"
   ;;
 esac
