@@ -26,6 +26,8 @@
 #include "toolkit/kernel/resources.h"
 #include "toolkit/dialog/dialog.h"
 
+#include "tests/toolkit/dialog/form_fixture.h"
+
 namespace {
 
 // The pointer and keyboard are driven from outside, as a user would.
@@ -41,45 +43,13 @@ void click(Widget w) {
   xdotool("mousemove " + std::to_string(x) + " " + std::to_string(y) + " click 1");
 }
 
-constexpr int kForm = 102, kAbout = 104;
+constexpr int kAbout = gombrel_ids::dialog::about;
 
-class DialogDisplay : public ::testing::Test {
+class DialogDisplay : public MainFormTest {
  protected:
-  static void SetUpTestSuite() {
-    yyrcinstall(gombrel_resource_tables());
-    yyDialogAttach();
-    WInitialise();
-    yyDialogEngineInit();
-  }
   void SetUp() override {
-    ASSERT_NE(xdisplay(), nullptr);
-    // The root window carries the form as its content.
-    WindowOpen(0, 0, 0, {}, {}, {}, {}, kForm);
-    WDialogSelect(kForm);
-    ASSERT_EQ(zelvy_data::data().icurdialog, kForm);
+    MainFormTest::SetUp();
     WMessageEnable(FieldChanged, 1);
-    settle();
-    zelvy_data::data().ierr = 0;
-  }
-  void TearDown() override {
-    yywindowdialogclose(0);
-    WindowClose();
-    zelvy_data::data().ierr = 0;
-  }
-
-  // Lets the server and the widgets catch up, dropping what arrives.
-  static void settle() {
-    XSync(xdisplay(), False);
-    int type = 0;
-    MessageRecord m;
-    for (int i = 0; i < 200; ++i) {
-      WMessagePeek(type, m);
-      if (type == -1) {
-        XSync(xdisplay(), False);
-        WMessagePeek(type, m);
-        if (type == -1) break;
-      }
-    }
   }
 
   // The next message other than an exposure, with a timer as a guard.
@@ -93,10 +63,6 @@ class DialogDisplay : public ::testing::Test {
     return type;
   }
 
-  static FieldRecord& field(int id) {
-    auto& d = zelvy_dialog::state().wDialogInfo[zelvy_dialog::state().iDlgCur];
-    return d.fields[static_cast<std::size_t>(yyDialogFindField(id, zelvy_dialog::state().iDlgCur))];
-  }
 
   static void focus_window() {
     XSetInputFocus(xdisplay(), zelvy_win::state().wShell[0], RevertToParent, CurrentTime);

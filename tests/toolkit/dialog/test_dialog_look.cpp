@@ -23,9 +23,10 @@
 #include "toolkit/kernel/window.h"
 #include "toolkit/kernel/window_private.h"
 
+#include "tests/toolkit/dialog/form_fixture.h"
+
 namespace {
 
-constexpr int kForm = 102;
 
 // A window's pixels, read once; coordinates are the window's own.
 class Shot {
@@ -81,42 +82,13 @@ class Shot {
 // Text is drawn dark on light backgrounds; borders are dark grey.
 constexpr int kTextLimit = 300;
 
-class DialogLook : public ::testing::Test {
+class DialogLook : public MainFormTest {
  protected:
-  static void SetUpTestSuite() {
-    yyrcinstall(gombrel_resource_tables());
-    yyDialogAttach();
-    WInitialise();
-    yyDialogEngineInit();
-  }
-  void SetUp() override {
-    ASSERT_NE(xdisplay(), nullptr);
-    WindowOpen(0, 0, 0, {}, {}, {}, {}, kForm);
-    WDialogSelect(kForm);
-    settle();
-  }
-  void TearDown() override {
-    yywindowdialogclose(0);
-    WindowClose();
-    zelvy_data::data().ierr = 0;
-  }
-
+  // The widgets draw in several passes: settle until none is left.
   static void settle() {
-    for (int round = 0; round < 3; ++round) {
-      XSync(xdisplay(), False);
-      int type = 0;
-      MessageRecord m;
-      for (int i = 0; i < 200; ++i) {
-        WMessagePeek(type, m);
-        if (type == -1) break;
-      }
-    }
+    for (int round = 0; round < 3; ++round) MainFormTest::settle();
   }
 
-  static FieldRecord& field(int id) {
-    auto& d = zelvy_dialog::state().wDialogInfo[zelvy_dialog::state().iDlgCur];
-    return d.fields[static_cast<std::size_t>(yyDialogFindField(id, zelvy_dialog::state().iDlgCur))];
-  }
   static Window client() { return zelvy_win::state().wClient[0]; }
 
   // A field's rectangle in the client window.

@@ -27,46 +27,15 @@
 #include "toolkit/kernel/window_private.h"
 #include "toolkit/base/zelvy_data.h"
 
+#include "tests/toolkit/dialog/form_fixture.h"
+
 namespace {
 
 
-constexpr int kForm = 102;
 constexpr int kTitle = 1002, kMatrix = 1019, kUbMatrix = 1042, kWavelength = 1016, kDomains = 1037;
 
-class FieldText : public ::testing::Test {
+class FieldText : public MainFormTest {
  protected:
-  static void SetUpTestSuite() {
-    yyrcinstall(gombrel_resource_tables());
-    yyDialogAttach();
-    WInitialise();
-    yyDialogEngineInit();
-  }
-  void SetUp() override {
-    ASSERT_NE(xdisplay(), nullptr);
-    WindowOpen(0, 0, 0, {}, {}, {}, {}, kForm);
-    WDialogSelect(kForm);
-    settle();
-    zelvy_data::data().ierr = 0;
-  }
-  void TearDown() override {
-    yywindowdialogclose(0);
-    WindowClose();
-    zelvy_data::data().ierr = 0;
-  }
-
-  static void settle() {
-    XSync(xdisplay(), False);
-    int type = 0;
-    MessageRecord m;
-    for (int i = 0; i < 200; ++i) {
-      WMessagePeek(type, m);
-      if (type == -1) {
-        XSync(xdisplay(), False);
-        WMessagePeek(type, m);
-        if (type == -1) break;
-      }
-    }
-  }
 
   static void xdotool(const std::string& args) {
     XSync(xdisplay(), False);
