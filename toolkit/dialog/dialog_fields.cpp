@@ -419,6 +419,31 @@ void yyDialogFieldCreate(DialogRecord& d) {
     }
 }
 
+namespace {
+
+// A text widget draws its text while insensitive in its shadow colour: that
+// becomes the disabled text colour for the time, so that disabled text looks
+// alike in every kind of field, labels included. A combo's box follows its text.
+void disabled_text_look(FieldRecord& f, bool disabled) {
+  Widget text = f.valueWidget;
+  if (!text || !(XmIsText(text) || XmIsTextField(text))) return;
+  Widget box = f.type == kCombo && f.widget != text ? f.widget : nullptr;
+  if (disabled) {
+    if (f.shadowsSaved) return;
+    XtVaGetValues(text, XmNtopShadowColor, &f.enabledShadows[0], XmNbottomShadowColor, &f.enabledShadows[1], nullptr);
+    if (box) XtVaGetValues(box, XmNtopShadowColor, &f.enabledShadows[2], XmNbottomShadowColor, &f.enabledShadows[3], nullptr);
+    f.shadowsSaved = true;
+    for (Widget w : {text, box})
+      if (w) XtVaSetValues(w, XmNtopShadowColor, yyDialogScheme(10), XmNbottomShadowColor, yyDialogScheme(10), nullptr);
+  } else if (f.shadowsSaved) {
+    XtVaSetValues(text, XmNtopShadowColor, f.enabledShadows[0], XmNbottomShadowColor, f.enabledShadows[1], nullptr);
+    if (box) XtVaSetValues(box, XmNtopShadowColor, f.enabledShadows[2], XmNbottomShadowColor, f.enabledShadows[3], nullptr);
+    f.shadowsSaved = false;
+  }
+}
+
+}  // namespace
+
 void yyDialogFieldStateX(int state, DialogRecord&, FieldRecord& f) {
   if (!f.widget) return;
   Widget outer = f.outerWidget ? f.outerWidget : f.widget;
@@ -447,6 +472,7 @@ void yyDialogFieldStateX(int state, DialogRecord&, FieldRecord& f) {
       }
       if (f.capabilities & field_capability::kBackgroundFollowsState) background(3);
       foreground(10);
+      disabled_text_look(f, true);
       break;
     case 1:
       show();
@@ -461,6 +487,7 @@ void yyDialogFieldStateX(int state, DialogRecord&, FieldRecord& f) {
       if (f.type == kButton) background(17);
       else if (f.capabilities & field_capability::kBackgroundFollowsState) background(15);
       foreground(normalFg);
+      disabled_text_look(f, false);
       break;
     case 2:
       show();
@@ -472,6 +499,7 @@ void yyDialogFieldStateX(int state, DialogRecord&, FieldRecord& f) {
       }
       if (f.capabilities & field_capability::kBackgroundFollowsState) background(3);
       foreground(f.type == kGroup ? 14 : normalFg);
+      disabled_text_look(f, false);
       break;
     case 3:
       if (f.style & field_style::kVisible) {

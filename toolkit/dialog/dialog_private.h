@@ -63,6 +63,10 @@ struct FieldRecord {
   std::uint32_t edgeFlags = 0;
   std::string tooltip;
   std::vector<Widget> parts;  // widgets of the simple compound forms (arrows, cells)
+  // A disabled text widget's shadows (and its combo box's), to give back when
+  // it is enabled again.
+  Pixel enabledShadows[4] = {0, 0, 0, 0};
+  bool shadowsSaved = false;
 };
 
 struct DialogRecord {

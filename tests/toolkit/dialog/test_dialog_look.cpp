@@ -200,7 +200,7 @@ TEST_F(DialogLook, OpenTwinTypeListIsNoTallerThanItsEntries) {
 // Disabled labels and disabled field texts are drawn alike: the same flat
 // colour, the disabled-text colour of the scheme. Field texts are still drawn
 // in the dark shadow colour; enable once they follow the scheme.
-TEST_F(DialogLook, DISABLED_DisabledTextsLookAlike) {
+TEST_F(DialogLook, DisabledTextsLookAlike) {
   WDialogPutString(1035, "HEH");
   WDialogPutString(1032, "HEH");
   WDialogPutInteger(1037, 11);
@@ -226,6 +226,27 @@ TEST_F(DialogLook, DISABLED_DisabledTextsLookAlike) {
     return std::abs(r - (c.red >> 8)) <= 2 && std::abs(g - (c.green >> 8)) <= 2 && std::abs(b - (c.blue >> 8)) <= 2;
   };
   for (int id : {1035, 1032, 1037}) EXPECT_TRUE(near(darkest(id), disabled)) << id << " " << std::hex << darkest(id);
+
+  // Enabled again, the text is the normal text colour and the box its own again.
+  for (int id : {1035, 1032, 1037, 1031}) WDialogFieldState(id, 1);
+  settle();
+  const Shot again(client());
+  const XColor& text = zelvy_x::state().wSchemeCol[14];
+  int x = 0, y = 0, w = 0, h = 0;
+  place(1032, x, y, w, h);
+  int best = 3 * 255;
+  unsigned long colour = 0;
+  for (int yy = y + 2; yy < y + h - 2; ++yy)
+    for (int xx = x + 3; xx < x + w - 20; ++xx)
+      if (again.brightness(xx, yy) < best) {
+        best = again.brightness(xx, yy);
+        colour = again.pixel(xx, yy);
+      }
+  // Antialiased strokes come within a few steps of the text colour.
+  const int r = static_cast<int>(colour >> 16 & 255), g = static_cast<int>(colour >> 8 & 255), b = static_cast<int>(colour & 255);
+  EXPECT_LE(std::abs(r - (text.red >> 8)) + std::abs(g - (text.green >> 8)) + std::abs(b - (text.blue >> 8)), 24)
+      << std::hex << colour;
+  EXPECT_FALSE(near(again.pixel(x, y + h / 2), disabled)) << "the box's edge keeps the disabled colour";
 }
 
 }  // namespace
