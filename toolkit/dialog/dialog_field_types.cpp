@@ -396,6 +396,9 @@ void create_combo(DialogRecord& d, FieldRecord& f) {
   });
   // A short list drops no taller than its entries.
   if (items > 0) XtVaSetValues(f.widget, XmNvisibleItemCount, std::min(items, kComboRows), nullptr);
+  // Each row paints its background over the row above it: a pixel between rows
+  // keeps the underscores of the row above ("HKL_T=0") in sight.
+  if (Widget list = XtNameToWidget(f.widget, "*List")) XtVaSetValues(list, XmNlistSpacing, 2, nullptr);
   XtAddCallback(f.widget, XmNselectionCallback, yyDialogFieldChangedStateCB, nullptr);
   if (f.valueWidget != f.widget && type != field_style::kComboDropDownList) add_text_callbacks(f.valueWidget);
 }

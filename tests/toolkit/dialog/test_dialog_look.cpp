@@ -197,6 +197,37 @@ TEST_F(DialogLook, OpenTwinTypeListIsNoTallerThanItsEntries) {
   close_list(1030);
 }
 
+// The open format list shows the underscores of its entries ("HKL_T=0"):
+// below the baseline of the first entry there is a stroke as wide as a letter,
+// not only the tails of commas and parentheses.
+TEST_F(DialogLook, OpenFormatListShowsUnderscores) {
+  Widget formats = open_list(1014);
+  ASSERT_NE(formats, nullptr);
+  {
+    const Shot shot(XtWindow(formats));
+    const auto lines = shot.bands(0, 0, shot.width() - 20, shot.height(), kTextLimit);
+    ASSERT_GE(lines.size(), 2u);
+    const auto [top, bottom] = lines[0];
+    auto dark = [&](int x, int y) { return shot.brightness(x, y) < kTextLimit; };
+    // The baseline: the last row where the letters' stems still stand.
+    std::vector<int> count(static_cast<std::size_t>(bottom - top + 1));
+    for (int y = top; y <= bottom; ++y)
+      for (int x = 0; x < shot.width() - 20; ++x) count[static_cast<std::size_t>(y - top)] += dark(x, y);
+    const int most = *std::max_element(count.begin(), count.end());
+    int baseline = top;
+    for (int y = top; y <= bottom; ++y)
+      if (count[static_cast<std::size_t>(y - top)] * 10 >= most * 4) baseline = y;
+    int longest = 0;
+    for (int y = baseline + 1; y <= bottom; ++y)
+      for (int x = 0, run = 0; x < shot.width() - 20; ++x) {
+        run = dark(x, y) ? run + 1 : 0;
+        longest = std::max(longest, run);
+      }
+    EXPECT_GE(longest, 5) << "no underscore below the baseline at " << baseline;
+  }
+  close_list(1014);
+}
+
 // Disabled labels and disabled field texts are drawn alike: the same flat
 // colour, the disabled-text colour of the scheme. Field texts are still drawn
 // in the dark shadow colour; enable once they follow the scheme.
