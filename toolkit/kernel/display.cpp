@@ -4,6 +4,7 @@
 #include <X11/Shell.h>
 #include <X11/StringDefs.h>
 #include <X11/Xatom.h>
+#include <X11/Xcms.h>
 #include <X11/Xmu/StdCmap.h>
 #include <X11/cursorfont.h>
 #include <Xm/Xm.h>
@@ -201,6 +202,11 @@ void find_best_map(Display* dpy) {
   if (!found) return;
   xs.BestMap = true;
   xs.iCmapMain = xs.best_map_info.colormap;
+  // A map on the default visual converts colours as the default colour map
+  // does: telling the colour management so spares it a round trip to the
+  // server for every colour name it converts on the map.
+  if (xs.best_map_info.visualid == XVisualIDFromVisual(DefaultVisual(dpy, xs.iScreen)))
+    XcmsSetCCCOfColormap(dpy, xs.iCmapMain, XcmsDefaultCCC(dpy, xs.iScreen));
   XVisualInfo tmpl{};
   tmpl.visualid = xs.best_map_info.visualid;
   int n = 0;
