@@ -18,6 +18,10 @@
 # (switched off through the X resources, else the screen never goes still),
 # a cold start (files are in the page cache after the first run), the cost of
 # the QUIET_MS wait itself, and a real display's latency.
+#
+# Run it as an ordinary user: for root the X library keeps no compose cache,
+# so gombrel parses its UTF-8 locale's compose table at every start (xterm
+# parses it in any case), which is not what a user's start costs.
 build=$1
 runs=${RUNS:-15}
 quiet=${QUIET_MS:-500}

@@ -10,6 +10,7 @@
 #include <Xm/Xm.h>
 
 #include <langinfo.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <clocale>
@@ -19,7 +20,9 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
+#include <filesystem>
 
 #include "toolkit/kernel/widgets_private.h"
 #include "toolkit/kernel/window_private.h"
@@ -538,7 +541,29 @@ std::size_t yyUtf8Cut(std::string_view text, std::size_t bytes) {
   return bytes;
 }
 
+namespace {
+
+// The compose table of a UTF-8 locale is thousands of lines, which the input
+// method would parse again at every start; the X library keeps it parsed in a
+// cache folder when it is given one that the user owns. The user's own choice
+// of folder stands.
+void use_compose_cache() {
+  if (std::getenv("XCOMPOSECACHE")) return;
+  std::string base;
+  if (const char* xdg = std::getenv("XDG_CACHE_HOME"); xdg && *xdg == '/') base = xdg;
+  else if (const char* home = std::getenv("HOME"); home && *home == '/') base = std::string(home) + "/.cache";
+  else return;
+  const std::string dir = base + "/zelvane/compose";
+  std::error_code ec;
+  std::filesystem::create_directories(dir, ec);
+  if (ec || ::chmod(dir.c_str(), 0700) != 0) return;
+  ::setenv("XCOMPOSECACHE", dir.c_str(), 0);
+}
+
+}  // namespace
+
 void yyUseUtf8Locale() {
+  use_compose_cache();
   // Only the character type: numbers keep the C conventions.
   const char* got = std::setlocale(LC_CTYPE, "");
   if (got && std::strcmp(nl_langinfo(CODESET), "UTF-8") == 0 && XSupportsLocale()) return;

@@ -45,4 +45,12 @@ run "Debug One" env ZELVDEBUG=1 "$probe" --select 9
 grep -qx "Internal routine:YYWindowSelect Error=1003:Invalid window handle" out.txt || fail "no report at level 1"
 run "Debug Twelve" env ZELVDEBUG=12 "$probe" --select 9
 grep -q "Error=" out.txt && fail "a report at level 12"
+
+# The input method's compose table is kept parsed in the user's cache folder,
+# one only the user may enter; a folder the user names already is left alone.
+mkdir home
+run "Compose Cache" env -u XCOMPOSECACHE -u XDG_CACHE_HOME HOME="$dir/home" "$probe"
+[ "$(stat -c %a "$dir/home/.cache/zelvane/compose" 2>/dev/null)" = 700 ] || fail "no private compose cache folder"
+run "Own Cache" env XCOMPOSECACHE="$dir/mine" HOME="$dir/home2" "$probe"
+[ -e "$dir/home2" ] && fail "a cache folder made beside the user's own choice"
 echo ok
