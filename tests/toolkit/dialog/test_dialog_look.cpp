@@ -130,6 +130,20 @@ class DialogLook : public MainFormTest {
     place(id, x, y, w, h);
     click_at_root(client(), x + w - 6, y + h / 2);
   }
+  // The darkest pixel inside a field, away from its edges and its arrows.
+  static unsigned long darkest(const Shot& shot, int id) {
+    int x = 0, y = 0, w = 0, h = 0;
+    place(id, x, y, w, h);
+    int best = 3 * 255;
+    unsigned long colour = 0;
+    for (int yy = y + 2; yy < y + h - 2; ++yy)
+      for (int xx = x + 3; xx < x + w - 20; ++xx)
+        if (shot.brightness(xx, yy) < best) {
+          best = shot.brightness(xx, yy);
+          colour = shot.pixel(xx, yy);
+        }
+    return colour;
+  }
 };
 
 // Every single-line text sits in the middle of its box and level with the
@@ -229,8 +243,7 @@ TEST_F(DialogLook, OpenFormatListShowsUnderscores) {
 }
 
 // Disabled labels and disabled field texts are drawn alike: the same flat
-// colour, the disabled-text colour of the scheme. Field texts are still drawn
-// in the dark shadow colour; enable once they follow the scheme.
+// colour, the disabled-text colour of the scheme; enabled again, as before.
 TEST_F(DialogLook, DisabledTextsLookAlike) {
   WDialogPutString(1035, "HEH");
   WDialogPutString(1032, "HEH");
@@ -239,40 +252,20 @@ TEST_F(DialogLook, DisabledTextsLookAlike) {
   settle();
   const Shot shot(client());
   const XColor& disabled = zelvy_x::state().wSchemeCol[10];
-  auto darkest = [&](int id) {
-    int x = 0, y = 0, w = 0, h = 0;
-    place(id, x, y, w, h);
-    int best = 3 * 255;
-    unsigned long colour = 0;
-    for (int yy = y + 2; yy < y + h - 2; ++yy)
-      for (int xx = x + 3; xx < x + w - 20; ++xx)
-        if (shot.brightness(xx, yy) < best) {
-          best = shot.brightness(xx, yy);
-          colour = shot.pixel(xx, yy);
-        }
-    return colour;
-  };
   auto near = [](unsigned long p, const XColor& c) {
     const int r = static_cast<int>(p >> 16 & 255), g = static_cast<int>(p >> 8 & 255), b = static_cast<int>(p & 255);
     return std::abs(r - (c.red >> 8)) <= 2 && std::abs(g - (c.green >> 8)) <= 2 && std::abs(b - (c.blue >> 8)) <= 2;
   };
-  for (int id : {1035, 1032, 1037}) EXPECT_TRUE(near(darkest(id), disabled)) << id << " " << std::hex << darkest(id);
+  for (int id : {1035, 1032, 1037}) EXPECT_TRUE(near(darkest(shot, id), disabled)) << id << " " << std::hex << darkest(shot, id);
 
   // Enabled again, the text is the normal text colour and the box its own again.
   for (int id : {1035, 1032, 1037, 1031}) WDialogFieldState(id, 1);
   settle();
   const Shot again(client());
   const XColor& text = zelvy_x::state().wSchemeCol[14];
+  const unsigned long colour = darkest(again, 1032);
   int x = 0, y = 0, w = 0, h = 0;
   place(1032, x, y, w, h);
-  int best = 3 * 255;
-  unsigned long colour = 0;
-  for (int yy = y + 2; yy < y + h - 2; ++yy)
-    for (int xx = x + 3; xx < x + w - 20; ++xx)
-      if (again.brightness(xx, yy) < best) {
-        best = again.brightness(xx, yy);
-        colour = again.pixel(xx, yy);
-      }
   // Antialiased strokes come within a few steps of the text colour.
   const int r = static_cast<int>(colour >> 16 & 255), g = static_cast<int>(colour >> 8 & 255), b = static_cast<int>(colour & 255);
   EXPECT_LE(std::abs(r - (text.red >> 8)) + std::abs(g - (text.green >> 8)) + std::abs(b - (text.blue >> 8)), 24)
