@@ -128,7 +128,6 @@ Geometry plan_window(const OpenRequest& q, const char* routine) {
     dialog_engine().pixels(q.dialogid, width, height, resizable);
     if (!resizable) g.flags = (g.flags | 64) & ~12;
   }
-  if (q.flags & 32) yyWindowStatusBarInit(1);
   const auto& zd = zelvy_data::data();
   g.cw = width >= 1 ? width : zd.iscwid * 8 / 10;
   g.ch = height >= 1 ? height : zd.ischgt * 8 / 10;
@@ -285,6 +284,8 @@ void finish_window(int h, const OpenRequest& q, const Geometry& g, const char* r
 
 bool open_window(int h, const OpenRequest& q, const char* routine) {
   yyDisplayRootOpen();
+  // The status bar's font sets its height, which the frame size counts.
+  if (q.flags & 32) yyWindowStatusBarInit(1);
   const Geometry g = plan_window(q, routine);
   init_record(h, q, g);
   create_widgets(h, q, g);
