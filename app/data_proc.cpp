@@ -24,10 +24,19 @@ void set_job_items(int value) {
   WMenuSetState(ids::menu::run, 1, value);
 }
 
-// Keeping the form consistent while the user types, and the push buttons of the
-// form, come with the remaining commands.
-void evento_fieldchanged() {}
+// The push buttons of the form come with the remaining commands.
 void evento_pushbutton() {}
+
+// Save: the form is read and checked first; a bad field has shown its message
+// and stops the command. The job name in the form names the file until the
+// file selector lets the user choose another.
+void save() {
+  read_dialog_info();
+  if (exit_code != 0) return;
+  if (!codefile.blank()) file_inp = std::string(codefile.trim()) + ".omb";
+  if (file_inp.blank()) return;
+  write_ombrel_file();
+}
 
 void about() {
   WDialogLoad(ids::dialog::about);
@@ -45,6 +54,9 @@ void evento_menu() {
       data_init::init_variables();
       set_job_items(0);
       write_dialog_info();
+      break;
+    case ids::menu::file_save:
+      save();
       break;
     case ids::menu::file_exit:
       exit_code = -1;
