@@ -3,3 +3,9 @@ add_executable(app_form_tests ${CMAKE_CURRENT_LIST_DIR}/test_form_binding.cpp)
 target_link_libraries(app_form_tests PRIVATE gombrel_app GTest::gtest GTest::gtest_main)
 target_compile_definitions(app_form_tests PRIVATE ZELV_SOURCE_DIR="${CMAKE_SOURCE_DIR}")
 zelv_display_test(NAME app_form_binding COMMAND $<TARGET_FILE:app_form_tests> TIMEOUT 300)
+
+# The same from the user's hand: the program driven with the mouse and keys.
+zelv_display_test(NAME gombrel_form_edit_e2e
+  COMMAND sh ${CMAKE_CURRENT_LIST_DIR}/form_edit_e2e.sh $<TARGET_FILE:gombrel>
+          ${CMAKE_SOURCE_DIR}/examples $<TARGET_FILE:zelv_xhelper> ${CMAKE_BINARY_DIR}/shots
+  TIMEOUT 120)

@@ -148,8 +148,6 @@ TEST_F(FormBinding, EveryJobComesBackFromTheFormByteForByte) {
     data_proc::read_dialog_info();
     ASSERT_EQ(data_proc::exit_code, 0) << (g_messages.empty() ? "" : g_messages.back());
     EXPECT_EQ(write_job("after.omb"), before);
-    // The examples are kept as the program writes them.
-    if (job.parent_path() != dir) EXPECT_EQ(slurp(job), before);
   }
   EXPECT_EQ(rows(), max_domains);
   EXPECT_EQ(cell(24).substr(0, 10), "    1.0000");

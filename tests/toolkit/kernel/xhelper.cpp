@@ -3,6 +3,9 @@
 //   xhelper close NAME              asks it to close through the window manager protocol
 //   xhelper prop NAME PROPERTY      prints a text property of it
 //   xhelper geometry NAME           prints its size and position, WxH+X+Y
+//   xhelper area NAME W H           prints WxH+X+Y (root co-ordinates) of the largest window
+//                                   inside it whose sides are in the ratio W:H, such as a
+//                                   form of W by H dialog units
 //   xhelper maptime CMD ARGS...     runs CMD and prints the milliseconds until its first
 //                                   top-level window is mapped; then closes it
 //   xhelper painttime QUIET_MS CMD ARGS...
@@ -47,6 +50,37 @@ Window find_window(const char* name) {
           at.map_state == IsViewable)
         found = children[i];
       XFree(title);
+    }
+  }
+  if (children) XFree(children);
+  return found;
+}
+
+// The largest descendant of `top` whose width to height is that of w:h within
+// two per cent, in root co-ordinates.
+bool find_area(Window top, double w, double h, XWindowAttributes& best, int& bx, int& by) {
+  Window root = 0, parent = 0, *children = nullptr;
+  unsigned n = 0;
+  bool found = false;
+  if (!XQueryTree(dpy, top, &root, &parent, &children, &n)) return false;
+  for (unsigned i = 0; i < n; ++i) {
+    XWindowAttributes at{};
+    if (XGetWindowAttributes(dpy, children[i], &at) && at.map_state == IsViewable && at.height > 0) {
+      const double ratio = (at.width / static_cast<double>(at.height)) / (w / h);
+      if (ratio > 0.98 && ratio < 1.02 && (!found || at.width > best.width)) {
+        Window child = 0;
+        XTranslateCoordinates(dpy, children[i], root, 0, 0, &bx, &by, &child);
+        best = at;
+        found = true;
+      }
+      XWindowAttributes inner{};
+      int ix = 0, iy = 0;
+      if (find_area(children[i], w, h, inner, ix, iy) && (!found || inner.width > best.width)) {
+        best = inner;
+        bx = ix;
+        by = iy;
+        found = true;
+      }
     }
   }
   if (children) XFree(children);
@@ -237,6 +271,13 @@ int main(int argc, char** argv) {
     XWindowAttributes at{};
     XGetWindowAttributes(dpy, w, &at);
     std::printf("%dx%d+%d+%d\n", at.width, at.height, at.x, at.y);
+    return 0;
+  }
+  if (cmd == "area" && argc > 4) {
+    XWindowAttributes at{};
+    int x = 0, y = 0;
+    if (!find_area(w, std::atof(argv[3]), std::atof(argv[4]), at, x, y)) return 1;
+    std::printf("%dx%d+%d+%d\n", at.width, at.height, x, y);
     return 0;
   }
   if (cmd == "prop" && argc > 3) {
