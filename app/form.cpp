@@ -17,6 +17,7 @@
 #include "toolkit/base/format.h"
 #include "toolkit/dialog/dialog.h"
 #include "toolkit/grid/grid.h"
+#include "toolkit/grid/grid_rows.h"
 #include "toolkit/kernel/menu.h"
 
 namespace data_proc {
@@ -125,7 +126,7 @@ int check_box(int field) {
 int numbers_of(std::string_view text, std::span<float> values) {
   std::array<int, 16> ints{};
   int count = 0;
-  getnum(text.substr(0, std::min(text.size(), kWorkText)), values, ints, count);
+  lorx_string_utilities::getnum(text.substr(0, std::min(text.size(), kWorkText)), values, ints, count);
   return count;
 }
 
@@ -143,13 +144,12 @@ MatrixText read_matrix(std::string_view text, Mat3& m) {
   return MatrixText::given;
 }
 
-// A real field: the value and whether a number was there.
+// A real field: the value (the undefined value when there is none) and
+// whether a number was there.
 void get_real(int field, float& value, bool& given) {
   WInfoError(1);
-  float v = value;
-  WDialogGetReal(field, v);
+  WDialogGetReal(field, value);
   given = WInfoError(1) == 0;
-  if (given) value = v;
 }
 
 void fail(std::string_view message, int code) {
