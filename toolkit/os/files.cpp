@@ -5,7 +5,6 @@
 #include <pwd.h>
 #include <sys/stat.h>
 #include <sys/utsname.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -21,12 +20,11 @@
 #include <vector>
 
 #include "toolkit/base/error.h"
-#include "toolkit/base/zelvy_data.h"
-#include "toolkit/os/datetime.h"
 #include "toolkit/base/fixed_text.h"
 #include "toolkit/base/text.h"
-
-extern char** environ;
+#include "toolkit/base/zelvy_data.h"
+#include "toolkit/os/command.h"
+#include "toolkit/os/datetime.h"
 
 namespace {
 
@@ -52,34 +50,14 @@ std::vector<std::string> command_line() {
   return args;
 }
 
-// Runs a command through /bin/sh, its error output discarded, and waits for it.
-// The exit code is the command's business; only a failure to run it or its death
-// by a signal is an error (13, with the error number in iapierr).
-int run_shell(const std::string& command) {
-  const std::string line = command + " 2> /dev/null";
-  std::fflush(nullptr);
-  const pid_t pid = ::fork();
-  if (pid < 0) {
-    zelvy_data::data().iapierr = errno;
-    return 13;
-  }
-  if (pid == 0) {
-    const char* argv[] = {"sh", "-c", line.c_str(), nullptr};
-    ::execve("/bin/sh", const_cast<char* const*>(argv), environ);
-    ::_exit(127);  // no exit handlers in the child: they belong to the parent
-  }
-  int status = 0;
-  while (::waitpid(pid, &status, 0) < 0) {
-    if (errno != EINTR) {
-      zelvy_data::data().iapierr = errno;
-      return 13;
-    }
-  }
-  if (!WIFEXITED(status)) {
-    zelvy_data::data().iapierr = 0;
-    return 13;
-  }
-  return 0;
+// Runs a command through the shell, waiting for it, its error output discarded.
+// The exit code is the command's business; a failure to run it is raised under
+// the caller's name, error 13 with the system's number in iapierr.
+void run_shell(std::string_view command, std::string_view routine) {
+  CommandStatus status;
+  const int err = yyoscommand(command, kCmdWait | kCmdDiscardErrors, -1, status);
+  if (err == 13) os_error(status.os_error, routine);
+  else if (err != 0) yyerror(err, routine);
 }
 
 // A name with an unescaped blank goes to the shell in double quotes.
@@ -571,7 +549,7 @@ void IOsCopyFile(std::string_view source, std::string_view target) {
     yyerror(55, "IOsCopyFile");
     return;
   }
-  if (int err = run_shell("cp " + shell_word(from) + " " + shell_word(to))) yyerror(err, "IOsCopyFile");
+  run_shell("cp " + shell_word(from) + " " + shell_word(to), "IOsCopyFile");
 }
 
 void IOsDeleteFile(std::string_view file, std::optional<int> flags) {
@@ -581,7 +559,7 @@ void IOsDeleteFile(std::string_view file, std::optional<int> flags) {
     if (int err = yyosdeletefile(name)) os_error(err, "IOsDeleteFile");
     return;
   }
-  if (int err = run_shell("rm " + shell_pattern(name))) yyerror(err, "IOsDeleteFile");
+  run_shell("rm " + shell_pattern(name), "IOsDeleteFile");
 }
 
 void iosfileinfo(std::string_view file, std::span<int> values, int count) {
