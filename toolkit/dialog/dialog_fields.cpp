@@ -246,27 +246,6 @@ void yyDialogButtonCB(Widget w, XtPointer, XtPointer) {
 
 namespace {
 
-// The spinner arrows step an integer by one inside its range.
-}  // namespace
-
-void yyDialogSpinCB(Widget w, XtPointer data, XtPointer) {
-  FieldRecord* f = nullptr;
-  DialogRecord* d = yyDialogFromWidget(w, &f);
-  if (!d || !f || ds.bInvalidField) return;
-  double v = 0;
-  if (yyDialogNumericValue(f->data, yyDialogGetText(*f), v) != 0) v = 0;
-  v += data ? 1 : -1;
-  const TextFieldData& t = f->data;
-  if (t.maximum >= t.minimum) v = std::clamp(v, t.minimum, t.maximum);
-  std::string text(12, ' ');
-  yyint2st(static_cast<int>(v), text);
-  while (!text.empty() && (text.back() == ' ' || text.back() == '\0')) text.pop_back();
-  yyDialogPutText(*f, text, v, {}, false);
-  send_state_change(*d, *f);
-}
-
-namespace {
-
 // The common tail: record, geometry, handlers, colours, initial state.
 void field_props(DialogRecord& d, FieldRecord& f) {
   if (!f.widget) return;
