@@ -208,7 +208,11 @@ void yyDialogStringCB(Widget w, XtPointer, XtPointer call) {
         if (t.kind == 1) b->ptr[k] = static_cast<char>(std::toupper(static_cast<unsigned char>(b->ptr[k])));
         if (t.kind == 2) b->ptr[k] = static_cast<char>(std::tolower(static_cast<unsigned char>(b->ptr[k])));
       }
-      if (t.kind >= 3 && b->length == 1 && !yyDialogStrValidNum(t.kind, b->ptr[0])) {
+      // One typed character is checked, also one of several bytes, which is
+      // never part of a number.
+      const std::string_view typed(b->ptr, static_cast<std::size_t>(b->length));
+      if (t.kind >= 3 && yyIsUtf8(typed) && yyUtf8Length(typed) == 1 &&
+          (b->length > 1 || !yyDialogStrValidNum(t.kind, b->ptr[0]))) {
         cbs->doit = False;
         return;
       }

@@ -10,6 +10,7 @@
 #include <Xm/Text.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -79,7 +80,10 @@ constexpr int kKindInteger = 3, kKindReal = 4, kKindDouble = 5;
 char* S(const char* s) { return const_cast<char*>(s); }
 
 #define SOFF(field) static_cast<Cardinal>(offsetof(SpinRec, spin.field))
-XtResource resources[] = {
+constexpr std::size_t kResources = 7;
+// Xt compiles a class's list in place: each class takes a copy of its own.
+std::array<XtResource, kResources> resource_list() {
+  return {{
     {S(XtNtextWidget), S("TextWidget"), S(XtRWidget), sizeof(Widget), SOFF(textWidget), S(XtRImmediate), nullptr},
     {S(XtNshadowThick), S("ShadowThick"), S(XtRShort), sizeof(Dimension), SOFF(shadowThick), S(XtRImmediate),
      reinterpret_cast<XtPointer>(2)},
@@ -92,8 +96,11 @@ XtResource resources[] = {
     {S(XtNspinEditable), S("Editable"), S(XtRBoolean), sizeof(Boolean), SOFF(editable), S(XtRImmediate),
      reinterpret_cast<XtPointer>(False)},
     {S(XtNxftFont), S("XftFont"), S(XtRInt), sizeof(int), SOFF(xftFont), S(XtRImmediate), nullptr},
-};
+  }};
+}
 #undef SOFF
+std::array<XtResource, kResources> integerResources = resource_list(), realResources = resource_list(),
+                                   doubleResources = resource_list();
 
 SpinPart& part(Widget w) { return reinterpret_cast<SpinRec*>(w)->spin; }
 int kind_of(Widget w) { return reinterpret_cast<SpinClassRec*>(XtClass(w))->spin_class.kind; }
@@ -251,7 +258,7 @@ Boolean SetValues(Widget old, Widget, Widget w, ArgList, Cardinal*) {
   return False;
 }
 
-SpinClassRec make_class(const char* name, int kind) {
+SpinClassRec make_class(const char* name, int kind, std::array<XtResource, kResources>& resources) {
   SpinClassRec c{};
   CoreClassPart& core = c.core_class;
   core.superclass = reinterpret_cast<WidgetClass>(&xmManagerClassRec);
@@ -259,8 +266,8 @@ SpinClassRec make_class(const char* name, int kind) {
   core.widget_size = sizeof(SpinRec);
   core.initialize = Initialize;
   core.realize = XtInheritRealize;
-  core.resources = resources;
-  core.num_resources = XtNumber(resources);
+  core.resources = resources.data();
+  core.num_resources = static_cast<Cardinal>(resources.size());
   core.xrm_class = NULLQUARK;
   core.compress_motion = True;
   core.compress_exposure = XtExposeCompressMaximal;
@@ -285,9 +292,9 @@ SpinClassRec make_class(const char* name, int kind) {
   return c;
 }
 
-SpinClassRec integerSpinClassRec = make_class("IntegerSpinner", kKindInteger);
-SpinClassRec realSpinClassRec = make_class("RealSpinner", kKindReal);
-SpinClassRec doubleSpinClassRec = make_class("DoubleSpinner", kKindDouble);
+SpinClassRec integerSpinClassRec = make_class("IntegerSpinner", kKindInteger, integerResources);
+SpinClassRec realSpinClassRec = make_class("RealSpinner", kKindReal, realResources);
+SpinClassRec doubleSpinClassRec = make_class("DoubleSpinner", kKindDouble, doubleResources);
 
 }  // namespace
 
@@ -376,9 +383,11 @@ void yyIntegerSpinWidgetButtonCB(Widget button, XtPointer, XtPointer call) {
   p.timerId = XtAppAddTimeOut(XtWidgetToApplicationContext(w), kSpinFirstDelayMs, yyIntegerSpinWidgetButtonTimeOutCB, w);
 }
 
-void yyIntegerSpinWidgetButtonTimeOutCB(XtPointer data, XtIntervalId*) {
+void yyIntegerSpinWidgetButtonTimeOutCB(XtPointer data, XtIntervalId* id) {
   Widget w = static_cast<Widget>(data);
   SpinPart& p = part(w);
+  // Called other than by its own timer, it takes that timer's place.
+  if (p.timerId && (!id || *id != p.timerId)) XtRemoveTimeOut(p.timerId);
   p.timerId = 0;
   // An invalid number elsewhere, risen during the press, ends the repeat.
   if (p.pressed < 0 || state().bInvalidField) return;
