@@ -445,6 +445,8 @@ void yyDialogFieldStateX(int state, DialogRecord&, FieldRecord& f) {
   auto foreground = [&](int col) {
     if (f.defaultForeground && (f.capabilities & field_capability::kForegroundSettable)) XtVaSetValues(f.valueWidget, XtNforeground, yyDialogScheme(col), nullptr);
   };
+  // A spinner passes the state on to its text and arrows.
+  Widget editable = (f.capabilities & field_capability::kSpinner) ? f.widget : f.valueWidget;
   const int normalFg = f.type == kGroup ? 16 : (f.type == kButton || f.type == kTab || yyDialogPushLike(f)) ? 0 : 14;
   switch (state) {
     case 0:
@@ -465,7 +467,7 @@ void yyDialogFieldStateX(int state, DialogRecord&, FieldRecord& f) {
       }
       if (f.capabilities & field_capability::kReadOnlyState) {
         f.style &= ~field_style::kReadOnly;
-        if (yyDialogIsText(f) || f.type == kCombo) XtVaSetValues(f.valueWidget, XmNeditable, True, nullptr);
+        if (yyDialogIsText(f) || f.type == kCombo) XtVaSetValues(editable, XmNeditable, True, nullptr);
       }
       if (f.type == kButton) background(17);
       else if (f.capabilities & field_capability::kBackgroundFollowsState) background(15);
@@ -478,7 +480,7 @@ void yyDialogFieldStateX(int state, DialogRecord&, FieldRecord& f) {
         f.style &= ~field_style::kDisabled;
         XtSetSensitive(outer, True);
         f.style |= field_style::kReadOnly;
-        if (yyDialogIsText(f) || f.type == kCombo) XtVaSetValues(f.valueWidget, XmNeditable, False, nullptr);
+        if (yyDialogIsText(f) || f.type == kCombo) XtVaSetValues(editable, XmNeditable, False, nullptr);
       }
       if (f.capabilities & field_capability::kBackgroundFollowsState) background(3);
       foreground(f.type == kGroup ? 14 : normalFg);

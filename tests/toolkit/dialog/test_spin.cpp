@@ -242,6 +242,22 @@ TEST_F(Spin, TypedTextFollowsTheNumericRules) {
   EXPECT_EQ(zelvy_data::data().ierr, 0);
 }
 
+TEST_F(Spin, ReadOnlyFieldDoesNotStep) {
+  WDialogPutInteger(kDomains, 4);
+  WDialogFieldState(kDomains, 2);
+  settle();
+  xdotool(at(arrow(kSpinUp)) + " click 1");
+  focus_domains();
+  xdotool("key Up Prior");
+  EXPECT_EQ(step_messages(300), 0);
+  EXPECT_EQ(value(), 4);
+  WDialogFieldState(kDomains, 1);
+  settle();
+  xdotool(at(arrow(kSpinDown)) + " click 1");
+  EXPECT_EQ(step_messages(), 1);
+  EXPECT_EQ(value(), 3);
+}
+
 TEST_F(Spin, StepSettingsCheckTheField) {
   int error = -1;
   yydialogspinnerstepinteger(kDomains, 2, 0, 0, error);
