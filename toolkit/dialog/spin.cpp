@@ -191,7 +191,7 @@ Widget create_button(Widget w, unsigned char direction) {
   return b;
 }
 
-void Initialize(Widget, Widget w, ArgList, Cardinal*) {
+void yyIntegerSpinWidgetInitialize(Widget, Widget w, ArgList, Cardinal*) {
   SpinPart& p = part(w);
   w->core.width = std::max<Dimension>(w->core.width, 1);
   w->core.height = std::max<Dimension>(w->core.height, 1);
@@ -230,23 +230,23 @@ void Initialize(Widget, Widget w, ArgList, Cardinal*) {
   yyIntegerSpinWidgetChildPositionResize(w);
 }
 
-void Destroy(Widget w) {
+void yyIntegerSpinWidgetDestroy(Widget w) {
   SpinPart& p = part(w);
   if (p.timerId) XtRemoveTimeOut(p.timerId);
   p.timerId = 0;
 }
 
-void Resize(Widget w) {
+void yyIntegerSpinWidgetResize(Widget w) {
   yyIntegerSpinWidgetChildGeometry(w);
   yyIntegerSpinWidgetChildPositionResize(w);
 }
 
-void ChangeManaged(Widget w) { yyIntegerSpinWidgetChildPositionResize(w); }
+void yyIntegerSpinWidgetChangeManaged(Widget w) { yyIntegerSpinWidgetChildPositionResize(w); }
 
 // The children have their places from the spinner; they get no say.
-XtGeometryResult GeometryManager(Widget, XtWidgetGeometry*, XtWidgetGeometry*) { return XtGeometryNo; }
+XtGeometryResult yyIntegerSpinWidgetGeometryManager(Widget, XtWidgetGeometry*, XtWidgetGeometry*) { return XtGeometryNo; }
 
-Boolean SetValues(Widget old, Widget, Widget w, ArgList, Cardinal*) {
+Boolean yyIntegerSpinWidgetSetValues(Widget old, Widget, Widget w, ArgList, Cardinal*) {
   SpinPart& p = part(w);
   if (part(old).editable != p.editable) {
     XtVaSetValues(p.textWidget, XmNeditable, p.editable, nullptr);
@@ -264,7 +264,7 @@ SpinClassRec make_class(const char* name, int kind, std::array<XtResource, kReso
   core.superclass = reinterpret_cast<WidgetClass>(&xmManagerClassRec);
   core.class_name = S(name);
   core.widget_size = sizeof(SpinRec);
-  core.initialize = Initialize;
+  core.initialize = yyIntegerSpinWidgetInitialize;
   core.realize = XtInheritRealize;
   core.resources = resources.data();
   core.num_resources = static_cast<Cardinal>(resources.size());
@@ -272,17 +272,17 @@ SpinClassRec make_class(const char* name, int kind, std::array<XtResource, kReso
   core.compress_motion = True;
   core.compress_exposure = XtExposeCompressMaximal;
   core.compress_enterleave = True;
-  core.destroy = Destroy;
-  core.resize = Resize;
+  core.destroy = yyIntegerSpinWidgetDestroy;
+  core.resize = yyIntegerSpinWidgetResize;
   core.expose = XtInheritExpose;
-  core.set_values = SetValues;
+  core.set_values = yyIntegerSpinWidgetSetValues;
   core.accept_focus = nullptr;
   core.version = XtVersion;
   core.tm_table = XtInheritTranslations;
   core.query_geometry = XtInheritQueryGeometry;
   core.display_accelerator = XtInheritDisplayAccelerator;
-  c.composite_class.geometry_manager = GeometryManager;
-  c.composite_class.change_managed = ChangeManaged;
+  c.composite_class.geometry_manager = yyIntegerSpinWidgetGeometryManager;
+  c.composite_class.change_managed = yyIntegerSpinWidgetChangeManaged;
   c.composite_class.insert_child = XtInheritInsertChild;
   c.composite_class.delete_child = XtInheritDeleteChild;
   c.constraint_class.constraint_size = sizeof(XmManagerConstraintRec);
