@@ -1,6 +1,5 @@
 // Field creation by type: each type becomes its widgets with the styles of
 // its resource record, in its simplest working form for the composite kinds.
-#include <Xm/ArrowB.h>
 #include <Xm/ComboBox.h>
 #include <Xm/Container.h>
 #include <Xm/DrawingA.h>
