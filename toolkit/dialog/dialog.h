@@ -47,6 +47,7 @@ void WDialogPutRadioButton(int fieldid);
 void WDialogGetRadioButton(int fieldid, int& position);
 void WDialogClearField(int fieldid);
 void WDialogRangeInteger(int fieldid, std::optional<int> minimum = {}, std::optional<int> maximum = {});
+void WDialogSpinnerStep(int fieldid, float smallStep, std::optional<float> largeStep = {});
 void wdialograngeoptions(int option, int value);
 
 // Options of combos and lists, counted from 1.

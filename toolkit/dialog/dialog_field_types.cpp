@@ -1,6 +1,5 @@
 // Field creation by type: each type becomes its widgets with the styles of
 // its resource record, in its simplest working form for the composite kinds.
-#include <Xm/ArrowB.h>
 #include <Xm/ComboBox.h>
 #include <Xm/Container.h>
 #include <Xm/DrawingA.h>
@@ -23,6 +22,7 @@
 #include "toolkit/kernel/resources.h"
 #include "toolkit/dialog/dialog_private.h"
 #include "toolkit/dialog/dialog_fields_private.h"
+#include "toolkit/dialog/spin_private.h"
 #include "toolkit/kernel/display_private.h"
 #include "toolkit/base/format.h"
 
@@ -230,6 +230,7 @@ Args& text_args(Args& args, const FieldRecord& f) {
   return args;
 }
 
+// Text and numeric fields; a number with the spinner flag is a spinner.
 void create_text(DialogRecord& d, FieldRecord& f) {
   f.textKind = 2;
   f.capabilities = field_capability::kText;
@@ -260,23 +261,19 @@ void create_text(DialogRecord& d, FieldRecord& f) {
   if (yyDialogRenderTable(f.fontIndex)) args.add(XmNrenderTable, yyDialogRenderTable(f.fontIndex));
   if (spinner) {
     f.capabilities |= field_capability::kSpinner;
-    const int arrow = std::min(f.height, 14);
+    WidgetClass spinClass = f.type == kInteger ? integerspinWidgetClass
+                            : f.type == kReal  ? realspinWidgetClass
+                                               : doublespinWidgetClass;
     Args outer;
     base_args(outer, f, false);
-    outer.add(XmNmarginWidth, 0).add(XmNmarginHeight, 0).add(XmNresizePolicy, XmRESIZE_NONE).add(XtNbackground, yyDialogScheme(3));
-    f.widget = XtCreateWidget("ZelvField", xmDrawingAreaWidgetClass, d.widget, outer.a, outer.n);
-    args.add(XtNx, 0).add(XtNy, 0).add(XtNwidth, std::max(1, f.width - arrow)).add(XtNheight, f.height);
-    args.add(XmNeditMode, XmSINGLE_LINE_EDIT);
-    f.valueWidget = XtCreateManagedWidget("Text", xmTextWidgetClass, f.widget, args.a, args.n);
-    for (int k = 0; k < 2; ++k) {
-      Widget a = XtVaCreateManagedWidget(k == 0 ? "Up" : "Down", xmArrowButtonWidgetClass, f.widget, XtNx,
-                                         f.width - arrow, XtNy, k * f.height / 2, XtNwidth, arrow, XtNheight,
-                                         std::max(1, f.height / 2), XmNarrowDirection,
-                                         k == 0 ? XmARROW_UP : XmARROW_DOWN, XmNtraversalOn, False,
-                                         XmNhighlightThickness, 0, XmNshadowThickness, 1, XtNbackground, yyDialogScheme(17), nullptr);
-      XtAddCallback(a, XmNactivateCallback, yyDialogSpinCB, k == 0 ? reinterpret_cast<XtPointer>(1) : nullptr);
-      f.parts.push_back(a);
-    }
+    outer.add(XtNxftFont, f.fontIndex).add(XtNbackground, yyDialogScheme(17));
+    f.widget = XtCreateWidget("ZelvField", spinClass, d.widget, outer.a, outer.n);
+    f.valueWidget = yySpinWidgetText(f.widget);
+    XtSetValues(f.valueWidget, args.a, args.n);
+    yySpinWidgetSetRange(f.widget, t.minimum, t.maximum);
+    Widget up = nullptr, down = nullptr;
+    yySpinWidgetButtons(f.widget, up, down);
+    f.parts = {up, down};
   } else if (multi) {
     f.capabilities |= field_capability::kScrolledText;
     args.add(XmNeditMode, XmMULTI_LINE_EDIT).add(XmNwordWrap, autoScroll ? False : True);
@@ -523,12 +520,20 @@ void create_treeview(DialogRecord& d, FieldRecord& f) {
 
 }  // namespace
 
+void yyDialogString(DialogRecord& d, FieldRecord& f) { create_text(d, f); }
+void yyDialogInteger(DialogRecord& d, FieldRecord& f) { create_text(d, f); }
+void yyDialogReal(DialogRecord& d, FieldRecord& f) { create_text(d, f); }
+void yyDialogDouble(DialogRecord& d, FieldRecord& f) { create_text(d, f); }
+
 void yyDialogFieldCreateType(DialogRecord& d, FieldRecord& f) {
   switch (f.type) {
     case kLabel: create_label(d, f); break;
     case kPicture: create_picture(d, f); break;
     case kGroup: create_group(d, f); break;
-    case kString: case kInteger: case kReal: case kDouble: create_text(d, f); break;
+    case kString: yyDialogString(d, f); break;
+    case kInteger: yyDialogInteger(d, f); break;
+    case kReal: yyDialogReal(d, f); break;
+    case kDouble: yyDialogDouble(d, f); break;
     case kButton: create_button(d, f); break;
     case kCheckbox: case kRadio: create_toggle(d, f); break;
     case kCombo: create_combo(d, f); break;

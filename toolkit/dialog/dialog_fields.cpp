@@ -208,7 +208,11 @@ void yyDialogStringCB(Widget w, XtPointer, XtPointer call) {
         if (t.kind == 1) b->ptr[k] = static_cast<char>(std::toupper(static_cast<unsigned char>(b->ptr[k])));
         if (t.kind == 2) b->ptr[k] = static_cast<char>(std::tolower(static_cast<unsigned char>(b->ptr[k])));
       }
-      if (t.kind >= 3 && b->length == 1 && !yyDialogStrValidNum(t.kind, b->ptr[0])) {
+      // One typed character is checked, also one of several bytes, which is
+      // never part of a number.
+      const std::string_view typed(b->ptr, static_cast<std::size_t>(b->length));
+      if (t.kind >= 3 && yyIsUtf8(typed) && yyUtf8Length(typed) == 1 &&
+          (b->length > 1 || !yyDialogStrValidNum(t.kind, b->ptr[0]))) {
         cbs->doit = False;
         return;
       }
@@ -242,27 +246,6 @@ void yyDialogButtonCB(Widget w, XtPointer, XtPointer) {
   FieldRecord* f = nullptr;
   DialogRecord* d = yyDialogFromWidget(w, &f);
   if (d && f) yyDialogButtonMessage(*d, f->identifier);
-}
-
-namespace {
-
-// The spinner arrows step an integer by one inside its range.
-}  // namespace
-
-void yyDialogSpinCB(Widget w, XtPointer data, XtPointer) {
-  FieldRecord* f = nullptr;
-  DialogRecord* d = yyDialogFromWidget(w, &f);
-  if (!d || !f || ds.bInvalidField) return;
-  double v = 0;
-  if (yyDialogNumericValue(f->data, yyDialogGetText(*f), v) != 0) v = 0;
-  v += data ? 1 : -1;
-  const TextFieldData& t = f->data;
-  if (t.maximum >= t.minimum) v = std::clamp(v, t.minimum, t.maximum);
-  std::string text(12, ' ');
-  yyint2st(static_cast<int>(v), text);
-  while (!text.empty() && (text.back() == ' ' || text.back() == '\0')) text.pop_back();
-  yyDialogPutText(*f, text, v, {}, false);
-  send_state_change(*d, *f);
 }
 
 namespace {
@@ -462,6 +445,8 @@ void yyDialogFieldStateX(int state, DialogRecord&, FieldRecord& f) {
   auto foreground = [&](int col) {
     if (f.defaultForeground && (f.capabilities & field_capability::kForegroundSettable)) XtVaSetValues(f.valueWidget, XtNforeground, yyDialogScheme(col), nullptr);
   };
+  // A spinner passes the state on to its text and arrows.
+  Widget editable = (f.capabilities & field_capability::kSpinner) ? f.widget : f.valueWidget;
   const int normalFg = f.type == kGroup ? 16 : (f.type == kButton || f.type == kTab || yyDialogPushLike(f)) ? 0 : 14;
   switch (state) {
     case 0:
@@ -482,7 +467,7 @@ void yyDialogFieldStateX(int state, DialogRecord&, FieldRecord& f) {
       }
       if (f.capabilities & field_capability::kReadOnlyState) {
         f.style &= ~field_style::kReadOnly;
-        if (yyDialogIsText(f) || f.type == kCombo) XtVaSetValues(f.valueWidget, XmNeditable, True, nullptr);
+        if (yyDialogIsText(f) || f.type == kCombo) XtVaSetValues(editable, XmNeditable, True, nullptr);
       }
       if (f.type == kButton) background(17);
       else if (f.capabilities & field_capability::kBackgroundFollowsState) background(15);
@@ -495,7 +480,7 @@ void yyDialogFieldStateX(int state, DialogRecord&, FieldRecord& f) {
         f.style &= ~field_style::kDisabled;
         XtSetSensitive(outer, True);
         f.style |= field_style::kReadOnly;
-        if (yyDialogIsText(f) || f.type == kCombo) XtVaSetValues(f.valueWidget, XmNeditable, False, nullptr);
+        if (yyDialogIsText(f) || f.type == kCombo) XtVaSetValues(editable, XmNeditable, False, nullptr);
       }
       if (f.capabilities & field_capability::kBackgroundFollowsState) background(3);
       foreground(f.type == kGroup ? 14 : normalFg);

@@ -32,7 +32,12 @@ std::string yyDialogLabelText(const FieldRecord& f, std::string_view text);
 // Puts a label field's text, wrapped, at the top of the label.
 void yyDialogLabelSetText(const FieldRecord& f, std::string_view text);
 
-// Creates the widgets of one field by its type (no common tail).
+// Creates the widgets of one field by its type (no common tail); the text
+// and numeric types, also for the grid's cells.
+void yyDialogString(DialogRecord& d, FieldRecord& f);
+void yyDialogInteger(DialogRecord& d, FieldRecord& f);
+void yyDialogReal(DialogRecord& d, FieldRecord& f);
+void yyDialogDouble(DialogRecord& d, FieldRecord& f);
 void yyDialogFieldCreateType(DialogRecord& d, FieldRecord& f);
 
 // Widget callbacks that turn user actions into the engine's messages.
@@ -40,4 +45,3 @@ void yyDialogFieldChangedStateCB(Widget w, XtPointer data, XtPointer call);
 void yyDialogFieldChangedFocusEH(Widget w, XtPointer data, XEvent* event, Boolean* cont);
 void yyDialogStringCB(Widget w, XtPointer data, XtPointer call);
 void yyDialogButtonCB(Widget w, XtPointer data, XtPointer call);
-void yyDialogSpinCB(Widget w, XtPointer data, XtPointer call);
