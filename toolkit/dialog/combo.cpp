@@ -502,7 +502,13 @@ constexpr char kSimpleListTranslations[] =
     "<Btn3Down>: yyComboWidgetKeyAction(m,d,s)\n"
     "<Btn3Up>: yyComboWidgetKeyAction(m,u,s)";
 
-void override(Widget w, const char* table) { XtOverrideTranslations(w, XtParseTranslationTable(table)); }
+// Each table is parsed once: Xt never frees a parsed table.
+void override(Widget w, const char* table) {
+  static std::vector<std::pair<const char*, XtTranslations>> parsed;
+  auto it = std::find_if(parsed.begin(), parsed.end(), [table](const auto& e) { return e.first == table; });
+  if (it == parsed.end()) it = parsed.insert(parsed.end(), {table, XtParseTranslationTable(table)});
+  XtOverrideTranslations(w, it->second);
+}
 
 // ---- Children, geometry and layout ---------------------------------------------
 
