@@ -143,7 +143,7 @@ void rebuild_first_letters(ComboPart& p) {
 void notify(Widget w, int position) {
   ComboPart& p = part(w);
   if (!p.valueChangedCallback) return;
-  XtCallCallbackList(w, p.valueChangedCallback, reinterpret_cast<XtPointer>(static_cast<long>(position)));
+  XtCallCallbacks(w, XmNvalueChangedCallback, reinterpret_cast<XtPointer>(static_cast<long>(position)));
 }
 
 // Brings an option into view and, with `select`, selects it. Mode 2 moves the
