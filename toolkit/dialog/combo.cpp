@@ -149,7 +149,7 @@ void notify(Widget w, int position) {
 // Brings an option into view and, with `select`, selects it. Mode 2 moves the
 // list as little as possible; mode 1 puts the option at the top, as far as
 // the list's end allows. A program's selection (kSelectQuiet) calls no callback.
-void list_scroll(Widget w, int position, int select, int mode) {
+void yyComboWidgetListScroll(Widget w, int position, int select, int mode) {
   ComboPart& p = part(w);
   Widget list = p.listWidget;
   if (position == 0) {
@@ -180,20 +180,36 @@ void list_scroll(Widget w, int position, int select, int mode) {
 }
 
 // The option equal to the text, ignoring case, becomes the selected one.
-void match_and_scroll(Widget w, bool quiet) {
+void yyComboWidgetMatchAndScroll(Widget w, bool quiet) {
   ComboPart& p = part(w);
   const std::vector<std::string> options = lower_options(p);
   const int found = yyComboWidgetMatchOption(1, options, 0, text_of(p));
   if (found >= 0) {
     p.itemSelect = found + 1;
-    list_scroll(w, found + 1, quiet ? kSelectQuiet : kSelectNotify, 1);
+    yyComboWidgetListScroll(w, found + 1, quiet ? kSelectQuiet : kSelectNotify, 1);
   } else {
     XmListDeselectAllItems(p.listWidget);
   }
 }
 
+// Zero-delay timers still to run, so that a combo destroyed first takes them along.
+struct PendingTimer {
+  Widget combo;
+  XtIntervalId id;
+};
+std::vector<PendingTimer> gTimers;
+
+void forget_timer(XtIntervalId* id) {
+  std::erase_if(gTimers, [id](const PendingTimer& t) { return id && t.id == *id; });
+}
+
+void add_timer(Widget w, XtTimerCallbackProc proc) {
+  gTimers.push_back({w, XtAppAddTimeOut(XtWidgetToApplicationContext(w), 0, proc, w)});
+}
+
 // Back to the text once the pop-up is gone: focus, all of it selected.
-void focus_timer(XtPointer data, XtIntervalId*) {
+void yyComboWidgetFocusTimer(XtPointer data, XtIntervalId* id) {
+  forget_timer(id);
   Widget w = static_cast<Widget>(data);
   if (!w || w->core.being_destroyed) return;
   ComboPart& p = part(w);
@@ -202,7 +218,7 @@ void focus_timer(XtPointer data, XtIntervalId*) {
   if (p.comboType != kComboTypeDropDownList) XtVaSetValues(p.textWidget, XmNcursorPositionVisible, True, nullptr);
 }
 
-void focus_later(Widget w) { XtAppAddTimeOut(XtWidgetToApplicationContext(w), 0, focus_timer, w); }
+void focus_later(Widget w) { add_timer(w, yyComboWidgetFocusTimer); }
 
 // A drop-down list's letter: the option it picked, shown after the keystroke.
 struct LetterPick {
@@ -211,7 +227,8 @@ struct LetterPick {
 };
 std::vector<LetterPick> gLetterPicks;
 
-void letter_timer(XtPointer data, XtIntervalId*) {
+void letter_timer(XtPointer data, XtIntervalId* id) {
+  forget_timer(id);
   Widget w = static_cast<Widget>(data);
   auto it = std::find_if(gLetterPicks.begin(), gLetterPicks.end(), [w](const LetterPick& l) { return l.combo == w; });
   if (it == gLetterPicks.end()) return;
@@ -221,14 +238,14 @@ void letter_timer(XtPointer data, XtIntervalId*) {
   if (option < 1 || option > p.comboItemCount) return;
   p.itemSelect = option;
   set_text_quiet(p, yyComboWidgetItemTextX(w, option));
-  list_scroll(w, option, kSelectNotify, 2);
-  focus_timer(w, nullptr);
+  yyComboWidgetListScroll(w, option, kSelectNotify, 2);
+  yyComboWidgetFocusTimer(w, nullptr);
 }
 
 // ---- The pop-up --------------------------------------------------------------
 
 // Height of the open list: its rows, at most comboDropSize.
-void list_height_resize(Widget w) {
+void yyComboWidgetListHeightResize(Widget w) {
   ComboPart& p = part(w);
   Widget sw = XtParent(p.listWidget);
   const Dimension width = std::max<Dimension>(1, w->core.width);
@@ -279,7 +296,7 @@ void pop_up(Widget w) {
   XmProcessTraversal(p.textWidget, XmTRAVERSE_CURRENT);
   Position rx = 0, ry = 0;
   XtTranslateCoords(p.textWidget, 0, 0, &rx, &ry);
-  list_height_resize(w);
+  yyComboWidgetListHeightResize(w);
   XtMoveWidget(p.pullShell, static_cast<Position>(rx - 1),
                static_cast<Position>(ry + p.textWidget->core.height - 1));
   p.dropped = 1;
@@ -290,7 +307,7 @@ void pop_up(Widget w) {
   XDefineCursor(XtDisplay(w), XtWindow(p.pullShell), cursor);
   XmListDeselectAllItems(p.listWidget);
   bInComboDropdown = true;
-  match_and_scroll(w, true);
+  yyComboWidgetMatchAndScroll(w, true);
   bInComboDropdown = false;
   XtAddGrab(p.buttonWidget, False, False);
   XtGrabKeyboard(p.textWidget, False, GrabModeAsync, GrabModeAsync, CurrentTime);
@@ -318,7 +335,7 @@ Boolean combo_dispatch(XEvent* ev) {
     if (!onButton && !inside(p.pullShell, ev->xbutton)) {
       pop_down(w);
       if (ev->type == ButtonPress) gSwallowRelease = true;
-      else match_and_scroll(w, false);
+      else yyComboWidgetMatchAndScroll(w, false);
       return True;
     }
   } else if (ev->type == ButtonRelease && gSwallowRelease) {
@@ -346,7 +363,7 @@ Widget combo_of(Widget child) {
 
 // Typed text: length limit and case; in a drop-down list a letter picks the
 // next option starting with it, and nothing else may change the text.
-void text_cb(Widget text, XtPointer, XtPointer call) {
+void yyComboWidgetTextCB(Widget text, XtPointer, XtPointer call) {
   Widget w = combo_of(text);
   if (!w) return;
   ComboPart& p = part(w);
@@ -364,7 +381,7 @@ void text_cb(Widget text, XtPointer, XtPointer call) {
     const int found = yyComboWidgetMatchOption(2, options, p.itemSelect - 1, std::string(b->ptr, 1));
     if (found < 0 || found + 1 == p.itemSelect) return;
     gLetterPicks.push_back({w, found + 1});
-    XtAppAddTimeOut(XtWidgetToApplicationContext(w), 0, letter_timer, w);
+    add_timer(w, letter_timer);
     return;
   }
   if (!inserting) return;
@@ -394,13 +411,13 @@ void text_cb(Widget text, XtPointer, XtPointer call) {
   b->length = static_cast<int>(kept.size());
 }
 
-void text_changed_cb(Widget text, XtPointer, XtPointer) {
+void yyComboWidgetTextChangedCB(Widget text, XtPointer, XtPointer) {
   Widget w = combo_of(text);
   if (!w || !part(w).textGuard) return;
-  match_and_scroll(w, zelvy_dialog::state().bNumericIgnoreChange);
+  yyComboWidgetMatchAndScroll(w, zelvy_dialog::state().bNumericIgnoreChange);
 }
 
-void list_cb(Widget list, XtPointer, XtPointer call) {
+void yyComboWidgetListCB(Widget list, XtPointer, XtPointer call) {
   Widget w = combo_of(list);
   if (!w) return;
   ComboPart& p = part(w);
@@ -413,14 +430,14 @@ void list_cb(Widget list, XtPointer, XtPointer call) {
   notify(w, position);
 }
 
-void button_cb(Widget button, XtPointer, XtPointer) {
+void yyComboWidgetButtonCB(Widget button, XtPointer, XtPointer) {
   Widget w = combo_of(button);
   if (!w || zelvy_dialog::state().bInvalidField) return;
   yyComboWidgetPopUpDown(w, 0);
 }
 
 // Escape, Return and keypad Enter close an open list and go no further.
-void active_eh(Widget child, XtPointer, XEvent* ev, Boolean* cont) {
+void yyComboWidgetActiveEH(Widget child, XtPointer, XEvent* ev, Boolean* cont) {
   Widget w = combo_of(child);
   if (!w || !part(w).dropped || ev->type != KeyPress) return;
   const KeySym ks = XLookupKeysym(&ev->xkey, 0);
@@ -441,7 +458,7 @@ void context_click(Widget w, int position, int modifiers, int x, int y, Time tim
 }
 
 // Keys and the right button, bound in the children's translations.
-void key_action(Widget child, XEvent* ev, String* params, Cardinal* count) {
+void yyComboWidgetKeyAction(Widget child, XEvent* ev, String* params, Cardinal* count) {
   if (!count || *count == 0) return;
   Widget w = combo_of(child);
   if (!w) return;
@@ -453,7 +470,7 @@ void key_action(Widget child, XEvent* ev, String* params, Cardinal* count) {
       const int next = p.itemSelect + (op == 'u' ? -1 : 1);
       if (next < 1 || next > p.comboItemCount) break;
       p.itemSelect = next;
-      list_scroll(w, next, kSelectNotify, 2);
+      yyComboWidgetListScroll(w, next, kSelectNotify, 2);
       set_text_quiet(p, yyComboWidgetItemTextX(w, next));
       focus_later(w);
       break;
@@ -486,7 +503,7 @@ void key_action(Widget child, XEvent* ev, String* params, Cardinal* count) {
   }
 }
 
-XtActionsRec actions[] = {{const_cast<char*>("yyComboWidgetKeyAction"), key_action}};
+XtActionsRec actions[] = {{const_cast<char*>("yyComboWidgetKeyAction"), yyComboWidgetKeyAction}};
 
 constexpr char kTextTranslations[] =
     "<Key>osfUp: yyComboWidgetKeyAction(u)\n"
@@ -542,7 +559,7 @@ void make_arrow_images(Widget w, int side, int fullHeight) {
   }
 }
 
-void child_geometry(Widget w) {
+void yyComboWidgetChildGeometry(Widget w) {
   ComboPart& p = part(w);
   p.textPixelHeight = text_pixel_height(p);
   int unused = 0, reduced = 0;
@@ -551,10 +568,10 @@ void child_geometry(Widget w) {
   p.textWidth = static_cast<int>(w->core.width) - (drop_form(p) ? p.buttonSize : 0);
 }
 
-void child_position_resize(Widget w) {
+void yyComboWidgetChildPositionResize(Widget w) {
   ComboPart& p = part(w);
   if (!p.textWidget) return;
-  child_geometry(w);
+  yyComboWidgetChildGeometry(w);
   const auto tw = static_cast<Dimension>(std::max(1, p.textWidth));
   const auto th = static_cast<Dimension>(p.textPixelHeight);
   XtConfigureWidget(p.textWidget, 0, 0, tw, th, 0);
@@ -580,8 +597,21 @@ void list_colours(Widget list, const ComboPart& p) {
   yyStyleScrollbar(list, 4);
 }
 
-void child_create(Widget w) {
+// Creates the children, or on destruction lets go of what the widget owns
+// beside them (the children go with the widget).
+void yyComboWidgetChildCreateDestroy(Widget w, bool create) {
   ComboPart& p = part(w);
+  if (!create) {
+    if (p.dropped) pop_down(w);
+    if (gDropped == w) gDropped = nullptr;
+    std::erase_if(gLetterPicks, [w](const LetterPick& l) { return l.combo == w; });
+    for (const PendingTimer& t : gTimers)
+      if (t.combo == w) XtRemoveTimeOut(t.id);
+    std::erase_if(gTimers, [w](const PendingTimer& t) { return t.combo == w; });
+    XtFree(p.firstLetters);
+    p.firstLetters = nullptr;
+    return;
+  }
   const zelvy_x::State& xs = zelvy_x::state();
   Arg a[16];
   Cardinal n = 0;
@@ -603,8 +633,8 @@ void child_create(Widget w) {
     XtSetArg(a[n], XmNbottomShadowColor, yyDialogScheme(kSchemeDark)); ++n;
   }
   p.textWidget = XtCreateManagedWidget("ComboText", xmTextWidgetClass, w, a, n);
-  XtAddCallback(p.textWidget, XmNmodifyVerifyCallback, text_cb, nullptr);
-  if (p.comboType != kComboTypeDropDownList) XtAddCallback(p.textWidget, XmNvalueChangedCallback, text_changed_cb, nullptr);
+  XtAddCallback(p.textWidget, XmNmodifyVerifyCallback, yyComboWidgetTextCB, nullptr);
+  if (p.comboType != kComboTypeDropDownList) XtAddCallback(p.textWidget, XmNvalueChangedCallback, yyComboWidgetTextChangedCB, nullptr);
   override(p.textWidget, kTextTranslations);
 
   if (!drop_form(p)) {
@@ -616,12 +646,12 @@ void child_create(Widget w) {
     XtSetArg(a[n], XmNhighlightThickness, 0); ++n;
     p.listWidget = XmCreateScrolledList(w, const_cast<char*>("ComboList"), a, n);
     list_colours(p.listWidget, p);
-    XtAddCallback(p.listWidget, XmNsingleSelectionCallback, list_cb, nullptr);
+    XtAddCallback(p.listWidget, XmNsingleSelectionCallback, yyComboWidgetListCB, nullptr);
     override(p.listWidget, kSimpleListTranslations);
     XtManageChild(p.listWidget);
     return;
   }
-  XtInsertEventHandler(p.textWidget, KeyPressMask, False, active_eh, nullptr, XtListHead);
+  XtInsertEventHandler(p.textWidget, KeyPressMask, False, yyComboWidgetActiveEH, nullptr, XtListHead);
   n = 0;
   XtSetArg(a[n], XtNcolormap, xs.iCmapMain ? xs.iCmapMain : w->core.colormap); ++n;
   XtSetArg(a[n], XtNdepth, w->core.depth); ++n;
@@ -644,7 +674,7 @@ void child_create(Widget w) {
   XtSetArg(a[n], XmNhighlightThickness, 0); ++n;
   p.listWidget = XmCreateScrolledList(p.pullShell, const_cast<char*>("ComboList"), a, n);
   list_colours(p.listWidget, p);
-  XtAddCallback(p.listWidget, XmNbrowseSelectionCallback, list_cb, nullptr);
+  XtAddCallback(p.listWidget, XmNbrowseSelectionCallback, yyComboWidgetListCB, nullptr);
   override(p.listWidget, kListF4);
   XtManageChild(p.listWidget);
 
@@ -670,13 +700,13 @@ void child_create(Widget w) {
     XtSetArg(a[n], XmNrecomputeSize, False); ++n;
     p.buttonWidget = XtCreateManagedWidget("ComboButton", xmPushButtonWidgetClass, w, a, n);
   }
-  XtAddCallback(p.buttonWidget, XmNactivateCallback, button_cb, nullptr);
+  XtAddCallback(p.buttonWidget, XmNactivateCallback, yyComboWidgetButtonCB, nullptr);
   override(p.textWidget, kTextF4);
   install_dispatcher(XtDisplay(w));
 }
 
 // New options: folded by caseConv, handed to the list, nothing selected.
-void set_items(Widget w, XmStringTable items, int count) {
+void yyComboWidgetSetValues2(Widget w, XmStringTable items, int count) {
   ComboPart& p = part(w);
   XmListDeselectAllItems(p.listWidget);
   XmListDeleteAllItems(p.listWidget);
@@ -701,7 +731,7 @@ void set_items(Widget w, XmStringTable items, int count) {
   rebuild_first_letters(p);
   visible_rows(p);
   p.itemSelect = 0;
-  list_scroll(w, 0, 1, 2);
+  yyComboWidgetListScroll(w, 0, 1, 2);
 }
 
 void put_item_select(Widget w, int value) {
@@ -712,7 +742,7 @@ void put_item_select(Widget w, int value) {
   }
   p.itemSelect = value;
   if (value > 0) set_text_quiet(p, yyComboWidgetItemTextX(w, value));
-  list_scroll(w, value, value > 0 ? kSelectQuiet : 1, 2);
+  yyComboWidgetListScroll(w, value, value > 0 ? kSelectQuiet : 1, 2);
 }
 
 // ---- Class methods ---------------------------------------------------------------
@@ -727,31 +757,25 @@ void yyComboWidgetInitialize(Widget, Widget w, ArgList, Cardinal*) {
   const int select = p.itemSelect;
   p.itemSelect = 0;
   w->core.width = static_cast<Dimension>(std::max(1, static_cast<int>(w->core.width)) + 1);
-  child_geometry(w);
+  yyComboWidgetChildGeometry(w);
   if (drop_form(p)) w->core.height = static_cast<Dimension>(p.textPixelHeight);
   else w->core.height = static_cast<Dimension>(std::max(static_cast<int>(w->core.height) + 1, p.textPixelHeight + 1));
-  child_create(w);
+  yyComboWidgetChildCreateDestroy(w, true);
   const int count = p.comboItemCount;
-  set_items(w, p.comboItems, count);
+  yyComboWidgetSetValues2(w, p.comboItems, count);
   put_item_select(w, select);
-  child_position_resize(w);
+  yyComboWidgetChildPositionResize(w);
 }
 
-void yyComboWidgetDestroy(Widget w) {
-  ComboPart& p = part(w);
-  if (gDropped == w) gDropped = nullptr;
-  std::erase_if(gLetterPicks, [w](const LetterPick& l) { return l.combo == w; });
-  XtFree(p.firstLetters);
-  p.firstLetters = nullptr;
-}
+void yyComboWidgetDestroy(Widget w) { yyComboWidgetChildCreateDestroy(w, false); }
 
-void yyComboWidgetResize(Widget w) { child_position_resize(w); }
+void yyComboWidgetResize(Widget w) { yyComboWidgetChildPositionResize(w); }
 
 Boolean yyComboWidgetSetValues(Widget old, Widget, Widget w, ArgList, Cardinal*) {
   ComboPart& o = part(old);
   ComboPart& p = part(w);
   if (p.comboItemCount != o.comboItemCount || p.comboItems != o.comboItems) {
-    set_items(w, p.comboItems, p.comboItemCount);
+    yyComboWidgetSetValues2(w, p.comboItems, p.comboItemCount);
     o.itemSelect = 0;
   }
   if (p.itemSelect != o.itemSelect) put_item_select(w, p.itemSelect);
@@ -761,13 +785,13 @@ Boolean yyComboWidgetSetValues(Widget old, Widget, Widget w, ArgList, Cardinal*)
     XtVaSetValues(p.textWidget, XmNcursorPositionVisible, p.cursorPositionVisible, nullptr);
   if (p.comboDropSize != o.comboDropSize) visible_rows(p);
   if (p.textHeight != o.textHeight && drop_form(p)) {
-    child_geometry(w);
+    yyComboWidgetChildGeometry(w);
     w->core.height = static_cast<Dimension>(p.textPixelHeight);
   }
   return False;
 }
 
-void yyComboWidgetChangeManaged(Widget w) { child_position_resize(w); }
+void yyComboWidgetChangeManaged(Widget w) { yyComboWidgetChildPositionResize(w); }
 
 // The widget places its children itself.
 XtGeometryResult yyComboWidgetGeometryManager(Widget, XtWidgetGeometry*, XtWidgetGeometry*) { return XtGeometryNo; }
