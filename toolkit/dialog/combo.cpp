@@ -32,8 +32,8 @@ using zelvy_dialog::yyDialogScheme;
 namespace {
 
 // Scheme colours the widget is drawn in.
-constexpr int kSchemeFace = 3, kSchemeDark = 9, kSchemeListFg = 14, kSchemeListBg = 15, kSchemeArrow = 16,
-              kSchemeArmed = 18;
+constexpr int kSchemeFace = 3, kSchemeDark = 9, kSchemeDisabled = 10, kSchemeListFg = 14, kSchemeListBg = 15,
+              kSchemeArrow = 16, kSchemeArmed = 18;
 // Rows of the list are one pixel apart more than Motif's default: each row
 // paints its background over the row above, which would hide underscores.
 constexpr int kListSpacing = 2;
@@ -47,8 +47,8 @@ bool drop_form(const ComboPart& p) { return p.comboType != kComboTypeSimple; }
 Widget gDropped = nullptr;
 bool gSwallowRelease = false;
 XtEventDispatchProc gPrevPress = nullptr, gPrevRelease = nullptr;
-// The flat arrow's pictures, normal and armed, made once for one side.
-std::array<Pixmap, 2> pComboArrowImage{0, 0};
+// The flat arrow's pictures, normal, armed and disabled, made once for one side.
+std::array<Pixmap, 3> pComboArrowImage{0, 0, 0};
 int gArrowSide = 0;
 // The last right-button press on a combo, for its release.
 struct RightPress {
@@ -436,10 +436,20 @@ void yyComboWidgetButtonCB(Widget button, XtPointer, XtPointer) {
   yyComboWidgetPopUpDown(w, 0);
 }
 
-// Escape, Return and keypad Enter close an open list and go no further.
+// Escape, Return and keypad Enter close an open list and go no further; so
+// does a button released on the list, on an option or below the last.
 void yyComboWidgetActiveEH(Widget child, XtPointer, XEvent* ev, Boolean* cont) {
   Widget w = combo_of(child);
-  if (!w || !part(w).dropped || ev->type != KeyPress) return;
+  if (!w || !part(w).dropped) return;
+  if (ev->type == ButtonRelease) {
+    // After the list's own handling, which may pick an option.
+    add_timer(w, [](XtPointer data, XtIntervalId* id) {
+      forget_timer(id);
+      yyComboWidgetDeactivateComboX(static_cast<Widget>(data));
+    });
+    return;
+  }
+  if (ev->type != KeyPress) return;
   const KeySym ks = XLookupKeysym(&ev->xkey, 0);
   if (ks == XK_Escape || ks == XK_Return || ks == XK_KP_Enter) {
     pop_down(w);
@@ -530,7 +540,8 @@ void override(Widget w, const char* table) {
 // ---- Children, geometry and layout ---------------------------------------------
 
 // The flat arrow: a square in the face colour (armed: scheme 18) with a dark
-// frame and a filled triangle pointing down.
+// frame and a filled triangle pointing down; disabled, frame and triangle take
+// the colour of disabled text, as the text beside them does.
 void make_arrow_images(Widget w, int side, int fullHeight) {
   if (pComboArrowImage[0] && gArrowSide == side) return;
   Display* dpy = XtDisplay(w);
@@ -540,14 +551,15 @@ void make_arrow_images(Widget w, int side, int fullHeight) {
   const auto s = static_cast<unsigned>(std::max(1, side));
   const Window root = RootWindowOfScreen(XtScreen(w));
   const int inset = fullHeight / 6;
-  for (int k = 0; k < 2; ++k) {
+  for (int k = 0; k < 3; ++k) {
+    const bool disabled = k == 2;
     Pixmap pm = XCreatePixmap(dpy, root, s, s, static_cast<unsigned>(w->core.depth));
     GC gc = XCreateGC(dpy, pm, 0, nullptr);
-    XSetForeground(dpy, gc, yyDialogScheme(k == 0 ? kSchemeFace : kSchemeArmed));
+    XSetForeground(dpy, gc, yyDialogScheme(k == 1 ? kSchemeArmed : kSchemeFace));
     XFillRectangle(dpy, pm, gc, 0, 0, s, s);
-    XSetForeground(dpy, gc, yyDialogScheme(kSchemeDark));
+    XSetForeground(dpy, gc, yyDialogScheme(disabled ? kSchemeDisabled : kSchemeDark));
     if (side > 3) XDrawRectangle(dpy, pm, gc, 1, 1, s - 3, s - 3);
-    XSetForeground(dpy, gc, yyDialogScheme(kSchemeArrow));
+    XSetForeground(dpy, gc, yyDialogScheme(disabled ? kSchemeDisabled : kSchemeArrow));
     const int left = std::min(inset, side / 2), right = std::max(side - 1 - inset, side / 2);
     const int top = std::min(inset + 1, side / 2), bottom = std::max(side - 1 - inset, top);
     XPoint tri[3] = {{static_cast<short>(left), static_cast<short>(top)},
@@ -675,6 +687,7 @@ void yyComboWidgetChildCreateDestroy(Widget w, bool create) {
   p.listWidget = XmCreateScrolledList(p.pullShell, const_cast<char*>("ComboList"), a, n);
   list_colours(p.listWidget, p);
   XtAddCallback(p.listWidget, XmNbrowseSelectionCallback, yyComboWidgetListCB, nullptr);
+  XtAddEventHandler(p.listWidget, ButtonReleaseMask, False, yyComboWidgetActiveEH, nullptr);
   override(p.listWidget, kListF4);
   XtManageChild(p.listWidget);
 
@@ -696,6 +709,7 @@ void yyComboWidgetChildCreateDestroy(Widget w, bool create) {
     XtSetArg(a[n], XmNlabelType, XmPIXMAP); ++n;
     XtSetArg(a[n], XmNlabelPixmap, pComboArrowImage[0]); ++n;
     XtSetArg(a[n], XmNarmPixmap, pComboArrowImage[1]); ++n;
+    XtSetArg(a[n], XmNlabelInsensitivePixmap, pComboArrowImage[2]); ++n;
     XtSetArg(a[n], XtNbackground, yyDialogScheme(kSchemeFace)); ++n;
     XtSetArg(a[n], XmNrecomputeSize, False); ++n;
     p.buttonWidget = XtCreateManagedWidget("ComboButton", xmPushButtonWidgetClass, w, a, n);
