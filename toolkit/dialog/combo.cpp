@@ -297,8 +297,11 @@ void pop_up(Widget w) {
   Position rx = 0, ry = 0;
   XtTranslateCoords(p.textWidget, 0, 0, &rx, &ry);
   yyComboWidgetListHeightResize(w);
-  XtMoveWidget(p.pullShell, static_cast<Position>(rx - 1),
-               static_cast<Position>(ry + p.textWidget->core.height - 1));
+  // Under the text; above it when the screen ends first (a grid cell low down).
+  int y = ry + p.textWidget->core.height - 1;
+  const int below = HeightOfScreen(XtScreen(w)) - y, height = p.pullShell->core.height + 2;
+  if (below < height && ry - height + 1 >= 0) y = ry - height + 1;
+  XtMoveWidget(p.pullShell, static_cast<Position>(rx - 1), static_cast<Position>(y));
   p.dropped = 1;
   gDropped = w;
   XtPopup(p.pullShell, XtGrabExclusive);
@@ -457,14 +460,15 @@ void yyComboWidgetActiveEH(Widget child, XtPointer, XEvent* ev, Boolean* cont) {
   }
 }
 
+// Modifiers of a context click: 1 Ctrl, 2 Shift, and a mark for the keyboard's menu key.
+constexpr int kFromKeyboard = 0x40;
 int key_modifiers(unsigned state) { return ((state & ControlMask) ? 1 : 0) + ((state & ShiftMask) ? 2 : 0); }
 
-void context_click(Widget w, int position, int modifiers, int x, int y, Time time) {
+void context_click(Widget w, int position, int modifiers, int x, int y) {
   FieldRecord* f = nullptr;
   DialogRecord* d = yyDialogFromWidget(w, &f);
   if (!d || !f) return;
   yyDialogSendMessage(d, ContextClick, position, modifiers, f->type, f->identifier, x, y, d->identifier);
-  (void)time;
 }
 
 // Keys and the right button, bound in the children's translations.
@@ -498,15 +502,14 @@ void yyComboWidgetKeyAction(Widget child, XEvent* ev, String* params, Cardinal* 
         }
         gRightPress = {position, ev->xbutton.state, ev->xbutton.x_root, ev->xbutton.y_root};
       } else if (params[1][0] == 'u' && ev->type == ButtonRelease) {
-        context_click(w, gRightPress.position, key_modifiers(gRightPress.state), gRightPress.x, gRightPress.y,
-                      ev->xbutton.time);
+        context_click(w, gRightPress.position, key_modifiers(gRightPress.state), gRightPress.x, gRightPress.y);
       }
       break;
     case 'M': {
       Position x = 0, y = 0;
       XtTranslateCoords(w, static_cast<Position>(w->core.width / 2), static_cast<Position>(w->core.height / 2), &x, &y);
       const unsigned state = ev->type == KeyPress ? ev->xkey.state : 0;
-      context_click(w, p.itemSelect, key_modifiers(state) | 0x40, x, y, CurrentTime);
+      context_click(w, p.itemSelect, key_modifiers(state) | kFromKeyboard, x, y);
       break;
     }
     default: break;

@@ -254,6 +254,26 @@ TEST_F(Combo, KeyboardStepsOpensAndClosesTheTwinTypes) {
   EXPECT_EQ(text, "Type 3");
 }
 
+// The right button on a combo's text asks for its context menu, with the
+// option shown and the field's type and identifier.
+TEST_F(Combo, RightButtonSendsAContextClick) {
+  WMessageEnable(ContextClick, 1);
+  WDialogPutOption(kFormat, 4);
+  const FieldRecord& f = field(kFormat);
+  Position rx = 0, ry = 0;
+  XtTranslateCoords(f.valueWidget, 10, 5, &rx, &ry);
+  xdo("mousemove " + std::to_string(rx) + " " + std::to_string(ry) + " click 3");
+  bool found = false;
+  for (const Message& m : drain())
+    if (m.type == ContextClick) {
+      found = true;
+      EXPECT_EQ(m.r.Value1, 4);
+      EXPECT_EQ(m.r.Value3, 11);
+      EXPECT_EQ(m.r.Value4, kFormat);
+    }
+  EXPECT_TRUE(found);
+}
+
 // Typed text equal to an option in another case selects it and stays as typed.
 TEST_F(Combo, TypedTextSelectsItsOptionIgnoringCase) {
   WDialogFieldState(kTwinType, 1);
