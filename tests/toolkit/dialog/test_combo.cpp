@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>  // before the X headers, whose macros it would trip over
 
 #include <X11/Xlib.h>
+#include <Xm/DrawingA.h>
 #include <Xm/List.h>
 #include <Xm/Text.h>
 #include <Xm/Xm.h>
@@ -15,6 +16,7 @@
 
 #include "toolkit/base/error.h"
 #include "toolkit/dialog/combo_private.h"
+#include "toolkit/dialog/field_styles.h"
 #include "tests/toolkit/dialog/form_fixture.h"
 
 namespace {
@@ -386,6 +388,40 @@ TEST_F(Combo, ManyLongAndNonAsciiOptions) {
   yyComboWidgetDeactivateComboX(f.widget);
   drain();
   EXPECT_FALSE(viewable(list));
+}
+
+// A combo made as a grid makes its cells: in a small parent that clips its
+// children, with the resource's options; its list opens whole outside it.
+TEST_F(Combo, CellComboOpensBeyondItsParent) {
+  DialogRecord& d = zelvy_dialog::state().wDialogInfo[zelvy_dialog::state().iDlgCur];
+  const int row = yyDialogFontMetrics(d.fontIndex).controlHeight;
+  Widget cellParent = XtVaCreateManagedWidget("Cells", xmDrawingAreaWidgetClass, d.widget, XtNx, 10, XtNy, 10,
+                                              XtNwidth, 120, XtNheight, row, XmNmarginWidth, 0, XmNmarginHeight, 0,
+                                              XmNresizePolicy, XmRESIZE_NONE, nullptr);
+  FieldRecord cell = field(kTwinType);
+  cell.widget = cell.valueWidget = nullptr;
+  cell.x = cell.y = 0;
+  cell.width = 120;
+  cell.height = 200;
+  cell.capabilities = zelvy_dialog::field_capability::kGridCell;
+  yyDialogComboIn(cellParent, d, cell);
+  ASSERT_NE(cell.widget, nullptr);
+  XtManageChild(cell.widget);
+  settle();
+  EXPECT_EQ(cell.valueWidget, text_widget(cell.widget));
+  EXPECT_LE(static_cast<int>(cell.widget->core.height), row);
+  yyComboWidgetPopUpDown(cell.widget, 1);
+  drain();
+  Widget list = list_of(cell.widget);
+  ASSERT_TRUE(viewable(list));
+  Widget pull = XtParent(XtParent(list));
+  EXPECT_GT(static_cast<int>(pull->core.height), 2 * row) << "the list is no taller than the cell's parent";
+  EXPECT_EQ(selected_row(list), 0);
+  xdo("key Escape");
+  drain();
+  EXPECT_FALSE(viewable(list));
+  XtDestroyWidget(cellParent);
+  settle();
 }
 
 }  // namespace
