@@ -355,6 +355,33 @@ TEST_F(Combo, SimpleComboFoldsCaseAndLimitsLength) {
   XtDestroyWidget(w);
 }
 
+// Options added and taken away one at a time keep the selection on its
+// option; taking away the selected one empties the text.
+TEST_F(Combo, OptionsAddedAndDeletedOneByOne) {
+  Widget w = scratch(kComboTypeDropDown, {"one", "two"});
+  XtVaSetValues(w, XmNitemSelect, 2, nullptr);
+  XmString zero = XmStringGenerate(const_cast<char*>("zero"), nullptr, XmCHARSET_TEXT, nullptr);
+  yyComboWidgetListAddItemX(w, zero, 1);
+  EXPECT_EQ(yyComboWidgetListMatchItemX(w, zero, 1), 1);
+  EXPECT_EQ(yyComboWidgetListMatchItemX(w, zero, 2), 0);
+  XmStringFree(zero);
+  int selected = 0, count = 0;
+  XtVaGetValues(w, XmNitemSelect, &selected, XmNcomboItemCount, &count, nullptr);
+  EXPECT_EQ(count, 3);
+  EXPECT_EQ(selected, 3);
+  EXPECT_EQ(text_of(w), "two");
+  yyComboWidgetListDeleteItemX(w, 1);
+  XtVaGetValues(w, XmNitemSelect, &selected, nullptr);
+  EXPECT_EQ(selected, 2);
+  EXPECT_EQ(text_of(w), "two");
+  yyComboWidgetListDeleteItemX(w, 2);
+  EXPECT_EQ(text_of(w), "");
+  XtVaGetValues(w, XmNcomboItemCount, &count, nullptr);
+  EXPECT_EQ(count, 1);
+  EXPECT_TRUE(calls.empty());
+  XtDestroyWidget(w);
+}
+
 // A thousand options, one of them far beyond the field's width, one with
 // letters outside ASCII: all come back as they went in.
 TEST_F(Combo, ManyLongAndNonAsciiOptions) {
