@@ -276,6 +276,31 @@ TEST_F(Combo, RightButtonSendsAContextClick) {
   EXPECT_TRUE(found);
 }
 
+// After its list closed, the field still has the focus as far as the dialog
+// knows: edits of a field that reports every change are reported.
+TEST_F(Combo, EditsAfterTheListClosedAreReported) {
+  WDialogFieldState(kTwinType, 1);
+  WDialogPutOption(kTwinType, 1);
+  int error = 0;
+  yydialogfieldoptions(kTwinType, 3, 1, error);
+  ASSERT_EQ(error, 0);
+  const FieldRecord& f = field(kTwinType);
+  click(f.valueWidget, 5, f.valueWidget->core.height / 2);
+  drain();
+  xdo("key F4");
+  drain();
+  ASSERT_TRUE(viewable(list_of(f.widget)));
+  xdo("key Escape");
+  drain();
+  EXPECT_EQ(zelvy_dialog::state().pFieldInputFocus, &f);
+  xdo("key End");
+  xdo("type --delay 20 z");
+  EXPECT_TRUE(changed(drain(), kTwinType));
+  std::string text;
+  WDialogGetString(kTwinType, text);
+  EXPECT_EQ(text, "Type 1z");
+}
+
 // Typed text equal to an option in another case selects it and stays as typed.
 TEST_F(Combo, TypedTextSelectsItsOptionIgnoringCase) {
   WDialogFieldState(kTwinType, 1);
