@@ -1,6 +1,5 @@
 // Field creation by type: each type becomes its widgets with the styles of
 // its resource record, in its simplest working form for the composite kinds.
-#include <Xm/ComboBox.h>
 #include <Xm/Container.h>
 #include <Xm/DrawingA.h>
 #include <Xm/Frame.h>
@@ -23,6 +22,7 @@
 #include "toolkit/dialog/dialog_private.h"
 #include "toolkit/dialog/dialog_fields_private.h"
 #include "toolkit/dialog/spin_private.h"
+#include "toolkit/dialog/combo_private.h"
 #include "toolkit/kernel/display_private.h"
 #include "toolkit/base/format.h"
 
@@ -33,8 +33,8 @@ namespace {
 // Characters a text field takes when its resource gives no length: the
 // longest text of the form, a reflection file's path, fits.
 constexpr int kDefaultFieldLength = 256;
-// Rows a combo's list shows before it scrolls.
-constexpr int kComboRows = 10;
+// A combo's closed height in dialog units, and the frame of its text.
+constexpr int kComboTextUnits = 14;
 constexpr int kComboShadow = 1;
 
 // The options a field has in the resource tables, each handed to `add` in
@@ -359,46 +359,70 @@ void create_toggle(DialogRecord& d, FieldRecord& f) {
   if (mnemonic) XtVaSetValues(f.widget, XmNmnemonic, XStringToKeysym(std::string(1, mnemonic).c_str()), nullptr);
 }
 
-void create_combo(DialogRecord& d, FieldRecord& f) {
+}  // namespace
+
+// Type 11: the toolkit's combo widget. The field keeps a closed combo's
+// height; what the resource gives beyond it is the height of the open list.
+void yyDialogComboIn(Widget parent, DialogRecord& d, FieldRecord& f) {
+  using namespace field_style;
+  const bool cell = f.capabilities & field_capability::kGridCell;
   f.textKind = 0;
-  f.capabilities = field_capability::kCombo;
-  const std::uint32_t type = f.style & field_style::kComboKindMask;
+  f.capabilities = field_capability::kCombo | (cell ? field_capability::kGridCell : 0);
+  std::uint32_t type = f.style & kComboKindMask;
+  if (type == 0) type = kComboDropDown;
   const DialogFontMetrics& fm = yyDialogFontMetrics(f.fontIndex);
-  if (type != field_style::kComboSimple) f.height = fm.controlHeight;
+  int drop = -1;
+  if (type != kComboSimple) {
+    drop = f.height - fm.controlHeight + (zelvy_x::state().bXft ? 6 : 0);
+    f.height = fm.controlHeight;
+  }
+  const int shadow = cell ? 0 : kComboShadow;
+  int length = 0;
+  yyrcfieldlength(d.resourceId, f.identifier, length);
   Args args;
-  base_args(args, f);
-  args.add(XmNcomboBoxType, type == field_style::kComboSimple         ? XmCOMBO_BOX
-                            : type == field_style::kComboDropDownList ? XmDROP_DOWN_LIST
-                                                                      : XmDROP_DOWN_COMBO_BOX);
-  args.add(XmNmarginHeight, 0).add(XmNmarginWidth, 0).add(XmNhighlightThickness, 0).add(XtNbackground, yyDialogScheme(3));
-  args.add(XmNshadowThickness, kComboShadow).add(XmNarrowSize, std::max(8, f.height - 4));
-  if (zelvy_x::state().bFlatStyle) args.add(XmNtopShadowColor, yyDialogScheme(9)).add(XmNbottomShadowColor, yyDialogScheme(9));
-  // The dialog's font, also in the drop-down list, whose rows must hold its descenders.
-  if (yyDialogRenderTable(f.fontIndex)) args.add(XmNrenderTable, yyDialogRenderTable(f.fontIndex));
-  f.widget = XtCreateWidget("ZelvField", xmComboBoxWidgetClass, d.widget, args.a, args.n);
-  f.valueWidget = XtNameToWidget(f.widget, "*Text");
-  if (!f.valueWidget) f.valueWidget = f.widget;
-  else
-    XtVaSetValues(f.valueWidget, XtNbackground, yyDialogScheme(15), XmNshadowThickness, 0, XmNcursorPositionVisible, False,
-                  XmNmarginHeight, centred_margin(f, fm.controlHeight - 2 * kComboShadow), nullptr);
+  args.add(XtNx, f.x).add(XtNy, f.y).add(XtNwidth, std::max(1, f.width - 1)).add(XtNheight, std::max(1, f.height - 1));
+  args.add(XmNcomboType, static_cast<int>(type)).add(XmNcomboDropSize, drop).add(XmNtextHeight, kComboTextUnits);
+  args.add(XmNtextPixelUnused, zelvy_dialog::state().iFixedTextOffset);
+  args.add(XmNcaseConv, (f.style & kComboUpperCase) ? kComboCaseUpper : (f.style & kComboLowerCase) ? kComboCaseLower : 0);
+  args.add(XmNautoHScroll, (f.style & kComboAutoScroll) ? True : False);
+  args.add(XmNscrollBarDisplayPolicy,
+           (f.style & kComboKeepScrollBar) == kComboKeepScrollBar ? static_cast<int>(XmSTATIC) : static_cast<int>(XmAS_NEEDED));
+  args.add(XmNlengthCharacter, length).add(XmNxftFont, f.fontIndex);
+  args.add(XmNshadowThick, shadow).add(XmNhighlightThickness, 0).add(XmNmarginWidth, 1);
+  args.add(XmNmarginHeight, centred_margin(f, fm.controlHeight - 1 - 2 * shadow));
+  args.add(XmNcursorPositionVisible, False).add(XtNbackground, yyDialogScheme(3));
+  if (cell) args.add(XmNshadowThickness, 0).add(XtNborderWidth, 0);
+  f.widget = XtCreateWidget("ZelvField", comboWidgetClass, parent, args.a, args.n);
+  XtVaGetValues(f.widget, XmNtextWidget, &f.valueWidget, nullptr);
   f.textKind = 2;
   f.data = TextFieldData{};
-  if (f.style & field_style::kComboUpperCase) f.data.kind = 1;
-  else if (f.style & field_style::kComboLowerCase) f.data.kind = 2;
-  if (type != field_style::kComboDropDownList) f.capabilities |= field_capability::kCursorWhenFocused;
-  int items = 0;
-  load_options(d, f, [&f, &items](XmString s) {
-    XmComboBoxAddItem(f.widget, s, 0, False);
-    ++items;
-  });
-  // A short list drops no taller than its entries.
-  if (items > 0) XtVaSetValues(f.widget, XmNvisibleItemCount, std::min(items, kComboRows), nullptr);
-  // Each row paints its background over the row above it: a pixel between rows
-  // keeps the underscores of the row above ("HKL_T=0") in sight.
-  if (Widget list = XtNameToWidget(f.widget, "*List")) XtVaSetValues(list, XmNlistSpacing, 2, nullptr);
-  XtAddCallback(f.widget, XmNselectionCallback, yyDialogFieldChangedStateCB, nullptr);
-  if (f.valueWidget != f.widget && type != field_style::kComboDropDownList) add_text_callbacks(f.valueWidget);
+  if (type != kComboDropDownList) {
+    f.capabilities |= field_capability::kCursorWhenFocused;
+    XtAddCallback(f.valueWidget, XmNvalueChangedCallback, yyDialogStringCB, nullptr);
+  }
+  // The options of the resource in one go, and its selected one.
+  int count = -1, bytes = 0;
+  yyrcfieldmenucheck(d.resourceId, f.identifier, count, bytes);
+  if (count > 0) {
+    std::vector<int> pos(static_cast<std::size_t>(count));
+    std::vector<char> text(static_cast<std::size_t>(std::max(bytes, 1)));
+    int selected = -1;
+    yyrcfieldmenuload(d.resourceId, f.identifier, selected, pos, text);
+    std::vector<XmString> items;
+    for (int p : pos) items.push_back(yyDialogXmString(p >= 0 ? &text[static_cast<std::size_t>(p)] : ""));
+    XtVaSetValues(f.widget, XmNcomboItemCount, count, XmNcomboItems, items.data(), nullptr);
+    for (XmString s : items) XmStringFree(s);
+    if (selected >= 0) XtVaSetValues(f.widget, XmNitemSelect, selected + 1, nullptr);
+  }
+  XtAddCallback(f.widget, XmNvalueChangedCallback, yyDialogFieldChangedStateCB, nullptr);
 }
+
+void yyDialogCombo(int operation, DialogRecord& d, FieldRecord& f) {
+  if (operation == kFieldCreate) yyDialogComboIn(d.widget, d, f);
+  else if (operation == kFieldClear) yyDialogClearMenu(f);
+}
+
+namespace {
 
 void create_list(DialogRecord& d, FieldRecord& f) {
   f.capabilities = field_capability::kList;
@@ -536,7 +560,7 @@ void yyDialogFieldCreateType(DialogRecord& d, FieldRecord& f) {
     case kDouble: yyDialogDouble(d, f); break;
     case kButton: create_button(d, f); break;
     case kCheckbox: case kRadio: create_toggle(d, f); break;
-    case kCombo: create_combo(d, f); break;
+    case kCombo: yyDialogCombo(kFieldCreate, d, f); break;
     case kList: create_list(d, f); break;
     case kTab: create_frame_like(d, f, field_capability::kTab); break;
     case kProgress: create_scale(d, f, true); break;

@@ -1,6 +1,5 @@
 // Field values by identifier on the current dialog: texts, numbers with
 // their range and undefined values, check boxes and radio groups.
-#include <Xm/ComboBox.h>
 #include <Xm/List.h>
 #include <Xm/Text.h>
 #include <Xm/ToggleB.h>
