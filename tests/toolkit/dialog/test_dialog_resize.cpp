@@ -213,6 +213,17 @@ TEST_F(AnchoredForms, ValuesGoThroughTheirRulesAndReportUnderThePublicName) {
   WDialogRangeInteger(32, {}, 20);
   WDialogPutInteger(32, 11);
   EXPECT_EQ(zelvy_data::data().ierr, 0);
+  // A put with a format keeps it for the field; one without goes back to the default.
+  std::string format;
+  int err = 0;
+  WDialogPutReal(32, 2.5f, "(F8.3)");
+  yydialoggetformat_(32, format, err);
+  EXPECT_EQ(format, "(F8.3)");
+  WDialogPutInteger(32, 3);
+  yydialoggetformat_(32, format, err);
+  EXPECT_EQ(format, "");
+  yydialoggetformat_(36, format, err);
+  EXPECT_EQ(err, 1006) << "a label has no number format";
   WDialogRangeInteger(32);  // no bounds: no range
   WDialogPutInteger(32, -400000);
   WDialogGetInteger(32, value);
@@ -241,6 +252,9 @@ TEST_F(AnchoredForms, ValuesGoThroughTheirRulesAndReportUnderThePublicName) {
   std::string text(20, 'x');
   WDialogGetString(36, text);
   EXPECT_EQ(text, "New caption         ");
+  std::string shortText(5, ' ');
+  WDialogGetString(36, shortText);
+  EXPECT_EQ(shortText, "New c") << "cut to the variable";
   WDialogClearField(36);
   int length = -1;
   WDialogGetStringLength(36, length);
