@@ -69,7 +69,7 @@ struct Args {
 
 Args& base_args(Args& args, const FieldRecord& f, bool font = true) {
   args.add(XtNx, f.x).add(XtNy, f.y).add(XtNwidth, std::max(1, f.width)).add(XtNheight, std::max(1, f.height));
-  if (font && yyDialogRenderTable(f.fontIndex)) args.add(XmNrenderTable, yyDialogRenderTable(f.fontIndex));
+  if (font) yyDialogFont(args.a, args.n, f.fontIndex);
   return args;
 }
 
@@ -81,9 +81,9 @@ Widget border_widget(Widget parent, const FieldRecord& f, bool ignoreBorder = fa
   base_args(args, f, false);
   args.add(XmNshadowThickness, border ? 1 : 0).add(XmNshadowType, (f.style & field_style::kSunken) ? static_cast<int>(XmSHADOW_IN) : static_cast<int>(XmSHADOW_ETCHED_IN));
   args.add(XmNmarginWidth, 0).add(XmNmarginHeight, 0).add(XtNbackground, yyDialogScheme(3));
-  if (border && zelvy_x::state().bFlatStyle)
-    args.add(XmNtopShadowColor, yyDialogScheme(9)).add(XmNbottomShadowColor, yyDialogScheme(9));
-  return XtCreateWidget("ZelvField", xmFrameWidgetClass, parent, args.a, args.n);
+  Widget w = XtCreateWidget("ZelvField", xmFrameWidgetClass, parent, args.a, args.n);
+  if (border) yyDialogBorderStyle(w, 1);
+  return w;
 }
 
 unsigned char label_alignment(std::uint32_t style) {
@@ -94,7 +94,7 @@ unsigned char label_alignment(std::uint32_t style) {
   }
 }
 
-void create_label(DialogRecord& d, FieldRecord& f) {
+void label_create(DialogRecord& d, FieldRecord& f) {
   f.textKind = 1;
   f.capabilities = field_capability::kLabel | ((f.style & field_style::kLabelNoMnemonic) ? 0 : field_capability::kMnemonic);
   f.widget = border_widget(d.widget, f);
@@ -103,7 +103,7 @@ void create_label(DialogRecord& d, FieldRecord& f) {
   Args args;
   args.add(XmNrecomputeSize, False).add(XmNalignment, label_alignment(f.style)).add(XmNmarginWidth, 0);
   args.add(XmNmarginHeight, 0).add(XtNbackground, yyDialogScheme(3)).add(XmNtraversalOn, False);
-  if (yyDialogRenderTable(f.fontIndex)) args.add(XmNrenderTable, yyDialogRenderTable(f.fontIndex));
+  yyDialogFont(args.a, args.n, f.fontIndex);
   // Multi-line labels start at the top, as typed text does.
   f.valueWidget = XtCreateManagedWidget("Label", xmLabelWidgetClass, f.widget, args.a, args.n);
   XtVaSetValues(f.valueWidget, XmNchildType, XmFRAME_WORKAREA_CHILD, nullptr);
@@ -133,7 +133,7 @@ Pixmap image_pixmap(int imageId, int type, Pixel background, int& w, int& h) {
   return pm;
 }
 
-void create_picture(DialogRecord& d, FieldRecord& f) {
+void picture_create(DialogRecord& d, FieldRecord& f) {
   using namespace field_style;
   const std::uint32_t kind = f.style & kPictureKindMask;
   f.capabilities = field_capability::kPicture;
@@ -167,26 +167,40 @@ void create_picture(DialogRecord& d, FieldRecord& f) {
   args.add(XmNlabelString, nullptr).add(XmNtraversalOn, False);
   f.valueWidget = XtCreateManagedWidget("Picture", xmLabelWidgetClass, f.widget, args.a, args.n);
   yyDialogSetLabel(f.valueWidget, "");
+  f.pictureBackground = yyDialogScheme(3);
   if (kind == kPictureIcon || kind == kPictureBitmap) {
-    int w = 0, h = 0;
-    f.image = image_pixmap(f.identifier, kind == kPictureIcon ? 2 : 1, yyDialogScheme(3), w, h);
-    if (f.image != 2) {
-      f.imageResourceId = f.identifier;
-      f.imageWidget = f.valueWidget;
-      XtVaSetValues(f.valueWidget, XmNlabelType, XmPIXMAP, XmNlabelPixmap, f.image, nullptr);
-    }
+    f.imageResourceId = f.identifier;
+    f.imageWidget = f.valueWidget;
+    yyDialogInitImage(f);
   }
 }
 
-void create_group(DialogRecord& d, FieldRecord& f) {
+}  // namespace
+
+void yyDialogInitImage(FieldRecord& f) {
+  if (!f.imageResourceId || !f.imageWidget) return;
+  const std::uint32_t kind = f.style & field_style::kPictureKindMask;
+  int w = 0, h = 0;
+  const Pixmap image = image_pixmap(f.imageResourceId, kind == field_style::kPictureBitmap ? 1 : 2,
+                                    f.pictureBackground, w, h);
+  if (image == 2) return;
+  XtVaSetValues(f.imageWidget, XmNlabelType, XmPIXMAP, XmNlabelPixmap, image, nullptr);
+  if (f.image != 2) XFreePixmap(xdisplay(), f.image);
+  f.image = image;
+}
+
+namespace {
+
+void group_create(DialogRecord& d, FieldRecord& f) {
   f.textKind = 3;
   f.capabilities = field_capability::kGroup;
   Args args;
   base_args(args, f, false);
   args.add(XmNshadowType, XmSHADOW_ETCHED_IN).add(XtNbackground, yyDialogScheme(3)).add(XmNmarginWidth, 0).add(XmNmarginHeight, 0);
-  if ((f.style & field_style::kGroupFlat) || zelvy_x::state().bFlatStyle)
+  if (f.style & field_style::kGroupFlat)
     args.add(XmNtopShadowColor, yyDialogScheme(9)).add(XmNbottomShadowColor, yyDialogScheme(9)).add(XmNshadowThickness, 1);
   f.widget = XtCreateWidget("ZelvField", xmFrameWidgetClass, d.widget, args.a, args.n);
+  yyDialogBorderStyle(f.widget, 1);
   const std::uint32_t align = f.style & field_style::kAlignMask;
   Args t;
   t.add(XmNchildType, XmFRAME_TITLE_CHILD).add(XmNchildVerticalAlignment, XmALIGNMENT_CENTER);
@@ -195,7 +209,7 @@ void create_group(DialogRecord& d, FieldRecord& f) {
         : align == field_style::kAlignCentred ? XmALIGNMENT_CENTER
                                               : XmALIGNMENT_BEGINNING);
   t.add(XtNbackground, yyDialogScheme(3)).add(XmNtraversalOn, False).add(XmNmarginHeight, 0);
-  if (yyDialogRenderTable(f.fontIndex)) t.add(XmNrenderTable, yyDialogRenderTable(f.fontIndex));
+  yyDialogFont(t.a, t.n, f.fontIndex);
   f.valueWidget = XtCreateWidget("Title", xmLabelWidgetClass, f.widget, t.a, t.n);
   char mnemonic = 0;
   f.text = yyDialogStrGetMnemonic(f.text, mnemonic);
@@ -304,7 +318,7 @@ void create_text(DialogRecord& d, FieldRecord& f) {
   if (numeric && initial.empty()) t.defined = t.valid = false;
 }
 
-void create_button(DialogRecord& d, FieldRecord& f) {
+void button_create(DialogRecord& d, FieldRecord& f) {
   f.textKind = 1;
   f.capabilities = field_capability::kButton;
   char mnemonic = 0;
@@ -327,7 +341,7 @@ void create_button(DialogRecord& d, FieldRecord& f) {
   XtAddCallback(f.widget, XmNactivateCallback, yyDialogButtonCB, nullptr);
 }
 
-void create_toggle(DialogRecord& d, FieldRecord& f) {
+void toggle_create(DialogRecord& d, FieldRecord& f) {
   f.textKind = 1;
   f.capabilities = field_capability::kToggle | (yyDialogPushLike(f) ? 0 : field_capability::kForegroundSettable);
   char mnemonic = 0;
@@ -424,7 +438,7 @@ void yyDialogCombo(int operation, DialogRecord& d, FieldRecord& f) {
 
 namespace {
 
-void create_list(DialogRecord& d, FieldRecord& f) {
+void list_create(DialogRecord& d, FieldRecord& f) {
   f.capabilities = field_capability::kList;
   Widget sw = XtVaCreateWidget("ZelvScroll", xmScrolledWindowWidgetClass, d.widget, XtNx, f.x, XtNy, f.y, XtNwidth,
                                std::max(1, f.width), XtNheight, std::max(1, f.height), XmNscrollingPolicy,
@@ -435,7 +449,7 @@ void create_list(DialogRecord& d, FieldRecord& f) {
                                : (f.style & field_style::kListExtended) ? XmEXTENDED_SELECT
                                                                          : XmBROWSE_SELECT);
   args.add(XmNlistSizePolicy, XmCONSTANT).add(XtNbackground, yyDialogScheme(15)).add(XmNhighlightThickness, 0);
-  if (yyDialogRenderTable(f.fontIndex)) args.add(XmNrenderTable, yyDialogRenderTable(f.fontIndex));
+  yyDialogFont(args.a, args.n, f.fontIndex);
   f.widget = XtCreateManagedWidget("ZelvField", xmListWidgetClass, sw, args.a, args.n);
   f.outerWidget = sw;
   load_options(d, f, [&f](XmString s) { XmListAddItemUnselected(f.widget, s, 0); });
@@ -446,7 +460,7 @@ void create_list(DialogRecord& d, FieldRecord& f) {
   }
 }
 
-void create_frame_like(DialogRecord& d, FieldRecord& f, std::uint32_t caps) {
+void frame_like_create(DialogRecord& d, FieldRecord& f, std::uint32_t caps) {
   f.capabilities = caps;
   f.widget = border_widget(d.widget, f);
   XtVaSetValues(f.widget, XmNshadowThickness, 1, nullptr);
@@ -455,7 +469,7 @@ void create_frame_like(DialogRecord& d, FieldRecord& f, std::uint32_t caps) {
                                           nullptr);
 }
 
-void create_scale(DialogRecord& d, FieldRecord& f, bool progress) {
+void scale_create(DialogRecord& d, FieldRecord& f, bool progress) {
   std::array<int, 6> tb{};
   int value = 0, lo = 0, hi = 1;
   if (progress) {
@@ -532,7 +546,7 @@ void create_grid(DialogRecord& d, FieldRecord& f) {
   }
 }
 
-void create_treeview(DialogRecord& d, FieldRecord& f) {
+void treeview_create(DialogRecord& d, FieldRecord& f) {
   f.capabilities = field_capability::kTreeview;
   Widget sw = XtVaCreateWidget("ZelvScroll", xmScrolledWindowWidgetClass, d.widget, XtNx, f.x, XtNy, f.y, XtNwidth,
                                std::max(1, f.width), XtNheight, std::max(1, f.height), XmNscrollingPolicy,
@@ -549,24 +563,146 @@ void yyDialogInteger(DialogRecord& d, FieldRecord& f) { create_text(d, f); }
 void yyDialogReal(DialogRecord& d, FieldRecord& f) { create_text(d, f); }
 void yyDialogDouble(DialogRecord& d, FieldRecord& f) { create_text(d, f); }
 
+namespace {
+
+// What the types share beyond creation: clearing (2) and the states (3..6).
+void common_operation(int operation, DialogRecord& d, FieldRecord& f) {
+  if (operation >= 3 && operation <= 6) return yyDialogFieldStateX(operation - 3, d, f);
+  if (operation != 2) return;
+  switch (f.type) {
+    case kLabel: case kGroup: case kButton: case kString: case kInteger: case kReal: case kDouble:
+      yyDialogPutString(f, 0.0, "", {}, true);
+      break;
+    case kCheckbox: XmToggleButtonSetState(f.widget, False, False); break;
+    case kRadio:
+      for (FieldRecord& g : d.fields)
+        if (g.type == kRadio && g.radioGroup == f.radioGroup) XmToggleButtonSetState(g.widget, False, False);
+      break;
+    case kCombo: case kList: yyDialogClearMenu(f); break;
+    default: break;
+  }
+}
+
+}  // namespace
+
+// One routine per type: 1 creates its widgets, the others as for all types.
+void yyDialogLabel(int operation, DialogRecord& d, FieldRecord& f) {
+  if (operation == 1) label_create(d, f);
+  else common_operation(operation, d, f);
+}
+
+void yyDialogPicture(int operation, DialogRecord& d, FieldRecord& f) {
+  if (operation == 1) picture_create(d, f);
+  else common_operation(operation, d, f);
+}
+
+void yyDialogGroup(int operation, DialogRecord& d, FieldRecord& f) {
+  if (operation == 1) group_create(d, f);
+  else common_operation(operation, d, f);
+}
+
+void yyDialogButton(int operation, DialogRecord& d, FieldRecord& f) {
+  if (operation == 1) button_create(d, f);
+  else common_operation(operation, d, f);
+}
+
+void yyDialogCheckbox(int operation, DialogRecord& d, FieldRecord& f) {
+  if (operation == 1) toggle_create(d, f);
+  else common_operation(operation, d, f);
+}
+
+void yyDialogRadio(int operation, DialogRecord& d, FieldRecord& f) {
+  if (operation == 1) toggle_create(d, f);
+  else common_operation(operation, d, f);
+}
+
+void yyDialogList(int operation, DialogRecord& d, FieldRecord& f) {
+  if (operation == 1) list_create(d, f);
+  else common_operation(operation, d, f);
+}
+
+void yyDialogTab(int operation, DialogRecord& d, FieldRecord& f) {
+  if (operation == 1) frame_like_create(d, f, field_capability::kTab);
+  else common_operation(operation, d, f);
+}
+
+void yyDialogProgress(int operation, DialogRecord& d, FieldRecord& f) {
+  if (operation == 1) scale_create(d, f, true);
+  else common_operation(operation, d, f);
+}
+
+void yyDialogTrackbar(int operation, DialogRecord& d, FieldRecord& f) {
+  if (operation == 1) scale_create(d, f, false);
+  else common_operation(operation, d, f);
+}
+
+void yyDialogTreeview(int operation, DialogRecord& d, FieldRecord& f) {
+  if (operation == 1) treeview_create(d, f);
+  else common_operation(operation, d, f);
+}
+
 void yyDialogFieldCreateType(DialogRecord& d, FieldRecord& f) {
   switch (f.type) {
-    case kLabel: create_label(d, f); break;
-    case kPicture: create_picture(d, f); break;
-    case kGroup: create_group(d, f); break;
+    case kLabel: yyDialogLabel(1, d, f); break;
+    case kPicture: yyDialogPicture(1, d, f); break;
+    case kGroup: yyDialogGroup(1, d, f); break;
     case kString: yyDialogString(d, f); break;
     case kInteger: yyDialogInteger(d, f); break;
     case kReal: yyDialogReal(d, f); break;
     case kDouble: yyDialogDouble(d, f); break;
-    case kButton: create_button(d, f); break;
-    case kCheckbox: case kRadio: create_toggle(d, f); break;
+    case kButton: yyDialogButton(1, d, f); break;
+    case kCheckbox: yyDialogCheckbox(1, d, f); break;
+    case kRadio: yyDialogRadio(1, d, f); break;
     case kCombo: yyDialogCombo(kFieldCreate, d, f); break;
-    case kList: create_list(d, f); break;
-    case kTab: create_frame_like(d, f, field_capability::kTab); break;
-    case kProgress: create_scale(d, f, true); break;
+    case kList: yyDialogList(1, d, f); break;
+    case kTab: yyDialogTab(1, d, f); break;
+    case kProgress: yyDialogProgress(1, d, f); break;
     case kGrid: create_grid(d, f); break;
-    case kTrackbar: create_scale(d, f, false); break;
-    case kTreeview: create_treeview(d, f); break;
+    case kTrackbar: yyDialogTrackbar(1, d, f); break;
+    case kTreeview: yyDialogTreeview(1, d, f); break;
     default: break;
   }
+}
+
+void yyDialogField(int operation, DialogRecord& d, FieldRecord& f) {
+  if (operation == 1) {
+    yyDialogFieldCreateType(d, f);
+    yyDialogFieldProps(1, d, f);
+    return;
+  }
+  if (operation == 0) yyDialogFieldProps(0, d, f);
+  switch (f.type) {
+    case kLabel: yyDialogLabel(operation, d, f); break;
+    case kPicture: yyDialogPicture(operation, d, f); break;
+    case kGroup: yyDialogGroup(operation, d, f); break;
+    case kButton: yyDialogButton(operation, d, f); break;
+    case kCheckbox: yyDialogCheckbox(operation, d, f); break;
+    case kRadio: yyDialogRadio(operation, d, f); break;
+    case kList: yyDialogList(operation, d, f); break;
+    case kTab: yyDialogTab(operation, d, f); break;
+    case kProgress: yyDialogProgress(operation, d, f); break;
+    case kTrackbar: yyDialogTrackbar(operation, d, f); break;
+    case kTreeview: yyDialogTreeview(operation, d, f); break;
+    default: common_operation(operation, d, f); break;
+  }
+}
+
+int yyDialogFontCreate(const DialogRecord& d, const FieldRecord& f) {
+  if (!zelvy_x::state().bXft) return 0;
+  int font = d.fontIndex;
+  yyrcfieldfont(d.resourceId, f.identifier, font);
+  return font >= 0 && font < static_cast<int>(zelvy_dialog::state().DlgFontInfo.size()) ? font : 0;
+}
+
+void yyDialogFont(Arg* args, Cardinal& n, int fontIndex) {
+  if (XmRenderTable rt = yyDialogRenderTable(fontIndex)) {
+    XtSetArg(args[n], XmNrenderTable, rt);
+    ++n;
+  }
+}
+
+void yyDialogBorderStyle(Widget w, int thickness) {
+  if (!zelvy_x::state().bFlatStyle || !w) return;
+  XtVaSetValues(w, XmNshadowThickness, thickness, nullptr);
+  if (thickness > 0) XtVaSetValues(w, XmNtopShadowColor, yyDialogScheme(9), XmNbottomShadowColor, yyDialogScheme(9), nullptr);
 }

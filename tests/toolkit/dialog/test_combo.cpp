@@ -282,7 +282,7 @@ TEST_F(Combo, EditsAfterTheListClosedAreReported) {
   WDialogFieldState(kTwinType, 1);
   WDialogPutOption(kTwinType, 1);
   int error = 0;
-  yydialogfieldoptions(kTwinType, 3, 1, error);
+  yydialogfieldoptions_(kTwinType, 3, 1, error);
   ASSERT_EQ(error, 0);
   const FieldRecord& f = field(kTwinType);
   click(f.valueWidget, 5, f.valueWidget->core.height / 2);
