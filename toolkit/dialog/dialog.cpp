@@ -20,6 +20,7 @@
 #include "toolkit/kernel/dialog_attach.h"
 #include "toolkit/kernel/display_private.h"
 #include "toolkit/kernel/message.h"
+#include "toolkit/kernel/message_private.h"
 #include "toolkit/kernel/window.h"
 #include "toolkit/kernel/window_private.h"
 #include "toolkit/base/error.h"
@@ -585,8 +586,12 @@ void WDialogShow(std::optional<int> x, std::optional<int> y, std::optional<int> 
     m = 2;
   }
   const bool modal = m == 1;
+  // Other windows keep their picture and take no input while the dialog runs;
+  // the picture is taken before the dialog covers any of them.
+  if (modal) yymessagemodal(1, d->shell);
   const int err = yyDialogShow(px, py, modal ? 3 : m, fieldid.value_or(0));
   if (err) {
+    if (modal) yymessagemodal(0);
     yyerror(err, "WDialogShow");
     return;
   }
@@ -597,12 +602,16 @@ void WDialogShow(std::optional<int> x, std::optional<int> y, std::optional<int> 
   MessageRecord rec;
   do {
     WMessage(type, rec);
-    if (ds.wDialogInfo[idx].identifier != myId) return;  // unloaded underneath the loop
+    if (ds.wDialogInfo[idx].identifier != myId) {  // unloaded underneath the loop
+      yymessagemodal(0);
+      return;
+    }
   } while (type != PushButton);
   ds.iModalDialog = rec.Win;
   ds.iModalButton = rec.Value1;
   ds.iModalField = rec.Value2;
   yyDialogHide(idx);
+  yymessagemodal(0);
 }
 
 void wdialogshowcommon(std::optional<int> fieldid, std::optional<int> mode, std::optional<int>) {
