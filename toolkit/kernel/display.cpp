@@ -833,6 +833,37 @@ void yyResourceIconForget(Widget shell) {
   xs.shellIcons.erase(it);
 }
 
+void yyDialogCreateRenditons() {
+  if (!xs.ixDisplay || !xs.bXft || !xs.rootWidget) return;
+  for (void* t : xs.measureTables) XmRenderTableFree(static_cast<XmRenderTable>(t));
+  xs.measureTables.clear();
+  int count = 0;
+  yyrcfontcount(count);
+  // Index 0 is the default font of the resources; the others name a family
+  // (2 serif, 3 and 4 fixed) and a size in points.
+  for (int i = 0; i <= std::max(0, count); ++i) {
+    std::string family = xs.appData.xftName && *xs.appData.xftName ? xs.appData.xftName : "Sans";
+    int size = xs.appData.xftSize > 0 ? xs.appData.xftSize : 8;
+    int type = -1, points = -1;
+    if (i > 0) yyrcfontlist(i, type, points);
+    if (points > 0) size = points;
+    if (type == 2) family = "Serif";
+    else if (type == 3 || type == 4) family = "Monospace";
+    Arg args[3];
+    Cardinal n = 0;
+    XtSetArg(args[n], XmNfontType, XmFONT_IS_XFT); ++n;
+    XtSetArg(args[n], XmNfontName, const_cast<char*>(family.c_str())); ++n;
+    XtSetArg(args[n], XmNfontSize, size); ++n;
+    XmRendition r = XmRenditionCreate(xs.rootWidget, const_cast<char*>(XmFONTLIST_DEFAULT_TAG), args, n);
+    xs.measureTables.push_back(XmRenderTableAddRenditions(nullptr, &r, 1, XmMERGE_REPLACE));
+    XmRenditionFree(r);
+  }
+}
+
+void IGrInit() {
+  if (xs.graphicsInit) xs.graphicsInit();
+}
+
 XmString yyXmStringGenerate(std::string_view text, int kind, int font) {
   (void)font;  // widgets carry the render table of their font; the default tag reaches it
   if (xs.bXft) {
@@ -854,26 +885,9 @@ int yyXmStringWidth(std::string_view text, int length, int font) {
     if (!xs.dialogFontStruct) return 0;
     return XTextWidth(xs.dialogFontStruct, part.data(), static_cast<int>(part.size()));
   }
-  // One render table per font index, made on first use like the dialogs' own.
+  if (xs.measureTables.empty()) yyDialogCreateRenditons();
   const auto index = static_cast<std::size_t>(std::max(0, font));
-  if (xs.measureTables.size() <= index) xs.measureTables.resize(index + 1, nullptr);
-  if (!xs.measureTables[index]) {
-    std::string family = xs.appData.xftName && *xs.appData.xftName ? xs.appData.xftName : "Sans";
-    int size = xs.appData.xftSize > 0 ? xs.appData.xftSize : 8;
-    int type = -1, points = -1;
-    if (font > 0) yyrcfontlist(font, type, points);
-    if (points > 0) size = points;
-    if (type == 2) family = "Serif";
-    else if (type == 3 || type == 4) family = "Monospace";
-    Arg args[3];
-    int n = 0;
-    XtSetArg(args[n], XmNfontType, XmFONT_IS_XFT); ++n;
-    XtSetArg(args[n], XmNfontName, const_cast<char*>(family.c_str())); ++n;
-    XtSetArg(args[n], XmNfontSize, size); ++n;
-    XmRendition r = XmRenditionCreate(xs.rootWidget, const_cast<char*>(XmFONTLIST_DEFAULT_TAG), args, static_cast<Cardinal>(n));
-    xs.measureTables[index] = XmRenderTableAddRenditions(nullptr, &r, 1, XmMERGE_REPLACE);
-    XmRenditionFree(r);
-  }
+  if (index >= xs.measureTables.size()) return 0;
   XmString str = yyXmStringGenerate(part, 0, font);
   const int w = XmStringWidth(static_cast<XmRenderTable>(xs.measureTables[index]), str);
   XmStringFree(str);

@@ -74,8 +74,10 @@ struct State {
   // The default palette of the graphics layer as 16-bit red, green, blue;
   // empty on displays of more than 8 bits.
   std::vector<std::array<unsigned short, 3>> defaultPalette;
-  // Render tables by font index for measuring widget text.
+  // Render tables by font index, for measuring widget text.
   std::vector<void*> measureTables;
+  // The graphics layer's own start for a new root window, once it is attached.
+  void (*graphicsInit)() = nullptr;
   bool bSchemeDone = false;  // scheme colours, masks and cursors made at the first root window
 };
 
@@ -107,6 +109,9 @@ void yyResourceIconForget(Widget shell);
 // A compound string for a widget: with Xft the text converted to UTF-8 in the
 // default rendition; without, kind 1 with line breaks, 2 localised, 0 simple.
 XmString yyXmStringGenerate(std::string_view text, int kind, int font);
+// Render tables of the resource fonts (index 0 the default) when Xft draws
+// the text, made when widget text is first measured.
+void yyDialogCreateRenditons();
 // Width in pixels of a text as a widget of font index `font` shows it.
 int yyXmStringWidth(std::string_view text, int length, int font);
 // The visual of a class in a list, the deepest, or the one of depth `want`

@@ -11,8 +11,9 @@
 
 namespace {
 
+// Only device events may be kept from propagating.
 constexpr long kInputEvents = KeyPressMask | KeyReleaseMask | ButtonPressMask | ButtonReleaseMask |
-                              PointerMotionMask | ButtonMotionMask | EnterWindowMask | LeaveWindowMask;
+                              PointerMotionMask | ButtonMotionMask;
 
 }  // namespace
 

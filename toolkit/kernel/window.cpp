@@ -469,6 +469,7 @@ void yywindowopen(int flags, int x, int y, int width, int height, int menuid,
   zelvy_data::data().icurdialog = ws.WinInfo[0].Kind == 3 ? q.dialogid : 0;
   take_selection(0);
   yyMsgApplyMasks(0);
+  IGrInit();
 }
 
 void WindowOpen(std::optional<int> flags, std::optional<int> x, std::optional<int> y,
