@@ -296,8 +296,9 @@ void yyWindowSplitUndo(int h) {
   r.Kind = 0;
   r.KindData = nullptr;
   records()[h].reset();
-  // The parent's bar shows its own menu again.
+  // The parent's bar shows its own menu again, and the client takes the room.
   yyMenuShowOnBar(h, h);
+  yyMenuPositionRoot(h);
   if (!yywindowexists(ws.iWinCur)) yywindowgrselect(h);
   XSync(xdisplay(), False);
 }

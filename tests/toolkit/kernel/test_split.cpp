@@ -16,6 +16,7 @@
 #include "app/resources/gombrel_resources.h"
 #include "toolkit/base/zelvy_data.h"
 #include "toolkit/kernel/display_private.h"
+#include "toolkit/kernel/menu_private.h"
 #include "toolkit/kernel/message.h"
 #include "toolkit/kernel/message_private.h"
 #include "toolkit/kernel/resources.h"
@@ -125,6 +126,24 @@ TEST_F(SplitTest, SideBySideWithTheSashDraggedToItsLimits) {
   paint(b, 0xf0a040);
   screenshot("split_side_by_side.png");
 
+  // A pane's menu shows on the split's bar while the pane is active.
+  yymenu(30001, b, status);
+  ASSERT_EQ(status, 0);
+  auto& ms = zelvy_menu::state();
+  EXPECT_EQ(ms.pwRootMenuAct[b], nullptr);
+  EXPECT_FALSE(ms.pwRootMenuSub[b]->Created);
+  int bx = 0, by = 0;
+  root_point(zelvy_win::state().wClient[b], 40, 40, bx, by);
+  xdotool("mousemove " + std::to_string(bx) + " " + std::to_string(by) + " click 1");
+  pump(200);
+  ASSERT_EQ(ms.pwRootMenuAct[0], ms.pwRootMenuSub[b].get());
+  EXPECT_TRUE(ms.pwRootMenuSub[b]->Created);
+  const int bar = ms.iMenuHeight;
+  EXPECT_EQ(geometry(ms.pwRootMenuSub[b]->PopupWindows[0]).y, 0);
+  EXPECT_EQ(geometry(zelvy_win::state().wClient[0]), (Geometry{0, bar, 600, 400 - bar}));
+  EXPECT_EQ(frame_of(b).h, 400 - bar);
+  screenshot("split_pane_menu.png");
+
   drag_sash(0, 150, 200);
   EXPECT_EQ(frame_of(a).w, 150 - kSashWidth / 2);
   EXPECT_EQ(frame_of(b).x, 150 - kSashWidth / 2 + kSashWidth);
@@ -142,6 +161,8 @@ TEST_F(SplitTest, SideBySideWithTheSashDraggedToItsLimits) {
   EXPECT_FALSE(yywindowexists(a));
   EXPECT_FALSE(yywindowexists(b));
   EXPECT_EQ(yyWindowComponent(0, kCompSash), nullptr);
+  EXPECT_EQ(ms.pwRootMenuAct[0], nullptr);
+  EXPECT_EQ(WInfoWindow(2), 400);
 }
 
 TEST_F(SplitTest, AboveEachOtherAFixedPaneAndWhatCannotBeSplit) {
