@@ -5,6 +5,7 @@
 
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
+#include <X11/keysym.h>
 
 #include <chrono>
 #include <cstdlib>
@@ -239,6 +240,46 @@ TEST_F(SplitTest, CursorFromAResourceImageAndTheProgramIcon) {
   XGetGeometry(xdisplay(), hints->icon_pixmap, &root, &x, &y, &w, &h, &border, &depth);
   EXPECT_EQ(std::pair(w, h), std::pair(32u, 32u));
   XFree(hints);
+}
+
+int shutdowns = 0;
+void count_shutdown(int) { ++shutdowns; }
+
+TEST_F(SplitTest, AConvertedWindowRevertsToAPlainOneWithItsMenu) {
+  auto& ws = zelvy_win::state();
+  auto& ms = zelvy_menu::state();
+  int status = -1;
+  yymenu(30001, 0, status);
+  ASSERT_EQ(status, 0);
+  const MenuRecord* own = ms.pwRootMenuSub[0].get();
+  // What an editor does to a window: its content, its menu and accelerators.
+  WindowRecord& r = ws.WinInfo[0];
+  r.Kind = 1;
+  r.Content = XtVaCreateManagedWidget("Content", widgetClass, ws.wtClient[0], XtNwidth, 10, XtNheight, 10, nullptr);
+  r.KindShutdown = count_shutdown;
+  const std::vector<MenuDescriptor> editor = {{true, "Edit", 0, "", 501, kMenuHasSub, 0, 0, 0},
+                                              {true, "Cut", 0, "", 502, 0, 4, XK_X, 0}};
+  yyMenuKindPush(0, yyMenuLoadDynamicMenu(editor), yyMenuLoadDynamicAccel(editor));
+  EXPECT_EQ(ms.pwRootMenuAct[0]->find(502), 1);
+  EXPECT_EQ(yyMenuMatchAccel(ms.pwAccelTable[0], XK_x, 4), 502);
+
+  int split = -1, other = -1;
+  yywindowsplit(0, 0, 0, -1, "", "", split, other, status);
+  EXPECT_EQ(status, 1038);  // only a plain window splits
+
+  WindowSelect(0);
+  shutdowns = 0;
+  yywindowrevert(status);
+  EXPECT_EQ(status, 0);
+  EXPECT_EQ(shutdowns, 1);
+  EXPECT_EQ(r.Kind, 0);
+  EXPECT_EQ(r.Content, nullptr);
+  EXPECT_EQ(ms.pwRootMenuSub[0].get(), own);
+  EXPECT_EQ(ms.pwRootMenuAct[0], own);
+  EXPECT_TRUE(own->Created);
+  EXPECT_EQ(yyMenuMatchAccel(ms.pwAccelTable[0], XK_x, 4), 0);
+  yywindowrevert(status);  // a plain window has nothing to revert
+  EXPECT_EQ(status, 1096);
 }
 
 }  // namespace
