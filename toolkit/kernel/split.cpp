@@ -170,6 +170,7 @@ void yywindowsplit(unsigned splitflags, unsigned flags1, unsigned flags2, int po
   WindowRecord& pr = ws.WinInfo[h];
   pr.Kind = 5;
   pr.KindData = rec.get();
+  pr.KindShutdown = [](int handle) { records()[handle].reset(); };
   pr.Content = nullptr;
   s.LastWidth = pr.ClientWidth;
   s.LastHeight = pr.ClientHeight;
@@ -295,6 +296,7 @@ void yyWindowSplitUndo(int h) {
   WindowRecord& r = ws.WinInfo[h];
   r.Kind = 0;
   r.KindData = nullptr;
+  r.KindShutdown = nullptr;
   records()[h].reset();
   // The parent's bar shows its own menu again, and the client takes the room.
   yyMenuShowOnBar(h, h);
