@@ -21,6 +21,7 @@
 #include "toolkit/kernel/dialog_attach.h"
 #include "toolkit/kernel/display_private.h"
 #include "toolkit/kernel/message.h"
+#include "toolkit/kernel/message_private.h"
 #include "toolkit/kernel/window.h"
 #include "toolkit/kernel/window_private.h"
 #include "toolkit/base/error.h"
@@ -834,9 +835,13 @@ void WDialogShow(std::optional<int> x, std::optional<int> y, std::optional<int> 
     m = 2;
   }
   const bool modal = m == 1;
+  // Other windows keep their picture and take no input while the dialog runs;
+  // the picture is taken before the dialog covers any of them.
+  if (modal) yymessagemodal(1, d->shell);
   int err = 0;
   yydialogshow_(x.value_or(-1), y.value_or(-1), fieldid.value_or(0), modal ? 3 : m, err);
   if (err) {
+    if (modal) yymessagemodal(0);
     yyerror(err, "WDialogShow");
     return;
   }
@@ -847,12 +852,16 @@ void WDialogShow(std::optional<int> x, std::optional<int> y, std::optional<int> 
   MessageRecord rec;
   do {
     WMessage(type, rec);
-    if (ds.wDialogInfo[idx].identifier != myId) return;  // unloaded underneath the loop
+    if (ds.wDialogInfo[idx].identifier != myId) {  // unloaded underneath the loop
+      yymessagemodal(0);
+      return;
+    }
   } while (type != PushButton);
   ds.iModalDialog = rec.Win;
   ds.iModalButton = rec.Value1;
   ds.iModalField = rec.Value2;
   yyDialogHide(idx);
+  yymessagemodal(0);
 }
 
 void wdialogshowcommon(std::optional<int> fieldid, std::optional<int> mode, std::optional<int>) {
@@ -904,6 +913,9 @@ void yyDialogAttach() {
   hooks.pixels = window_dialog_pixels;
   hooks.combine = window_dialog_combine;
   yyAttachDialogEngine(hooks);
+  LoopHooks loop;
+  loop.dialogEvent = yyDialogProcessEvent;
+  yyAttachLoopHooks(loop);
 }
 
 namespace zelvy_dialog {
