@@ -66,6 +66,7 @@ struct GridState {
   Widget window = nullptr, scrollBarH = nullptr, scrollBarV = nullptr, viewport = nullptr, clipWin = nullptr;
   Widget slideH = nullptr, slideV = nullptr, colLabelBar = nullptr, rowLabelBar = nullptr, partRow = nullptr;
   Widget selectAll = nullptr, colEmpty = nullptr;
+  Widget focusShell = nullptr;  // tells the grid which cell takes the keyboard
   std::vector<Widget> rowLabelWidgets;
   std::vector<std::string> shownRowLabels;
   bool shownRowLabelsValid = false;

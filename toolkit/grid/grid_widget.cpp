@@ -13,6 +13,7 @@
 #include <Xm/ScrolledW.h>
 #include <Xm/Text.h>
 #include <Xm/ToggleB.h>
+#include <Xm/VendorSEP.h>
 
 #include <algorithm>
 #include <cstddef>
@@ -412,7 +413,6 @@ void destroy_rows(Widget grid) {
 void button_push_cb(Widget w, XtPointer data, XtPointer call);
 void cell_changed_cb(Widget w, XtPointer data, XtPointer call);
 void cell_verify_cb(Widget w, XtPointer data, XtPointer call);
-void cell_focus_eh(Widget w, XtPointer data, XEvent* ev, Boolean* cont);
 
 Widget label_button(Widget parent, const char* name, Widget grid) {
   GridState& s = st(grid);
@@ -479,7 +479,6 @@ void create_column(Widget grid, int column) {
       else if (XtHasCallbacks(f.widget, XmNvalueChangedCallback) != XtCallbackNoList)
         XtAddCallback(f.widget, XmNvalueChangedCallback, cell_changed_cb, grid);
     }
-    XtAddEventHandler(w, FocusChangeMask, False, cell_focus_eh, grid);
     XtOverrideTranslations(w, tables().arrows);
     XtOverrideTranslations(w, tables().paging);
     XtOverrideTranslations(w, tables().clip);
@@ -561,10 +560,14 @@ void scroll_rows(Widget grid, int value) {
   s.firstRow = value;
   yyGridWidgetUpdateViewportData(grid, true);
   if (s.selectionOn) return;
+  // The cell the user chose stays where a Shift+click selection starts.
+  const int anchorColumn = s.anchorColumn, anchorRow = s.anchorRow;
   const int last = s.firstRow + std::max(1, s.fullRows) - 1;
   if (g.irow < s.firstRow) yyGridWidgetSetCellFocusX(grid, g.icol, s.firstRow, -1);
   else if (g.irow > last) yyGridWidgetSetCellFocusX(grid, g.icol, std::min(last, s.model.rows - 1), -1);
   else yyGridWidgetSetCellFocusX(grid, -1, -1, -1);
+  s.anchorColumn = anchorColumn;
+  s.anchorRow = anchorRow;
 }
 
 void scroll_columns(Widget grid, int value) {
@@ -574,8 +577,11 @@ void scroll_columns(Widget grid, int value) {
   s.firstColumn = std::clamp(value, 0, std::max(0, s.lastLeft));
   if (s.slideH) XtMoveWidget(s.slideH, static_cast<Position>(slide_x(grid)), 0);
   if (s.selectionOn) return;
+  const int anchorColumn = s.anchorColumn, anchorRow = s.anchorRow;
   if (g.icol < s.firstColumn) {
     yyGridWidgetSetCellFocusX(grid, s.firstColumn, g.irow, -1);
+    s.anchorColumn = anchorColumn;
+    s.anchorRow = anchorRow;
     return;
   }
   int sum = 0, lastVisible = s.firstColumn;
@@ -586,6 +592,8 @@ void scroll_columns(Widget grid, int value) {
     lastVisible = c;
   }
   if (g.icol > lastVisible) yyGridWidgetSetCellFocusX(grid, lastVisible, g.irow, -1);
+  s.anchorColumn = anchorColumn;
+  s.anchorRow = anchorRow;
 }
 
 void scroll_cb(Widget bar, XtPointer data, XtPointer call) {
@@ -708,10 +716,13 @@ void cell_changed_cb(Widget w, XtPointer data, XtPointer) {
 }
 
 // A cell took the keyboard: it becomes the current cell, and the grid the
-// dialog's field in focus.
-void cell_focus_eh(Widget w, XtPointer data, XEvent* ev, Boolean*) {
-  if (ev->type != FocusIn) return;
+// dialog's field in focus. The shell tells every move of the keyboard focus,
+// also those that come without an X focus event.
+void focus_moved_cb(Widget, XtPointer data, XtPointer call) {
+  auto* cbs = static_cast<XmFocusMovedCallbackStruct*>(call);
   Widget grid = static_cast<Widget>(data);
+  if (!cbs || !cbs->new_focus || grid_of(cbs->new_focus) != grid || grid->core.being_destroyed) return;
+  Widget w = cbs->new_focus;
   GridPart& g = part(grid);
   GridState& s = *g.st;
   int column = 0, vrow = 0;
@@ -877,7 +888,7 @@ void viewport_resize_cb(Widget, XtPointer data, XtPointer) {
 Widget plain_area(const char* name, Widget parent, Pixel background) {
   return XtVaCreateManagedWidget(name, xmDrawingAreaWidgetClass, parent, XmNmarginWidth, 0, XmNmarginHeight, 0,
                                  XmNresizePolicy, XmRESIZE_NONE, XtNbackground, background, XtNborderWidth, 0,
-                                 XmNtraversalOn, False, nullptr);
+                                 nullptr);
 }
 
 void Initialize(Widget, Widget neww, ArgList, Cardinal*) {
@@ -946,6 +957,8 @@ void Initialize(Widget, Widget neww, ArgList, Cardinal*) {
 
 void Destroy(Widget w) {
   GridPart& g = part(w);
+  if (g.st->focusShell && !g.st->focusShell->core.being_destroyed)
+    XmeRemoveFocusChangeCallback(g.st->focusShell, focus_moved_cb, w);
   if (g.lineGC) XtReleaseGC(w, g.lineGC);
   if (g.selectGC) XtReleaseGC(w, g.selectGC);
   // The cell widgets go with the tree; their records go here.
@@ -1499,6 +1512,12 @@ void yyDialogGrid(DialogRecord& d, FieldRecord& f) {
       if (pos[at(r)] >= 0) yyGridWidgetSetRowLabelDataX(grid, r, &labels[at(pos[at(r)])]);
   }
   yyGridWidgetCreateViewportX(grid);
+  for (Widget shell = grid; shell; shell = XtParent(shell))
+    if (XtIsVendorShell(shell)) {
+      s.focusShell = shell;
+      XmeAddFocusChangeCallback(shell, focus_moved_cb, grid);
+      break;
+    }
 }
 
 void yyGridWidgetSetNumberX(Widget grid, int column, int row, double number, std::string_view format) {
