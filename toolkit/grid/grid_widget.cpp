@@ -64,6 +64,8 @@ constexpr int kSchemeDialog = 3, kSchemeFieldText = 14, kSchemeFieldBack = 15, k
 // Row heights of a dialog-unit row: 13 units, the height of a text field.
 constexpr int kCellHeightUnits = 13;
 constexpr double kRowLabelShrink = 0.8333;
+// A font's line height is its character cell less the leading between lines.
+constexpr float kLineLeading = 1.07f;
 
 #define GOFF(field) static_cast<Cardinal>(offsetof(GridRec, grid.field))
 #define INT_RES(name, cls, field, def) \
@@ -460,7 +462,10 @@ void create_column(Widget grid, int column) {
     XtVaSetValues(f.widget, XmNuserData, static_cast<XtPointer>(&f), nullptr);
     Widget w = value_widget(f);
     if (text_kind(f) && w == f.widget) {
-      XtVaSetValues(w, XmNshadowThickness, 0, XmNhighlightThickness, 0, XmNmarginHeight, 1, nullptr);
+      // One line of the cell's font in the middle of the row.
+      const int line = static_cast<int>(yyDialogFontMetrics(f.fontIndex).charHeight / kLineLeading);
+      XtVaSetValues(w, XmNshadowThickness, 0, XmNhighlightThickness, 0, XmNmarginHeight,
+                    std::max(0, (f.height - line) / 2), nullptr);
       // Thinner edges make the text ask for less: the cell keeps its row.
       XtConfigureWidget(w, static_cast<Position>(f.x), static_cast<Position>(f.y), static_cast<Dimension>(f.width),
                         static_cast<Dimension>(f.height), 0);
@@ -721,9 +726,20 @@ void cell_changed_cb(Widget w, XtPointer data, XtPointer) {
 void focus_moved_cb(Widget, XtPointer data, XtPointer call) {
   auto* cbs = static_cast<XmFocusMovedCallbackStruct*>(call);
   Widget grid = static_cast<Widget>(data);
-  if (!cbs || !cbs->new_focus || grid_of(cbs->new_focus) != grid || grid->core.being_destroyed) return;
+  if (!cbs || grid->core.being_destroyed) return;
   Widget w = cbs->new_focus;
   GridPart& g = part(grid);
+  int oldColumn = 0, oldRow = 0;
+  if (cbs->old_focus && cbs->old_focus != w && grid_of(cbs->old_focus) == grid &&
+      cell_of(grid, cbs->old_focus, oldColumn, oldRow) && g.st->firstRow + oldRow < g.st->model.rows) {
+    // The cell left shows what it holds: a typed number in its format, and
+    // text that was no number gives way to the value kept.
+    g.st->refreshing = true;
+    show_cell(grid, oldColumn, oldRow, g.st->firstRow + oldRow);
+    g.st->refreshing = false;
+    state().bInvalidField = false;
+  }
+  if (!w || grid_of(w) != grid) return;
   GridState& s = *g.st;
   int column = 0, vrow = 0;
   if (!cell_of(grid, w, column, vrow)) return;
@@ -767,7 +783,8 @@ void page(Widget grid, char how) {
     case 'u': {
       const int top = std::max(s.firstRow - full, 0);
       yyGridWidgetScrollToCell(grid, g.icol, top);
-      yyGridWidgetSetCellFocusX(grid, g.icol, g.irow > s.firstRow + full - 1 ? s.firstRow + full - 1 : std::min(g.irow, s.firstRow + full - 1) < s.firstRow ? s.firstRow : g.irow, -1);
+      const int last = s.firstRow + full - 1;
+      yyGridWidgetSetCellFocusX(grid, g.icol, g.irow > last ? last : g.irow, -1);
       break;
     }
     case 'd': {

@@ -210,12 +210,19 @@ TEST_F(GridTest, TypingIntoCellsStoresWhatTheColumnTakes) {
   xdotool("type --delay 40 '12ab3'");
   EXPECT_EQ(cell(kTyped, kCount, 3), "123");
   EXPECT_EQ(info(kTyped, 7), 1);
+  // A number typed is shown in the column's format once the cell is left.
+  click(yyGridCellWidget(g, kAngle - 1, 0));
+  xdotool("type --delay 40 '2.5'");
+  xdotool("key Down");
+  EXPECT_EQ(info(kTyped, 5), 2);
+  EXPECT_EQ(shown(yyGridCellWidget(g, kAngle - 1, 0)), "2.5000");
+  EXPECT_EQ(cell(kTyped, kAngle, 1), "2.5000");
   // The program's "abc" empties it, and an empty numeric cell reads empty.
   WGridPutCellString(kTyped, kCount, 3, "abc");
   EXPECT_EQ(error(), 0);
   EXPECT_EQ(cell(kTyped, kCount, 3), "");
   EXPECT_EQ(shown(yyGridCellWidget(g, kCount - 1, 2)), "");
-  EXPECT_EQ(cell(kTyped, kAngle, 1), "");
+  EXPECT_EQ(cell(kTyped, kAngle, 5), "");
 }
 
 TEST_F(GridTest, ColumnTypeRangeAndLabelRules) {
