@@ -148,20 +148,24 @@ int main(int argc, char** argv) {
   const long listAfter = resident_kb();
 
   // Scroll steps, one row down each, the grid's and the list's in turn.
-  std::vector<double> gridStep, listStep, gridJump, listJump, gridCpu, listCpu;
+  std::vector<double> gridStep, listStep, gridJump, listJump, gridCpu, listCpu, gridRequests, listRequests;
   for (int i = 1; i <= steps; ++i) {
     t = Clock::now();
     double cpu = cpu_ms();
+    unsigned long requests = NextRequest(xdisplay());
     move_bar(bar, i);
     settle();
     gridStep.push_back(ms_since(t));
     gridCpu.push_back(cpu_ms() - cpu);
+    gridRequests.push_back(static_cast<double>(NextRequest(xdisplay()) - requests));
     t = Clock::now();
     cpu = cpu_ms();
+    requests = NextRequest(xdisplay());
     XmListSetPos(list, i + 1);
     settle();
     listStep.push_back(ms_since(t));
     listCpu.push_back(cpu_ms() - cpu);
+    listRequests.push_back(static_cast<double>(NextRequest(xdisplay()) - requests));
   }
   // Jumps from the top to the last row, each side put back to the top untimed.
   for (int i = 0; i < steps; ++i) {
@@ -190,6 +194,7 @@ int main(int argc, char** argv) {
               static_cast<double>(listAfter - listBefore) * 1024.0 / cells);
   row("scroll step to redrawn", "ms", stats(gridStep), stats(listStep));
   row("  of it in this process", "ms", stats(gridCpu), stats(listCpu));
+  row("  X requests per step", "", stats(gridRequests), stats(listRequests));
   row("jump to last row", "ms", stats(gridJump), stats(listJump));
   const Stats gs1 = stats(gridStep), ls1 = stats(listStep);
   std::printf("step extremes: grid %.3f..%.3f ms, list %.3f..%.3f ms; grid rows shown %d, last cell \"%s\"\n", gs1.min,
