@@ -122,6 +122,7 @@ const char* const kTabTable = "Shift<Key>Tab: yyGridWidgetKeyTrans(L)\n<Key>Tab:
 const char* const kClipTable =
     "Ctrl<Key>x: yyGridWidgetKeyTrans(x)\nCtrl<Key>c: yyGridWidgetKeyTrans(c)\nCtrl<Key>v: yyGridWidgetKeyTrans(v)\n"
     "<Key>osfDelete: yyGridWidgetKeyTrans(D)";
+const char* const kLabelTable = "<Btn3Up>: yyGridWidgetKeyTrans(m)";
 const char* const kPagingTable =
     "Shift<Btn1Down>: yyGridWidgetKeyTrans(s)\nShift<Btn1Up>: yyGridWidgetKeyTrans(n)\n"
     "Ctrl<Key>osfPageUp: yyGridWidgetKeyTrans(p,U)\nCtrl<Key>osfPageDown: yyGridWidgetKeyTrans(p,D)\n"
@@ -130,7 +131,7 @@ const char* const kPagingTable =
     "<Key>osfPageUp: yyGridWidgetKeyTrans(p,u)\n<Key>osfPageDown: yyGridWidgetKeyTrans(p,d)";
 
 struct Tables {
-  XtTranslations arrows = nullptr, ret = nullptr, tab = nullptr, clip = nullptr, paging = nullptr;
+  XtTranslations arrows = nullptr, ret = nullptr, tab = nullptr, clip = nullptr, paging = nullptr, label = nullptr;
 };
 Tables& tables() {
   static Tables t;
@@ -151,6 +152,7 @@ void register_class_actions(XtAppContext app) {
   t.tab = XtParseTranslationTable(kTabTable);
   t.clip = XtParseTranslationTable(kClipTable);
   t.paging = XtParseTranslationTable(kPagingTable);
+  t.label = XtParseTranslationTable(kLabelTable);
 }
 
 // ---- Finding things --------------------------------------------------------
@@ -424,6 +426,7 @@ Widget label_button(Widget parent, const char* name, Widget grid) {
                               XmNmarginHeight, 0, XmNmarginWidth, 2, nullptr);
   if (XmRenderTable rt = yyDialogRenderTable(s.fontIndex)) XtVaSetValues(b, XmNrenderTable, rt, nullptr);
   XtOverrideTranslations(b, tables().clip);
+  XtOverrideTranslations(b, tables().label);
   yyDialogSetLabel(b, "");
   XtAddCallback(b, XmNactivateCallback, button_push_cb, grid);
   return b;
@@ -803,6 +806,38 @@ void page(Widget grid, char how) {
   }
 }
 
+// The right button released on a label or the corner: the application
+// hears which, with the modifiers and where.
+void context_click(Widget grid, Widget w, XEvent* ev) {
+  GridState& s = st(grid);
+  if (!ev || ev->type != ButtonRelease) return;
+  constexpr int kLabelItemFlag = 0x20, kGridFieldType = 15;
+  const int modifiers = static_cast<int>(ev->xbutton.state & (ShiftMask | ControlMask | Mod1Mask));
+  int item = -1, mods = modifiers;
+  const int lastC = s.model.columnCount() - 1, lastR = s.model.rows - 1;
+  if (w == s.selectAll) {
+    item = 0;
+    mods |= kLabelItemFlag;
+    if ((s.fieldExtra & field_extra::kRightSelects) && lastC >= 0 && lastR >= 0) yyGridWidgetSelectX(grid, true, 0, 0, lastC, lastR);
+  }
+  for (int c = 0; c <= lastC && item < 0; ++c)
+    if (s.views[at(c)].labelWidget == w) {
+      item = c + 1;
+      mods |= kLabelItemFlag;
+      if ((s.fieldExtra & field_extra::kRightSelects) && lastR >= 0) yyGridWidgetSelectX(grid, true, c, 0, c, lastR);
+    }
+  for (std::size_t r = 0; r < s.rowLabelWidgets.size() && item < 0; ++r)
+    if (s.rowLabelWidgets[r] == w && s.firstRow + static_cast<int>(r) <= lastR) {
+      item = s.firstRow + static_cast<int>(r) + 1;
+      if ((s.fieldExtra & field_extra::kRightSelects) && lastC >= 0) yyGridWidgetSelectX(grid, true, 0, item - 1, lastC, item - 1);
+    }
+  if (item < 0) return;
+  DialogRecord* d = dialog_of(grid);
+  const int win = d ? d->identifier : s.gridWindow;
+  yyMsgSend(ContextClick, item, mods, kGridFieldType, d ? s.fieldId : 0, ev->xbutton.x_root, ev->xbutton.y_root, win,
+            static_cast<int>(ev->xbutton.time));
+}
+
 void key_trans(Widget w, XEvent* ev, String* params, Cardinal* count) {
   Widget grid = grid_of(w);
   if (!grid || !count || *count < 1) return;
@@ -860,6 +895,7 @@ void key_trans(Widget w, XEvent* ev, String* params, Cardinal* count) {
       yyGridWidgetSelectX(grid, true, std::min(ac, column), std::min(ar, row), std::max(ac, column), std::max(ar, row));
       return;
     }
+    case 'm': context_click(grid, w, ev); return;
     case 'p':
       if (invalid) return hold();
       if (*count >= 2) page(grid, params[1][0]);

@@ -121,6 +121,18 @@ class GridTest : public ::testing::Test {
     settle();
   }
   static int error() { return WInfoError(1); }
+  // Runs xdotool, then takes the messages its events make until one of `type`.
+  static bool message_after(const std::string& args, int type, MessageRecord& m) {
+    XSync(xdisplay(), False);
+    if (std::system(("xdotool " + args).c_str()) != 0) return false;
+    for (int i = 0; i < 400; ++i) {
+      int t = 0;
+      XSync(xdisplay(), False);
+      WMessagePeek(t, m);
+      if (t == type) return true;
+    }
+    return false;
+  }
 
   bool opened = false;
 };
@@ -316,6 +328,38 @@ TEST_F(GridTest, SelectionReachesAcrossAScroll) {
   EXPECT_EQ(info(kTwin, 13), 52);
   click(yyGridCellWidget(g, 0, 1));
   EXPECT_EQ(info(kTwin, 10), 0);
+}
+
+TEST_F(GridTest, CellMovesAndLabelClicksReachTheApplication) {
+  open(kMainForm);
+  WMessageEnable(FieldChanged, 1);
+  WMessageEnable(ContextClick, 1);
+  Widget g = grid(kTwin);
+  click(yyGridCellWidget(g, 0, 1));
+  MessageRecord m;
+  ASSERT_TRUE(message_after("key Down", FieldChanged, m));
+  EXPECT_EQ(m.Value1, kTwin);
+  EXPECT_EQ(m.Value2, kTwin);
+  EXPECT_EQ(m.Value3, 0);
+  EXPECT_EQ(m.X, 262144 | 2);  // column 1, row 2, packed
+  EXPECT_EQ(m.Y, 262144 | 3);
+  EXPECT_EQ(m.Win, kMainForm);
+  settle();
+  // Up at the first row can't move: the current cell stays.
+  int e = 0;
+  yygridsetcell_(kTwin, 0, 0, e);
+  settle();
+  EXPECT_FALSE(yyGridWidgetMoveCurrentCellX(g, 3));
+  EXPECT_EQ(info(kTwin, 5), 1);
+  // The right button on the second row label names that row.
+  Widget label = yyGridPart(g).st->rowLabelWidgets[1];
+  int x = 0, y = 0;
+  Window child = 0;
+  XTranslateCoordinates(xdisplay(), XtWindow(label), DefaultRootWindow(xdisplay()), 4, 4, &x, &y, &child);
+  ASSERT_TRUE(message_after("mousemove " + std::to_string(x) + " " + std::to_string(y) + " click 3", ContextClick, m));
+  EXPECT_EQ(m.Value1, 2);
+  EXPECT_EQ(m.Value3, 15);
+  EXPECT_EQ(m.Value4, kTwin);
 }
 
 TEST_F(GridTest, FiveRowsOnTheMainForm) {
