@@ -852,14 +852,12 @@ void key_trans(Widget w, XEvent* ev, String* params, Cardinal* count) {
     case 'l': case 'r': {
       if (XmIsText(w)) {
         const XmTextPosition p = XmTextGetInsertionPosition(w), end = XmTextGetLastPosition(w);
-        XmTextPosition left = 0, right = 0;
-        const bool selected = XmTextGetSelectionPosition(w, &left, &right) && left != right;
-        if (what == 'l' && p > 0 && !(selected && left == 0 && right == end)) {
+        if (what == 'l' && p > 0) {
           XmTextClearSelection(w, CurrentTime);
           XmTextSetInsertionPosition(w, p - 1);
           return;
         }
-        if (what == 'r' && p < end && !(selected && left == 0 && right == end)) {
+        if (what == 'r' && p < end) {
           XmTextClearSelection(w, CurrentTime);
           XmTextSetInsertionPosition(w, p + 1);
           return;

@@ -7,6 +7,7 @@
 #include <Xm/ComboBox.h>
 #include <Xm/ScrollBar.h>
 #include <Xm/Text.h>
+#include <Xm/ToggleB.h>
 #include <poll.h>
 
 #include <cstdio>
@@ -360,6 +361,141 @@ TEST_F(GridTest, CellMovesAndLabelClicksReachTheApplication) {
   EXPECT_EQ(m.Value1, 2);
   EXPECT_EQ(m.Value3, 15);
   EXPECT_EQ(m.Value4, kTwin);
+}
+
+TEST_F(GridTest, AViewportTallerThanTheRowsHoldsJustThem) {
+  open(kMainForm);
+  WGridRows(kTwin, 1);
+  Widget g = grid(kTwin);
+  EXPECT_EQ(info(kTwin, 15), 1);
+  EXPECT_EQ(yyGridPart(g).st->fullRows, 1);
+  int value = -1, slider = 0, inc = 0, page = 0, lo = -1, hi = -1;
+  XmScrollBarGetValues(yyGridPart(g).st->scrollBarV, &value, &slider, &inc, &page);
+  XtVaGetValues(yyGridPart(g).st->scrollBarV, XmNminimum, &lo, XmNmaximum, &hi, nullptr);
+  EXPECT_EQ(lo, 0);
+  EXPECT_EQ(hi, 1);
+  EXPECT_EQ(value, 0);
+  EXPECT_EQ(slider, 1);
+  // Back to many rows: the viewport fills again, the bar covers them all.
+  WGridRows(kTwin, 40);
+  EXPECT_GT(info(kTwin, 15), 1);
+  XtVaGetValues(yyGridPart(g).st->scrollBarV, XmNmaximum, &hi, nullptr);
+  EXPECT_EQ(hi, 40);
+}
+
+TEST_F(GridTest, ArrowsMoveTheCaretBeforeTheCellAndStopAtTheEdge) {
+  open(kScratch);
+  Widget g = grid(kTyped);
+  WGridPutCellString(kTyped, kNote, 1, "abc");
+  Widget w = yyGridCellWidget(g, kNote - 1, 0);
+  click(w);
+  XmTextClearSelection(w, CurrentTime);
+  XmTextSetInsertionPosition(w, 1);
+  xdotool("key Right");
+  EXPECT_EQ(XmTextGetInsertionPosition(w), 2);
+  EXPECT_EQ(info(kTyped, 4), kNote);
+  xdotool("key Right");  // at the end of the text
+  EXPECT_EQ(info(kTyped, 4), kNote);
+  xdotool("key Right");  // the last column, no row wrap: it stays
+  EXPECT_EQ(info(kTyped, 4), kNote);
+  EXPECT_EQ(info(kTyped, 5), 1);
+  xdotool("key Left");  // the caret first
+  EXPECT_EQ(info(kTyped, 4), kNote);
+  xdotool("key Home Left");  // at the start of the text: the cell on the left
+  EXPECT_EQ(info(kTyped, 4), kNote - 1);
+}
+
+TEST_F(GridTest, PagingAndTheWheelMoveByViews) {
+  open(kMainForm);
+  Widget g = grid(kTwin);
+  const int full = yyGridPart(g).st->fullRows;
+  click(yyGridCellWidget(g, 0, 0));
+  xdotool("key Next");
+  EXPECT_EQ(info(kTwin, 9), 1 + full);
+  xdotool("key ctrl+Next");
+  EXPECT_EQ(info(kTwin, 5), 100);
+  EXPECT_EQ(info(kTwin, 9), 100 - full + 1);
+  xdotool("key ctrl+Prior");
+  EXPECT_EQ(info(kTwin, 5), 1);
+  EXPECT_EQ(info(kTwin, 9), 1);
+  // The wheel at the first row keeps the view; down it moves.
+  xdotool("click 4");
+  EXPECT_EQ(info(kTwin, 9), 1);
+  xdotool("click 5");
+  EXPECT_EQ(info(kTwin, 9), 2);
+}
+
+TEST_F(GridTest, CutAndDeleteSpareNoReadOnlyCell) {
+  open(kScratch);
+  Widget g = grid(kTyped);
+  for (int r = 1; r <= 3; ++r) WGridPutCellInteger(kTyped, kCount, r, r * 10);
+  WGridStateCell(kTyped, kCount, 2, 2);
+  int e = 0;
+  yygridsetselection_(kTyped, kCount - 1, 0, kCount - 1, 2, e);
+  EXPECT_FALSE(yyGridCanCut(g));
+  EXPECT_FALSE(yyGridWidgetSelCellCutX(g));
+  EXPECT_EQ(cell(kTyped, kCount, 1), "10");
+  WGridStateCell(kTyped, kCount, 2, 1);
+  yygridsetselection_(kTyped, kCount - 1, 0, kCount - 1, 1, e);
+  ASSERT_TRUE(yyGridWidgetSelCellCutX(g));
+  EXPECT_EQ(info(kTyped, 10), 0);  // the selection went with the cells
+  EXPECT_EQ(cell(kTyped, kCount, 1), "");
+  EXPECT_EQ(cell(kTyped, kCount, 2), "");
+  EXPECT_EQ(cell(kTyped, kCount, 3), "30");
+  std::string text;
+  ASSERT_TRUE(yyGridClipboardGet(g, text));
+  EXPECT_EQ(text, "10\n20\n");
+  // A paste onto a read-only cell is refused before it starts.
+  WGridStateCell(kTyped, kCount, 1, 2);
+  yygridsetcell_(kTyped, kCount - 1, 0, e);
+  EXPECT_FALSE(yyGridCanPaste(g));
+}
+
+TEST_F(GridTest, CheckBoxCellsFollowClicksUnlessReadOnly) {
+  open(kScratch);
+  Widget g = grid(kTyped);
+  const FieldRecord& box = yyGridPart(g).st->views[kActive - 1].cells[1];
+  int state = -1, e = 0;
+  click(box.widget);
+  yygridgetcellcheckbox_(kTyped, kActive - 1, 1, state, e);
+  EXPECT_EQ(state, 1);
+  WGridStateCell(kTyped, kActive, 2, 2);
+  click(box.widget);
+  yygridgetcellcheckbox_(kTyped, kActive - 1, 1, state, e);
+  EXPECT_EQ(state, 1);
+  EXPECT_TRUE(XmToggleButtonGetState(box.widget));
+}
+
+TEST_F(GridTest, AFormatGivenWithANumberBecomesTheColumns) {
+  open(kScratch);
+  Widget g = grid(kTyped);
+  WGridPutCellReal(kTyped, kAngle, 1, 1.5f);
+  EXPECT_EQ(shown(yyGridCellWidget(g, kAngle - 1, 0)), "1.5000");
+  WGridPutCellReal(kTyped, kAngle, 2, 2.0f, "(F6.1)");
+  EXPECT_EQ(shown(yyGridCellWidget(g, kAngle - 1, 0)), "1.5");
+  EXPECT_EQ(shown(yyGridCellWidget(g, kAngle - 1, 1)), "2.0");
+  std::string format;
+  int e = 0;
+  yygridgetformat_(kTyped, kAngle - 1, format, e);
+  EXPECT_EQ(format, "(F6.1)");
+}
+
+TEST_F(GridTest, ColumnsCanBeTakenAgainFromTheTemplate) {
+  open(kScratch);
+  Widget g = grid(kTyped);
+  WGridLabelRow(kTyped, 2, "second");
+  int e = 0;
+  yygridcolumns_(kTyped, 2, {kNote, kCount}, {-1}, e);
+  ASSERT_EQ(e, 0);
+  EXPECT_EQ(info(kTyped, 1), 2);
+  EXPECT_EQ(yygridgetcelltype_(kTyped, 0, e), 4);
+  EXPECT_EQ(yygridgetcelltype_(kTyped, 1, e), 5);
+  EXPECT_EQ(yygridgetcelltype_(kTitle, 0, e), -1006);
+  std::string label;
+  yygridgetrowlabel_(kTyped, 1, label, e);
+  EXPECT_EQ(label, "second");
+  WGridPutCellString(kTyped, 1, 1, "note");
+  EXPECT_EQ(shown(yyGridCellWidget(g, 0, 0)), "note");
 }
 
 TEST_F(GridTest, FiveRowsOnTheMainForm) {
