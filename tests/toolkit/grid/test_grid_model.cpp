@@ -128,4 +128,22 @@ TEST(GridModel, PasteStopsAtTheEdgesAndSparesReadOnlyCells) {
   EXPECT_EQ(columns, 3);
 }
 
+TEST(GridModel, LongItemsAreCutToWhatTheCellTakes) {
+  GridModel m = model_of({grid_type::kString}, 2);
+  m.columns[0].charLimit = 5;
+  int lc = 0, lr = 0;
+  ASSERT_TRUE(yyGridModelPaste(m, 0, 0, "abcdefgh\r\n" + std::string(40000, 'x'), lc, lr));
+  EXPECT_EQ(yyGridModelText(m.columns[0], 0), "abcde");
+  m.columns[0].charLimit = 0;
+  ASSERT_TRUE(yyGridModelPaste(m, 0, 1, std::string(40000, 'y'), lc, lr));
+  EXPECT_EQ(m.columns[0].strings[1].size(), kGridPasteItem);
+  int rows = 0, columns = 0;
+  yyGridClipCount("a\tb", rows, columns);
+  EXPECT_EQ(rows, 1);
+  EXPECT_EQ(columns, 2);
+  yyGridClipCount("a\nb\tc\td\n", rows, columns);  // the last LF starts no row
+  EXPECT_EQ(rows, 2);
+  EXPECT_EQ(columns, 3);
+}
+
 }  // namespace
