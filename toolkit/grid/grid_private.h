@@ -144,9 +144,17 @@ bool yyGridWidgetSelCellCutX(Widget grid);
 bool yyGridWidgetSelCellPasteX(Widget grid);
 bool yyGridWidgetSelCellDelX(Widget grid, bool check);
 bool yyGridCanCut(Widget grid);
-// A rectangle written by delete or paste, to the report callback and, with
-// the field's report style, as FieldChanged.
+// A rectangle written by delete or paste (first column, first row, last
+// column, last row) to the report callbacks; a field with the report style
+// has yyGridReportClipCB among them, which tells the application.
 void yyGridReportClip(Widget grid, int c1, int r1, int c2, int r2);
+void yyGridReportClipCB(Widget grid, XtPointer client, XtPointer call);
+// The current cell's widget when it is a text kind, else null.
+Widget yyGridGetEditCell(Widget grid);
+// A cell as the routines read it: its text, its number and whether it has
+// one (a string cell's text parsed with wantNumber).
+void yyGridWidgetGetSingleCellDataX(Widget grid, int column, int row, bool wantNumber, std::string& text,
+                                    double& number, bool& defined);
 bool yyGridCanPaste(Widget grid);
 // The text clipboard beneath: put a text, read the text there (false: none).
 bool yyGridClipboardPut(Widget w, std::string_view text);

@@ -138,13 +138,13 @@ Tables& tables() {
   return t;
 }
 
-void key_trans(Widget w, XEvent* ev, String* params, Cardinal* count);
+void yyGridWidgetKeyTrans(Widget w, XEvent* ev, String* params, Cardinal* count);
 
 void register_class_actions(XtAppContext app) {
   static bool done = false;
   if (done) return;
   done = true;
-  static XtActionsRec actions[] = {{S("yyGridWidgetKeyTrans"), key_trans}};
+  static XtActionsRec actions[] = {{S("yyGridWidgetKeyTrans"), yyGridWidgetKeyTrans}};
   XtAppAddActions(app, actions, XtNumber(actions));
   Tables& t = tables();
   t.arrows = XtParseTranslationTable(kArrowTable);
@@ -343,7 +343,7 @@ int slide_x(Widget grid) {
   return s.wideMode ? 0 : -total_width(s, s.firstColumn);
 }
 
-void main_position_resize(Widget grid) {
+void yyGridWidgetMainPositionResize(Widget grid) {
   GridPart& g = part(grid);
   GridState& s = *g.st;
   if (!s.viewport) return;
@@ -414,8 +414,8 @@ void destroy_rows(Widget grid) {
   s.builtRows = 0;
 }
 
-void button_push_cb(Widget w, XtPointer data, XtPointer call);
-void cell_changed_cb(Widget w, XtPointer data, XtPointer call);
+void yyGridWidgetButtonPushCB(Widget w, XtPointer data, XtPointer call);
+void yyGridWidgetCellChangedCBX(Widget w, XtPointer data, XtPointer call);
 void cell_verify_cb(Widget w, XtPointer data, XtPointer call);
 
 Widget label_button(Widget parent, const char* name, Widget grid) {
@@ -428,11 +428,11 @@ Widget label_button(Widget parent, const char* name, Widget grid) {
   XtOverrideTranslations(b, tables().clip);
   XtOverrideTranslations(b, tables().label);
   yyDialogSetLabel(b, "");
-  XtAddCallback(b, XmNactivateCallback, button_push_cb, grid);
+  XtAddCallback(b, XmNactivateCallback, yyGridWidgetButtonPushCB, grid);
   return b;
 }
 
-void create_column(Widget grid, int column) {
+void yyGridWidgetCreateColumn(Widget grid, int column) {
   GridPart& g = part(grid);
   GridState& s = *g.st;
   GridColumnWidgets& v = s.views[at(column)];
@@ -475,17 +475,17 @@ void create_column(Widget grid, int column) {
     }
     if (text_kind(f)) {
       XtAddCallback(w, XmNmodifyVerifyCallback, cell_verify_cb, grid);
-      if (c.cellType != grid_type::kCombo) XtAddCallback(w, XmNvalueChangedCallback, cell_changed_cb, grid);
+      if (c.cellType != grid_type::kCombo) XtAddCallback(w, XmNvalueChangedCallback, yyGridWidgetCellChangedCBX, grid);
       f.data.charLimit = c.cellType == grid_type::kString ? c.charLimit : f.data.charLimit;
     }
     if (c.cellType == grid_type::kCheckbox) {
       XtVaSetValues(f.widget, XmNhighlightThickness, 0, nullptr);
-      XtAddCallback(f.widget, XmNvalueChangedCallback, cell_changed_cb, grid);
+      XtAddCallback(f.widget, XmNvalueChangedCallback, yyGridWidgetCellChangedCBX, grid);
     }
     if (c.cellType == grid_type::kCombo) {
-      if (XmIsComboBox(f.widget)) XtAddCallback(f.widget, XmNselectionCallback, cell_changed_cb, grid);
+      if (XmIsComboBox(f.widget)) XtAddCallback(f.widget, XmNselectionCallback, yyGridWidgetCellChangedCBX, grid);
       else if (XtHasCallbacks(f.widget, XmNvalueChangedCallback) != XtCallbackNoList)
-        XtAddCallback(f.widget, XmNvalueChangedCallback, cell_changed_cb, grid);
+        XtAddCallback(f.widget, XmNvalueChangedCallback, yyGridWidgetCellChangedCBX, grid);
     }
     XtOverrideTranslations(w, tables().arrows);
     XtOverrideTranslations(w, tables().paging);
@@ -514,10 +514,20 @@ void create_rows(Widget grid) {
                     static_cast<Dimension>(std::max(1, total_width(s) + 10)), static_cast<Dimension>(g.rowHeight), 0);
   if (partial) XtManageChild(s.partRow);
   else XtUnmanageChild(s.partRow);
-  for (int c = 0; c < s.model.columnCount(); ++c) create_column(grid, c);
+  for (int c = 0; c < s.model.columnCount(); ++c) yyGridWidgetCreateColumn(grid, c);
   s.builtRows = g.nrowVis;
   s.builtColumns = s.model.columnCount();
   yyGridWidgetUpdateViewportData(grid, false);
+}
+
+// 1 builds the rows of the viewport, -1 destroys them; -2 only forgets them,
+// for a widget tree that Xt is taking down itself.
+void yyGridWidgetRowCreateDestroy(Widget grid, int mode) {
+  GridState& s = st(grid);
+  if (mode == 1) return create_rows(grid);
+  if (mode == -1) return destroy_rows(grid);
+  for (GridColumnWidgets& v : s.views) v.cells.clear();
+  s.rowLabelWidgets.clear();
 }
 
 // ---- Scrolling and the current cell ----------------------------------------------
@@ -531,7 +541,7 @@ void set_bar(Widget bar, int minimum, int maximum, int value, int slider, int in
 // The cell widget that takes the keyboard for a cell: the text of text kinds.
 Widget focus_widget(const FieldRecord& f) { return value_widget(f); }
 
-void select_cell(Widget w, int cursor) {
+void yyGridSelectCell(Widget w, int cursor) {
   if (!w) return;
   XmProcessTraversal(w, XmTRAVERSE_CURRENT);
   if (XmIsText(w)) {
@@ -604,7 +614,7 @@ void scroll_columns(Widget grid, int value) {
   s.anchorRow = anchorRow;
 }
 
-void scroll_cb(Widget bar, XtPointer data, XtPointer call) {
+void yyGridWidgetScrollCB(Widget bar, XtPointer data, XtPointer call) {
   Widget grid = static_cast<Widget>(data);
   GridState& s = st(grid);
   auto* cbs = static_cast<XmScrollBarCallbackStruct*>(call);
@@ -662,7 +672,7 @@ int combo_option(const FieldRecord& f) {
   return std::max(1, f.itemSelect);
 }
 
-void cell_changed_cb(Widget w, XtPointer data, XtPointer) {
+void yyGridWidgetCellChangedCBX(Widget w, XtPointer data, XtPointer) {
   Widget grid = static_cast<Widget>(data);
   GridPart& g = part(grid);
   GridState& s = *g.st;
@@ -838,7 +848,7 @@ void context_click(Widget grid, Widget w, XEvent* ev) {
             static_cast<int>(ev->xbutton.time));
 }
 
-void key_trans(Widget w, XEvent* ev, String* params, Cardinal* count) {
+void yyGridWidgetKeyTrans(Widget w, XEvent* ev, String* params, Cardinal* count) {
   Widget grid = grid_of(w);
   if (!grid || !count || *count < 1) return;
   GridPart& g = part(grid);
@@ -902,7 +912,7 @@ void key_trans(Widget w, XEvent* ev, String* params, Cardinal* count) {
   }
 }
 
-void button_push_cb(Widget w, XtPointer data, XtPointer call) {
+void yyGridWidgetButtonPushCB(Widget w, XtPointer data, XtPointer call) {
   Widget grid = static_cast<Widget>(data);
   GridPart& g = part(grid);
   GridState& s = *g.st;
@@ -927,9 +937,11 @@ void button_push_cb(Widget w, XtPointer data, XtPointer call) {
     }
 }
 
-void viewport_resize_cb(Widget, XtPointer data, XtPointer) {
+// The viewport's size changed: the lines between cells are the background
+// showing through, so only the layout and the rows that fit are redone.
+void yyGridWidgetCellDrawCB(Widget, XtPointer data, XtPointer) {
   Widget grid = static_cast<Widget>(data);
-  main_position_resize(grid);
+  yyGridWidgetMainPositionResize(grid);
   yyGridWidgetReCreateViewport(grid);
   yyGridWidgetScrollBarUpdate(grid);
 }
@@ -942,7 +954,7 @@ Widget plain_area(const char* name, Widget parent, Pixel background) {
                                  nullptr);
 }
 
-void Initialize(Widget, Widget neww, ArgList, Cardinal*) {
+void yyGridWidgetInitialize(Widget, Widget neww, ArgList, Cardinal*) {
   GridPart& g = part(neww);
   register_class_actions(XtWidgetToApplicationContext(neww));
   g.st = new GridState;  // Xt owns the instance record; Destroy deletes this
@@ -975,14 +987,14 @@ void Initialize(Widget, Widget neww, ArgList, Cardinal*) {
                                   k == 0 ? XmHORIZONTAL : XmVERTICAL, XmNincrement, 1, XmNminimum, 0, XmNmaximum, 10,
                                   XmNsliderSize, 1, XmNpageIncrement, 10, XmNtraversalOn, False,
                                   XmNhighlightThickness, 0, nullptr);
-    XtAddCallback(bar, XmNvalueChangedCallback, scroll_cb, neww);
-    XtAddCallback(bar, XmNdragCallback, scroll_cb, neww);
+    XtAddCallback(bar, XmNvalueChangedCallback, yyGridWidgetScrollCB, neww);
+    XtAddCallback(bar, XmNdragCallback, yyGridWidgetScrollCB, neww);
     (k == 0 ? s.scrollBarH : s.scrollBarV) = bar;
   }
   if (g.scrollBarH) XtManageChild(s.scrollBarH);
   if (g.scrollBarV) XtManageChild(s.scrollBarV);
   s.viewport = plain_area("GridViewport", s.window, scheme(kSchemeDialog));
-  XtAddCallback(s.viewport, XmNresizeCallback, viewport_resize_cb, neww);
+  XtAddCallback(s.viewport, XmNresizeCallback, yyGridWidgetCellDrawCB, neww);
   XmScrolledWindowSetAreas(s.window, g.scrollBarH ? s.scrollBarH : nullptr, g.scrollBarV ? s.scrollBarV : nullptr,
                            s.viewport);
   s.clipWin = plain_area("GridClipWin", s.viewport, lines);
@@ -1006,7 +1018,7 @@ void Initialize(Widget, Widget neww, ArgList, Cardinal*) {
   yyGridModelResize(m, g.nrow);
 }
 
-void Destroy(Widget w) {
+void yyGridWidgetDestroy(Widget w) {
   GridPart& g = part(w);
   if (g.st->focusShell && !g.st->focusShell->core.being_destroyed)
     XmeRemoveFocusChangeCallback(g.st->focusShell, focus_moved_cb, w);
@@ -1040,7 +1052,7 @@ WidgetClass make_class() {
   core.superclass = reinterpret_cast<WidgetClass>(&xmDrawingAreaClassRec);
   core.class_name = S("Grid");
   core.widget_size = sizeof(GridRec);
-  core.initialize = Initialize;
+  core.initialize = yyGridWidgetInitialize;
   core.realize = XtInheritRealize;
   core.resources = resources;
   core.num_resources = XtNumber(resources);
@@ -1048,7 +1060,7 @@ WidgetClass make_class() {
   core.compress_motion = True;
   core.compress_exposure = XtExposeCompressMaximal;
   core.compress_enterleave = True;
-  core.destroy = Destroy;
+  core.destroy = yyGridWidgetDestroy;
   core.resize = Resize;
   core.expose = XtInheritExpose;
   core.accept_focus = nullptr;
@@ -1076,7 +1088,11 @@ void yyGridReportClip(Widget grid, int c1, int r1, int c2, int r2) {
   GridPart& g = part(grid);
   int rect[4] = {c1, r1, c2, r2};
   if (g.reportClipCallback) XtCallCallbackList(grid, g.reportClipCallback, rect);
-  if (g.st->fieldStyle & field_style::kGridReportClipboard) send_field_changed(grid, 1, cell_code(c2, r2), cell_code(c1, r1));
+}
+
+void yyGridReportClipCB(Widget grid, XtPointer, XtPointer call) {
+  const int* rect = static_cast<const int*>(call);
+  if (rect) send_field_changed(grid, 1, cell_code(rect[2], rect[3]), cell_code(rect[0], rect[1]));
 }
 
 Widget yyGridOfField(const FieldRecord& f) {
@@ -1100,18 +1116,18 @@ void yyGridWidgetReCreateViewport(Widget grid) {
   visible = std::min(visible, s.model.rows);
   full = std::min(full, s.model.rows);
   if (!s.forceRebuild && visible == s.builtRows && full == s.fullRows && s.model.columnCount() == s.builtColumns) return;
-  destroy_rows(grid);
+  yyGridWidgetRowCreateDestroy(grid, -1);
   g.nrowVis = visible;
   s.fullRows = full;
   s.forceRebuild = false;
   // The first row may have to come back so the rows below fill the view.
   s.firstRow = std::clamp(s.firstRow, 0, std::max(0, s.model.rows - std::max(1, full)));
-  create_rows(grid);
+  yyGridWidgetRowCreateDestroy(grid, 1);
 }
 
 void yyGridWidgetCreateViewportX(Widget grid) {
   st(grid).forceRebuild = true;
-  main_position_resize(grid);
+  yyGridWidgetMainPositionResize(grid);
   yyGridWidgetReCreateViewport(grid);
   yyGridWidgetScrollBarUpdate(grid);
 }
@@ -1225,7 +1241,7 @@ void yyGridWidgetSetCellFocusX(Widget grid, int column, int row, int cursor) {
   if (column < 0 || row < 0) {
     if (s.model.inside(g.icol, g.irow)) {
       yyGridWidgetScrollToCell(grid, g.icol, g.irow);
-      select_cell(cell_widget_for(grid, g.icol, g.irow), cursor);
+      yyGridSelectCell(cell_widget_for(grid, g.icol, g.irow), cursor);
     }
     return;
   }
@@ -1244,7 +1260,7 @@ void yyGridWidgetSetCellFocusX(Widget grid, int column, int row, int cursor) {
   yyGridWidgetScrollToCell(grid, column, row);
   Widget w = cell_widget_for(grid, column, row);
   if (w) g.currentCellWidget = w;
-  select_cell(w, cursor);
+  yyGridSelectCell(w, cursor);
 }
 
 bool yyGridWidgetMoveCurrentCellX(Widget grid, int direction) {
@@ -1373,7 +1389,7 @@ void yyGridWidgetSetColumnLabelX(Widget grid, int column, std::string_view text)
   if (!v.labelWidget) {
     v.labelWidget = label_button(s.colLabelBar, "GridColumnLabel", grid);
     XtManageChild(v.labelWidget);
-    main_position_resize(grid);
+    yyGridWidgetMainPositionResize(grid);
   }
   yyDialogSetLabel(v.labelWidget, text);
 }
@@ -1543,6 +1559,7 @@ void yyDialogGrid(DialogRecord& d, FieldRecord& f) {
   add(XmNmarginWidth, 0);
   add(XmNmarginHeight, 0);
   Widget grid = XtCreateManagedWidget("Grid", gridWidgetClass, f.widget, a, n);
+  if (f.style & kGridReportClipboard) XtAddCallback(grid, grid_resource::kReportClipCallback, yyGridReportClipCB, nullptr);
   f.valueWidget = grid;
   GridState& s = st(grid);
   s.dialogIndex = yyDialogIndexOf(d);
@@ -1593,7 +1610,7 @@ bool yyGridWidgetSetColumnsX(Widget grid, int count, const std::vector<int>& tem
                              const std::vector<int>& widths) {
   GridPart& g = part(grid);
   GridState& s = *g.st;
-  destroy_rows(grid);
+  yyGridWidgetRowCreateDestroy(grid, -1);
   for (GridColumnWidgets& v : s.views)
     if (v.labelWidget) XtDestroyWidget(v.labelWidget);
   const int rows = s.model.rows;
@@ -1630,4 +1647,19 @@ bool yyGridWidgetSetColumnsX(Widget grid, int count, const std::vector<int>& tem
   for (int r = 0; r < rows && r < static_cast<int>(labels.size()); ++r) yyGridWidgetSetRowLabelDataX(grid, r, labels[at(r)]);
   yyGridWidgetCreateViewportX(grid);
   return true;
+}
+
+Widget yyGridGetEditCell(Widget grid) {
+  GridPart& g = part(grid);
+  Widget w = cell_widget_for(grid, g.icol, g.irow);
+  return w && XmIsText(w) ? w : nullptr;
+}
+
+void yyGridWidgetGetSingleCellDataX(Widget grid, int column, int row, bool wantNumber, std::string& text,
+                                    double& number, bool& defined) {
+  const GridColumn& c = st(grid).model.columns[at(column)];
+  text = yyGridModelText(c, row);
+  number = 0.0;
+  defined = (c.cellFlags[at(row)] & grid_cell::kHasValue) != 0;
+  if (wantNumber || c.cellType != grid_type::kString) yyGridModelNumber(c, row, number, defined);
 }

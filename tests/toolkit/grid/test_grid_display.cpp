@@ -298,7 +298,15 @@ TEST_F(GridTest, PasteOfABigBlockStopsAtTheGridsEdge) {
   int e = 0;
   yygridsetcell_(kSmall, 0, 1, e);
   settle();
-  xdotool("key ctrl+v");
+  // The small grid reports what a paste wrote: its last cell, then its first.
+  WMessageEnable(FieldChanged, 1);
+  MessageRecord m;
+  ASSERT_TRUE(message_after("key ctrl+v", FieldChanged, m));
+  EXPECT_EQ(m.Value1, kSmall);
+  EXPECT_EQ(m.Value3, 1);
+  EXPECT_EQ(m.X, (2 * 262144) | 3);
+  EXPECT_EQ(m.Y, 262144 | 2);
+  settle();
   EXPECT_EQ(info(kSmall, 3), 3);
   EXPECT_EQ(cell(kSmall, 1, 1), "");
   EXPECT_EQ(cell(kSmall, 1, 2), "0");
