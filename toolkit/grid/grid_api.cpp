@@ -311,7 +311,7 @@ void yygridcolourlines_(int fieldid, int red, int green, int blue, int& error) {
   GridState& s = *yyGridPart(grid).st;
   s.lineColour = (red & 0xFF) | ((green & 0xFF) << 8) | ((blue & 0xFF) << 16);
   const Pixel p = yyAllocPixel(red & 0xFF, green & 0xFF, blue & 0xFF);
-  for (Widget w : {s.clipWin, s.slideH, s.slideV, s.colLabelBar, s.rowLabelBar, s.partRow})
+  for (Widget w : {s.slideV, s.partRow})
     if (w) XtVaSetValues(w, XtNbackground, p, nullptr);
 }
 

@@ -366,8 +366,8 @@ void yyGridWidgetMainPositionResize(Widget grid) {
                     static_cast<Dimension>(std::max(1, vh)), 0);
   XtConfigureWidget(s.slideH, static_cast<Position>(slide_x(grid)), 0, static_cast<Dimension>(std::max(1, total)),
                     static_cast<Dimension>(std::max(1, vh)), 0);
-  XtConfigureWidget(s.slideV, 0, static_cast<Position>(top), static_cast<Dimension>(std::max(1, total)),
-                    static_cast<Dimension>(std::max(1, vh - top)), 0);
+  XtConfigureWidget(s.slideV, 0, static_cast<Position>(top), static_cast<Dimension>(std::max(1, total_width(s))),
+                    static_cast<Dimension>(std::max(1, g.rowHeight * std::max(1, g.nrowVis))), 0);
   XtConfigureWidget(s.colLabelBar, 0, 0, static_cast<Dimension>(std::max(1, total)),
                     static_cast<Dimension>(g.rowHeight), 0);
   XtConfigureWidget(s.rowLabelBar, 0, static_cast<Position>(top), static_cast<Dimension>(std::max(1, g.rowWidth)),
@@ -483,6 +483,7 @@ void yyGridWidgetCreateColumn(Widget grid, int column) {
       XtAddCallback(f.widget, XmNvalueChangedCallback, yyGridWidgetCellChangedCBX, grid);
     }
     if (c.cellType == grid_type::kCombo) {
+      // A combo sizes itself for a dialog's line: here it takes the row.
       if (XmIsComboBox(f.widget)) XtAddCallback(f.widget, XmNselectionCallback, yyGridWidgetCellChangedCBX, grid);
       else if (XtHasCallbacks(f.widget, XmNvalueChangedCallback) != XtCallbackNoList)
         XtAddCallback(f.widget, XmNvalueChangedCallback, yyGridWidgetCellChangedCBX, grid);
@@ -493,6 +494,13 @@ void yyGridWidgetCreateColumn(Widget grid, int column) {
     if (g.wantReturn) XtOverrideTranslations(w, tables().ret);
     if (g.wantTab) XtOverrideTranslations(w, tables().tab);
     XtManageChild(f.outerWidget ? f.outerWidget : f.widget);
+    if (c.cellType == grid_type::kCombo) {
+      // A combo lays its parts out only when its size changes: it is given
+      // one size and then the row's.
+      XtConfigureWidget(f.widget, static_cast<Position>(f.x), static_cast<Position>(f.y), static_cast<Dimension>(f.width),
+                        static_cast<Dimension>(f.height + 1), 0);
+      XtResizeWidget(f.widget, static_cast<Dimension>(f.width), static_cast<Dimension>(f.height), 0);
+    }
   }
 }
 
@@ -515,6 +523,8 @@ void create_rows(Widget grid) {
   if (partial) XtManageChild(s.partRow);
   else XtUnmanageChild(s.partRow);
   for (int c = 0; c < s.model.columnCount(); ++c) yyGridWidgetCreateColumn(grid, c);
+  XtResizeWidget(s.slideV, static_cast<Dimension>(std::max(1, total_width(s))),
+                 static_cast<Dimension>(std::max(1, g.rowHeight * std::max(1, g.nrowVis))), 0);
   s.builtRows = g.nrowVis;
   s.builtColumns = s.model.columnCount();
   yyGridWidgetUpdateViewportData(grid, false);
@@ -997,11 +1007,13 @@ void yyGridWidgetInitialize(Widget, Widget neww, ArgList, Cardinal*) {
   XtAddCallback(s.viewport, XmNresizeCallback, yyGridWidgetCellDrawCB, neww);
   XmScrolledWindowSetAreas(s.window, g.scrollBarH ? s.scrollBarH : nullptr, g.scrollBarV ? s.scrollBarV : nullptr,
                            s.viewport);
-  s.clipWin = plain_area("GridClipWin", s.viewport, lines);
-  s.slideH = plain_area("GridScrollH", s.clipWin, lines);
+  // The lines between cells are the cells' parent showing through; around
+  // the cells the dialog's colour.
+  s.clipWin = plain_area("GridClipWin", s.viewport, scheme(kSchemeDialog));
+  s.slideH = plain_area("GridScrollH", s.clipWin, scheme(kSchemeDialog));
   s.slideV = plain_area("GridScrollV", s.slideH, lines);
-  s.colLabelBar = plain_area("GridLabel", s.slideH, lines);
-  s.rowLabelBar = plain_area("GridLabel", s.viewport, lines);
+  s.colLabelBar = plain_area("GridLabel", s.slideH, scheme(kSchemeDialog));
+  s.rowLabelBar = plain_area("GridLabel", s.viewport, scheme(kSchemeDialog));
   s.partRow = XtVaCreateWidget("GridPart", xmDrawingAreaWidgetClass, s.slideV, XmNmarginWidth, 0, XmNmarginHeight, 0,
                                XmNresizePolicy, XmRESIZE_NONE, XtNbackground, lines, XtNborderWidth, 0, nullptr);
   s.selectAll = label_button(s.viewport, "ButSelectAll", neww);

@@ -506,6 +506,24 @@ TEST_F(GridTest, ColumnsCanBeTakenAgainFromTheTemplate) {
   EXPECT_EQ(shown(yyGridCellWidget(g, 0, 0)), "note");
 }
 
+TEST_F(GridTest, EveryCellTypeOnTheScratchForm) {
+  open(kScratch);
+  WGridPutCellInteger(kTyped, kCount, 1, 7);
+  WGridPutCellReal(kTyped, kAngle, 1, 90.0f);
+  WGridPutCellDouble(kTyped, 3, 1, 1.0 / 3.0);
+  int e = 0;
+  yygridputcellcheckbox_(kTyped, kActive - 1, 0, 1, e);
+  yygridputcelloption_(kTyped, kKind - 1, 0, 2, e);
+  WGridPutCellString(kTyped, kNote, 1, "first");
+  WGridLabelRow(kTyped, 1, "one");
+  yygridsetselection_(kTyped, 0, 2, 2, 3, e);
+  settle();
+  EXPECT_EQ(e, 0);
+  if (const char* path = std::getenv("GRID_SCREENSHOT_SCRATCH")) {
+    EXPECT_EQ(std::system(("import -window root " + std::string(path)).c_str()), 0);
+  }
+}
+
 TEST_F(GridTest, FiveRowsOnTheMainForm) {
   open(kMainForm);
   WGridRows(kTwin, 5);
