@@ -90,7 +90,6 @@ struct GridPart {
   int templateIdent, xftFont;
   Boolean rowWrap, wantReturn, wantTab, readOnly, readOnlyColour, integerRows;
   XtCallbackList reportClipCallback;
-  GC lineGC, selectGC;
   GridState* st;
 };
 
@@ -106,6 +105,9 @@ void yyDialogGrid(DialogRecord& d, FieldRecord& f);
 
 // Storage and rows.
 void yyGridWidgetSetNRowX(Widget grid, int rows);
+// A cell written as the program writes it (`number` 0: a numeric column
+// parses the text); a shown cell's defined flag follows the stored bits, so
+// clearDefined asks nothing more.
 void yyGridWidgetSetSingleCellDataX(double number, Widget grid, int column, int row, std::string_view text,
                                     std::string_view format, bool clearDefined);
 void yyGridWidgetSetRowLabelDataX(Widget grid, int row, std::string_view text);

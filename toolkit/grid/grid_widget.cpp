@@ -563,17 +563,17 @@ void yyGridSelectCell(Widget w, int cursor) {
   }
 }
 
-bool in_viewport(Widget grid, int column, int row) {
+// Whether a row has cell widgets now.
+bool in_viewport(Widget grid, int row) {
   GridPart& g = part(grid);
   GridState& s = *g.st;
-  (void)column;
   return row >= s.firstRow && row < s.firstRow + g.nrowVis && row < s.model.rows;
 }
 
 Widget cell_widget_for(Widget grid, int column, int row) {
   GridPart& g = part(grid);
   GridState& s = *g.st;
-  if (!in_viewport(grid, column, row) || column < 0 || column >= static_cast<int>(s.views.size())) return nullptr;
+  if (!in_viewport(grid, row) || column < 0 || column >= static_cast<int>(s.views.size())) return nullptr;
   const int vr = row - s.firstRow;
   if (vr >= static_cast<int>(s.views[at(column)].cells.size())) return nullptr;
   return focus_widget(s.views[at(column)].cells[at(vr)]);
@@ -976,15 +976,6 @@ void yyGridWidgetInitialize(Widget, Widget neww, ArgList, Cardinal*) {
   g.icolOld = g.irowOld = -1;
   g.nrowVis = 0;
   g.currentCellWidget = nullptr;
-  Display* dpy = XtDisplay(neww);
-  XGCValues v{};
-  v.foreground = neww->core.background_pixel;
-  g.lineGC = XtGetGC(neww, GCForeground, &v);
-  v.function = GXxor;
-  v.subwindow_mode = IncludeInferiors;
-  v.foreground = WhitePixelOfScreen(XtScreen(neww)) ? WhitePixelOfScreen(XtScreen(neww)) : BlackPixelOfScreen(XtScreen(neww));
-  g.selectGC = XtGetGC(neww, GCFunction | GCSubwindowMode | GCForeground, &v);
-  (void)dpy;
   const Pixel lines = yyAllocPixel(s.lineColour & 0xFF, (s.lineColour >> 8) & 0xFF, (s.lineColour >> 16) & 0xFF);
   s.window = XtVaCreateManagedWidget("GridWindow", xmScrolledWindowWidgetClass, neww, XmNscrollingPolicy,
                                      XmAPPLICATION_DEFINED, XmNvisualPolicy, XmVARIABLE, XmNscrollBarDisplayPolicy,
@@ -1034,8 +1025,6 @@ void yyGridWidgetDestroy(Widget w) {
   GridPart& g = part(w);
   if (g.st->focusShell && !g.st->focusShell->core.being_destroyed)
     XmeRemoveFocusChangeCallback(g.st->focusShell, focus_moved_cb, w);
-  if (g.lineGC) XtReleaseGC(w, g.lineGC);
-  if (g.selectGC) XtReleaseGC(w, g.selectGC);
   // The cell widgets go with the tree; their records go here.
   delete g.st;
   g.st = nullptr;
@@ -1346,10 +1335,8 @@ void yyGridWidgetSetNRowX(Widget grid, int rows) {
 }
 
 void yyGridWidgetSetSingleCellDataX(double number, Widget grid, int column, int row, std::string_view text,
-                                    std::string_view format, bool clearDefined) {
-  GridPart& g = part(grid);
-  GridState& s = *g.st;
-  (void)clearDefined;
+                                    std::string_view format, bool) {
+  GridState& s = st(grid);
   GridColumn& c = s.model.columns[at(column)];
   yyGridModelStore(c, row, text, number);
   if (grid_type::numeric(c.cellType) && c.cellType != grid_type::kInteger && !format.empty() &&
@@ -1359,18 +1346,17 @@ void yyGridWidgetSetSingleCellDataX(double number, Widget grid, int column, int 
     yyGridWidgetUpdateViewportData(grid, true);
     return;
   }
-  if (in_viewport(grid, column, row) && !s.redrawOff) {
+  if (in_viewport(grid, row) && !s.redrawOff) {
     s.refreshing = true;
     show_cell(grid, column, row - s.firstRow, row);
     s.refreshing = false;
   }
-  (void)g;
 }
 
 void yyGridWidgetClearCellX(Widget grid, int column, int row) {
   GridState& s = st(grid);
   yyGridModelClear(s.model.columns[at(column)], row);
-  if (in_viewport(grid, column, row) && !s.redrawOff) {
+  if (in_viewport(grid, row) && !s.redrawOff) {
     s.refreshing = true;
     show_cell(grid, column, row - s.firstRow, row);
     s.refreshing = false;
@@ -1411,7 +1397,7 @@ void yyGridWidgetSetCellStateX(Widget grid, int column, int row, int state) {
   std::uint32_t& flag = s.model.columns[at(column)].cellFlags[at(row)];
   if (state == 1) flag &= ~grid_cell::kReadOnly;
   else flag |= grid_cell::kReadOnly;
-  if (in_viewport(grid, column, row)) {
+  if (in_viewport(grid, row)) {
     s.refreshing = true;
     show_cell(grid, column, row - s.firstRow, row);
     s.refreshing = false;
@@ -1611,7 +1597,7 @@ void yyGridWidgetSetNumberX(Widget grid, int column, int row, double number, std
     yyGridWidgetUpdateViewportData(grid, true);
     return;
   }
-  if (in_viewport(grid, column, row) && !s.redrawOff) {
+  if (in_viewport(grid, row) && !s.redrawOff) {
     s.refreshing = true;
     show_cell(grid, column, row - s.firstRow, row);
     s.refreshing = false;
