@@ -1036,6 +1036,28 @@ void Resize(Widget w) {
                                   std::max<Dimension>(1, w->core.height), 0);
 }
 
+// Resources changed by the program: read-only reaches the cells shown, a
+// cell widget named current makes its cell current, labels relayout.
+Boolean yyGridWidgetSetValues(Widget old, Widget, Widget neww, ArgList, Cardinal*) {
+  GridPart& was = part(old);
+  GridPart& g = part(neww);
+  GridState& s = *g.st;
+  if (g.readOnly != was.readOnly) yyGridWidgetUpdateViewportData(neww, true);
+  if (g.colLabel != was.colLabel || g.rowLabel != was.rowLabel) {
+    s.forceRebuild = true;
+    yyGridWidgetMainPositionResize(neww);
+    yyGridWidgetReCreateViewport(neww);
+    yyGridWidgetScrollBarUpdate(neww);
+  }
+  if (g.currentCellWidget != was.currentCellWidget && g.currentCellWidget) {
+    int column = 0, vrow = 0;
+    Widget w = g.currentCellWidget;
+    g.currentCellWidget = was.currentCellWidget;
+    if (cell_of(neww, w, column, vrow)) yyGridWidgetSetCellFocusX(neww, column, s.firstRow + vrow, -1);
+  }
+  return False;
+}
+
 XtGeometryResult GeometryManager(Widget, XtWidgetGeometry* request, XtWidgetGeometry* reply) {
   // The grid places its children itself; what they ask for they get.
   if (reply) *reply = *request;
@@ -1064,6 +1086,7 @@ WidgetClass make_class() {
   core.destroy = yyGridWidgetDestroy;
   core.resize = Resize;
   core.expose = XtInheritExpose;
+  core.set_values = yyGridWidgetSetValues;
   core.accept_focus = nullptr;
   core.version = XtVersion;
   core.tm_table = XtInheritTranslations;

@@ -506,6 +506,19 @@ TEST_F(GridTest, ColumnsCanBeTakenAgainFromTheTemplate) {
   EXPECT_EQ(shown(yyGridCellWidget(g, 0, 0)), "note");
 }
 
+TEST_F(GridTest, ResourcesSetByTheProgramReachTheCells) {
+  open(kScratch);
+  Widget g = grid(kTyped);
+  XtVaSetValues(g, grid_resource::kReadOnly, True, nullptr);
+  EXPECT_FALSE(XmTextGetEditable(yyGridCellWidget(g, kNote - 1, 0)));
+  XtVaSetValues(g, grid_resource::kReadOnly, False, nullptr);
+  EXPECT_TRUE(XmTextGetEditable(yyGridCellWidget(g, kNote - 1, 0)));
+  XtVaSetValues(g, "currentCellWidget", yyGridCellWidget(g, kAngle - 1, 2), nullptr);
+  settle();
+  EXPECT_EQ(info(kTyped, 4), kAngle);
+  EXPECT_EQ(info(kTyped, 5), 3);
+}
+
 TEST_F(GridTest, EveryCellTypeOnTheScratchForm) {
   open(kScratch);
   WGridPutCellInteger(kTyped, kCount, 1, 7);
