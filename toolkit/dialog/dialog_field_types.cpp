@@ -23,6 +23,7 @@
 #include "toolkit/dialog/dialog_fields_private.h"
 #include "toolkit/dialog/spin_private.h"
 #include "toolkit/dialog/combo_private.h"
+#include "toolkit/dialog/grid_attach.h"
 #include "toolkit/kernel/display_private.h"
 #include "toolkit/base/format.h"
 
@@ -497,53 +498,13 @@ void scale_create(DialogRecord& d, FieldRecord& f, bool progress) {
   if (!progress) XtAddCallback(f.widget, XmNvalueChangedCallback, yyDialogFieldChangedStateCB, nullptr);
 }
 
-// The grid's simple form: its column titles from the template dialog, its row
-// labels, and one editable cell per visible row.
+// A grid field is the grid layer's to build; without it, an empty frame.
+GridFieldHooks gridHooks;
+
 void create_grid(DialogRecord& d, FieldRecord& f) {
+  if (gridHooks.create) return gridHooks.create(d, f);
   f.capabilities = field_capability::kGrid;
   f.widget = border_widget(d.widget, f);
-  XtVaSetValues(f.widget, XmNshadowThickness, 1, XmNshadowType, XmSHADOW_IN, nullptr);
-  Widget area = XtVaCreateManagedWidget("Grid", xmDrawingAreaWidgetClass, f.widget, XtNbackground, yyDialogScheme(15),
-                                        XmNmarginWidth, 0, XmNmarginHeight, 0, XmNresizePolicy, XmRESIZE_NONE,
-                                        nullptr);
-  f.valueWidget = area;
-  int columns = -1, rows = -1, tmpl = -1, labelWidth = -1, bytes = 0;
-  yyrcfieldgridcheck(d.resourceId, f.identifier, columns, rows, tmpl, labelWidth, bytes);
-  if (columns <= 0 || rows <= 0) return;
-  std::vector<int> pos(static_cast<std::size_t>(rows));
-  std::vector<char> labels(static_cast<std::size_t>(std::max(bytes, 1)));
-  yyrcfieldgridload(d.resourceId, f.identifier, pos, labels);
-  RcDialog cells;
-  int status = 0;
-  if (tmpl > 0) yyrcdialogget(tmpl, cells, status);
-  const DialogFontMetrics& fm = yyDialogFontMetrics(d.fontIndex);
-  int lw = 0, rowh = 0, unused = 0;
-  yyDialogUnitsToPixels(fm, std::max(0, labelWidth), 0, lw, unused);
-  rowh = fm.charHeight + 6;
-  int x = lw;
-  XmRenderTable rt = yyDialogRenderTable(f.fontIndex);
-  auto label = [&](const char* name, std::string_view text, int lx, int ly, int w, int h, unsigned char align) {
-    Widget l = XtVaCreateManagedWidget(name, xmLabelWidgetClass, area, XtNx, lx, XtNy, ly, XtNwidth, std::max(1, w),
-                                       XtNheight, h, XmNrecomputeSize, False, XmNalignment, align, XtNbackground,
-                                       yyDialogScheme(17), XmNtraversalOn, False, XtNborderWidth, 0, nullptr);
-    if (rt) XtVaSetValues(l, XmNrenderTable, rt, nullptr);
-    yyDialogSetLabel(l, text);
-    f.parts.push_back(l);
-  };
-  const int areaw = f.width - 2;
-  label("Corner", "", 0, 0, lw, rowh, XmALIGNMENT_CENTER);
-  for (int c = 0; c < columns && status == 0 && c < static_cast<int>(cells.fields.size()); ++c) {
-    int cw = 0;
-    yyDialogUnitsToPixels(fm, cells.fields[static_cast<std::size_t>(c)].width, 0, cw, unused);
-    label("ColumnLabel", cells.fields[static_cast<std::size_t>(c)].text, x + 1, 0, std::min(cw, areaw - x - 1), rowh,
-          XmALIGNMENT_CENTER);
-    x += cw + 1;
-  }
-  for (int r = 0; (r + 1) * (rowh + 1) < f.height && r < rows; ++r) {
-    const int p = pos[static_cast<std::size_t>(r)];
-    label("RowLabel", p >= 0 ? &labels[static_cast<std::size_t>(p)] : "", 0, (r + 1) * (rowh + 1), lw, rowh,
-          XmALIGNMENT_BEGINNING);
-  }
 }
 
 void treeview_create(DialogRecord& d, FieldRecord& f) {
@@ -562,6 +523,8 @@ void yyDialogString(DialogRecord& d, FieldRecord& f) { create_text(d, f); }
 void yyDialogInteger(DialogRecord& d, FieldRecord& f) { create_text(d, f); }
 void yyDialogReal(DialogRecord& d, FieldRecord& f) { create_text(d, f); }
 void yyDialogDouble(DialogRecord& d, FieldRecord& f) { create_text(d, f); }
+
+void yyAttachGridField(const GridFieldHooks& hooks) { gridHooks = hooks; }
 
 namespace {
 

@@ -1,0 +1,15 @@
+// Where the grid, a layer above the dialog engine, joins it. The program
+// attaches it once before the first window opens (yyGridAttach in the grid
+// does that); until then a grid field is an empty frame.
+#pragma once
+
+struct DialogRecord;
+struct FieldRecord;
+
+struct GridFieldHooks {
+  // Builds the widgets of a grid field: f.widget the outer one, like any
+  // other type's creation routine.
+  void (*create)(DialogRecord& d, FieldRecord& f) = nullptr;
+};
+
+void yyAttachGridField(const GridFieldHooks& hooks);

@@ -1,0 +1,154 @@
+// Cut, copy, paste and delete of a grid's cells through the text clipboard.
+#include <Xm/CutPaste.h>
+#include <Xm/Xm.h>
+
+#include <algorithm>
+#include <string>
+
+#include "toolkit/grid/grid_private.h"
+
+namespace {
+
+constexpr const char* kFormat = "STRING";
+constexpr const char* kItemLabel = "ZelvGrid";
+// A clipboard held by another client is asked again this many times.
+constexpr int kLockedRetries = 100;
+
+template <typename Call>
+int retry(Call call) {
+  int status = ClipboardLocked;
+  for (int k = 0; k < kLockedRetries && status == ClipboardLocked; ++k) status = call();
+  return status;
+}
+
+Window window_of(Widget w) {
+  while (w && !XtIsRealized(w)) w = XtParent(w);
+  return w ? XtWindow(w) : None;
+}
+
+Time event_time(Widget w) { return XtLastTimestampProcessed(XtDisplay(w)); }
+
+std::size_t at(int i) { return static_cast<std::size_t>(i); }
+
+}  // namespace
+
+bool yyGridClipboardPut(Widget w, std::string_view text) {
+  Display* dpy = XtDisplay(w);
+  const Window win = window_of(w);
+  if (win == None) return false;
+  XmString label = XmStringCreateLocalized(const_cast<char*>(kItemLabel));
+  long item = 0;
+  int status = retry([&] { return XmClipboardStartCopy(dpy, win, label, event_time(w), w, nullptr, &item); });
+  XmStringFree(label);
+  if (status != ClipboardSuccess) return false;
+  std::string data(text);
+  status = retry([&] {
+    return XmClipboardCopy(dpy, win, item, const_cast<char*>(kFormat), data.data(),
+                           static_cast<unsigned long>(data.size()), 0, nullptr);
+  });
+  if (status != ClipboardSuccess) {
+    XmClipboardCancelCopy(dpy, win, item);
+    return false;
+  }
+  return retry([&] { return XmClipboardEndCopy(dpy, win, item); }) == ClipboardSuccess;
+}
+
+bool yyGridClipboardGet(Widget w, std::string& text) {
+  Display* dpy = XtDisplay(w);
+  const Window win = window_of(w);
+  text.clear();
+  if (win == None) return false;
+  unsigned long length = 0;
+  if (retry([&] { return XmClipboardInquireLength(dpy, win, const_cast<char*>(kFormat), &length); }) !=
+          ClipboardSuccess ||
+      length == 0)
+    return false;
+  std::string buffer(length, '\0');
+  unsigned long got = 0;
+  long id = 0;
+  if (retry([&] {
+        return XmClipboardRetrieve(dpy, win, const_cast<char*>(kFormat), buffer.data(), length, &got, &id);
+      }) != ClipboardSuccess)
+    return false;
+  buffer.resize(std::min(got, length));
+  text = std::move(buffer);
+  return true;
+}
+
+bool yyGridCanCut(Widget grid) {
+  GridPart& g = yyGridPart(grid);
+  const GridState& s = *g.st;
+  if (g.readOnly) return false;
+  if (!s.selectionOn) return s.model.inside(g.icol, g.irow) &&
+                              !(s.model.columns[at(g.icol)].cellFlags[at(g.irow)] & grid_cell::kReadOnly);
+  for (int c = s.selC1; c <= s.selC2; ++c)
+    for (int r = s.selR1; r <= s.selR2; ++r)
+      if (s.model.columns[at(c)].cellFlags[at(r)] & grid_cell::kReadOnly) return false;
+  return true;
+}
+
+bool yyGridCanPaste(Widget grid) {
+  GridPart& g = yyGridPart(grid);
+  const GridState& s = *g.st;
+  if (g.readOnly) return false;
+  std::string text;
+  if (!yyGridClipboardGet(grid, text) || text.empty()) return false;
+  int rows = 0, columns = 0;
+  yyGridClipCount(text, rows, columns);
+  const int c1 = s.selectionOn ? s.selC1 : g.icol, r1 = s.selectionOn ? s.selR1 : g.irow;
+  const int c2 = std::min(c1 + columns, s.model.columnCount()) - 1, r2 = std::min(r1 + rows, s.model.rows) - 1;
+  for (int c = c1; c <= c2; ++c)
+    for (int r = r1; r <= r2; ++r)
+      if (s.model.columns[at(c)].cellFlags[at(r)] & grid_cell::kReadOnly) return false;
+  return true;
+}
+
+bool yyGridWidgetSelCellCopyX(Widget grid) {
+  const GridState& s = *yyGridPart(grid).st;
+  if (!s.selectionOn) return false;
+  const std::string text = yyGridClipText(s.model, s.selC1, s.selR1, s.selC2, s.selR2);
+  if (!yyGridClipboardPut(grid, text)) {
+    // The grid stands below the message boxes: a bell tells the copy failed.
+    XBell(XtDisplay(grid), 0);
+    return false;
+  }
+  return true;
+}
+
+bool yyGridWidgetSelCellDelX(Widget grid, bool check) {
+  GridPart& g = yyGridPart(grid);
+  GridState& s = *g.st;
+  if (!s.selectionOn) return false;
+  if (check && !yyGridCanCut(grid)) return false;
+  const int c1 = s.selC1, r1 = s.selR1, c2 = s.selC2, r2 = s.selR2;
+  yyGridWidgetSelectX(grid, false, 0, 0, 0, 0);
+  s.redrawOff = true;
+  for (int c = c1; c <= c2; ++c)
+    for (int r = r1; r <= r2; ++r) yyGridWidgetClearCellX(grid, c, r);
+  s.redrawOff = false;
+  yyGridWidgetUpdateViewportData(grid, true);
+  s.model.modified = s.model.changed = true;
+  yyGridReportClip(grid, c1, r1, c2, r2);
+  return true;
+}
+
+bool yyGridWidgetSelCellCutX(Widget grid) {
+  if (!yyGridCanCut(grid)) return false;
+  if (!yyGridWidgetSelCellCopyX(grid)) return false;
+  return yyGridWidgetSelCellDelX(grid, false);
+}
+
+bool yyGridWidgetSelCellPasteX(Widget grid) {
+  GridPart& g = yyGridPart(grid);
+  GridState& s = *g.st;
+  if (g.readOnly) return false;
+  std::string text;
+  if (!yyGridClipboardGet(grid, text) || text.empty()) return false;
+  const int c1 = s.selectionOn ? s.selC1 : g.icol, r1 = s.selectionOn ? s.selR1 : g.irow;
+  if (s.selectionOn) yyGridWidgetSelectX(grid, false, 0, 0, 0, 0);
+  int lastC = c1, lastR = r1;
+  if (!yyGridModelPaste(s.model, c1, r1, text, lastC, lastR)) return false;
+  yyGridWidgetUpdateViewportData(grid, true);
+  yyGridReportClip(grid, c1, r1, lastC, lastR);
+  return true;
+}
