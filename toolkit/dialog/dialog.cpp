@@ -16,10 +16,12 @@
 
 #include "toolkit/kernel/resources.h"
 #include "toolkit/dialog/dialog_private.h"
+#include "toolkit/dialog/dialog_fields_private.h"
 #include "toolkit/dialog/field_styles.h"
 #include "toolkit/kernel/dialog_attach.h"
 #include "toolkit/kernel/display_private.h"
 #include "toolkit/kernel/message.h"
+#include "toolkit/kernel/message_private.h"
 #include "toolkit/kernel/window.h"
 #include "toolkit/kernel/window_private.h"
 #include "toolkit/base/error.h"
@@ -100,6 +102,15 @@ XmRenderTable make_table(int index) {
   return t;
 }
 
+// Metrics of a font index, from the rendered sample.
+DialogFontMetrics yyDialogPixelsPerChar(int index) {
+  if (!zelvy_x::state().bXft) return measure_core(zelvy_x::state().dialogFontStruct);
+  std::string family;
+  int size = 8;
+  font_of(index, family, size);
+  return measure_xft(family.c_str(), size);
+}
+
 void yyDialogFontInfo() {
   int count = 0;
   yyrcfontcount(count);
@@ -107,24 +118,21 @@ void yyDialogFontInfo() {
   ds.DlgFontInfo.clear();
   renderTables.clear();
   for (int i = 0; i <= std::max(0, count); ++i) {
-    std::string family;
-    int size = 8;
-    font_of(i, family, size);
-    ds.DlgFontInfo.push_back(zelvy_x::state().bXft ? measure_xft(family.c_str(), size)
-                                        : measure_core(zelvy_x::state().dialogFontStruct));
+    ds.DlgFontInfo.push_back(yyDialogPixelsPerChar(i));
     renderTables.tables.push_back(make_table(i));
   }
 }
 
 Widget default_parent() { return zelvy_x::state().rootWidget; }
 
-void wm_close_cb(Widget, XtPointer data, XtPointer) {
+// Closing the window is pressing button 2.
+void yyDialogWMCloseCB(Widget, XtPointer data, XtPointer) {
   const int idx = static_cast<int>(reinterpret_cast<std::intptr_t>(data));
   if (idx >= 0 && idx < kDialogs && ds.wDialogInfo[idx].identifier != -1)
     yyDialogButtonMessage(ds.wDialogInfo[idx], 2);
 }
 
-void free_record(DialogRecord& d) {
+void yyDialogFree(DialogRecord& d) {
   yyDialogForgetFields(d);
   for (FieldRecord& f : d.fields)
     if (f.image != 2 && xdisplay()) XFreePixmap(xdisplay(), f.image);
@@ -132,7 +140,7 @@ void free_record(DialogRecord& d) {
 }
 
 // A dialog whose widget goes with its window, without an unload, leaves the registry too.
-void destroy_cb(Widget w, XtPointer data, XtPointer) {
+void yyDialogDestroyCB(Widget w, XtPointer data, XtPointer) {
   const int idx = static_cast<int>(reinterpret_cast<std::intptr_t>(data));
   if (idx < 0 || idx >= kDialogs || ds.wDialogInfo[idx].widget != w) return;
   if (ds.iDlgCur == idx) {
@@ -140,7 +148,7 @@ void destroy_cb(Widget w, XtPointer data, XtPointer) {
     zelvy_data::data().icurdialog = 0;
   }
   if (ds.wDialogInfo[idx].shownMode == 3) yyMsgSemiModelessStack(-1, 2, idx);
-  free_record(ds.wDialogInfo[idx]);
+  yyDialogFree(ds.wDialogInfo[idx]);
 }
 
 bool yyDialogCreate(int idx, Widget parent, int kind) {
@@ -177,14 +185,23 @@ bool yyDialogCreate(int idx, Widget parent, int kind) {
   XtVaSetValues(d.widget, XmNuserData, reinterpret_cast<XtPointer>(static_cast<std::intptr_t>(idx + 1)), nullptr);
   if (d.shell) {
     Atom del = XmInternAtom(dpy, const_cast<char*>("WM_DELETE_WINDOW"), False);
-    XmAddWMProtocolCallback(d.shell, del, wm_close_cb, reinterpret_cast<XtPointer>(static_cast<std::intptr_t>(idx)));
+    XmAddWMProtocolCallback(d.shell, del, yyDialogWMCloseCB, reinterpret_cast<XtPointer>(static_cast<std::intptr_t>(idx)));
   }
   XtAddEventHandler(d.widget, KeyPressMask, False, yyDialogEscapeEH, nullptr);
-  XtAddCallback(d.widget, XtNdestroyCallback, destroy_cb, reinterpret_cast<XtPointer>(static_cast<std::intptr_t>(idx)));
+  XtAddCallback(d.widget, XtNdestroyCallback, yyDialogDestroyCB, reinterpret_cast<XtPointer>(static_cast<std::intptr_t>(idx)));
   d.focusShell = d.widget;
   while (d.focusShell && !XtIsVendorShell(d.focusShell)) d.focusShell = XtParent(d.focusShell);
   if (d.focusShell) XmeAddFocusChangeCallback(d.focusShell, yyDialogFocusMovedCB, nullptr);
+  // Whoever sizes a resizable dialog (its shell, the window carrying it, the
+  // program) configures its widget; the fields follow from that event.
+  if (d.anchorFieldId != 0) XtAddEventHandler(d.widget, StructureNotifyMask, False, yyDialogConfigureEH, nullptr);
   yyDialogFieldCreate(d);
+  // The gaps to the edges as the fields came out (lines and closed combos
+  // take their own height), so that an unchanged size moves nothing.
+  for (FieldRecord& f : d.fields) {
+    f.rightGap = d.width - f.x - f.width;
+    f.bottomGap = d.height - f.y - f.height;
+  }
   return true;
 }
 
@@ -214,14 +231,25 @@ void yyDialogAllocLoad(int idx, int resid, const RcDialog& rc) {
     f.extraFlags = r.extra;
     f.text = r.text;
     f.allowClear = ds.bRangeClear;
-    int font = d.fontIndex;
-    if (zelvy_x::state().bXft) yyrcfieldfont(resid, r.id, font);
-    f.fontIndex = (font >= 0 && font < static_cast<int>(ds.DlgFontInfo.size())) ? font : 0;
+    f.fontIndex = yyDialogFontCreate(d, f);
     const DialogFontMetrics& m = yyDialogFontMetrics(d.fontIndex);
     yyDialogUnitsToPixels(m, r.x, r.y, f.x, f.y);
     yyDialogUnitsToPixels(m, r.width, r.height, f.width, f.height);
     f.rightGap = d.width - f.x - f.width;
     f.bottomGap = d.height - f.y - f.height;
+  }
+  if (d.anchorFieldId != 0) {
+    const int anchor = yyDialogFindField(d.anchorFieldId, idx);
+    std::vector<DialogRect> rects;
+    std::vector<int> types;
+    std::vector<std::uint32_t> styles;
+    for (const FieldRecord& f : d.fields) {
+      rects.push_back({f.x, f.y, f.width, yyDialogFieldHeight(d, f)});
+      types.push_back(f.type);
+      styles.push_back(f.style);
+    }
+    const std::vector<std::uint32_t> edges = yyDialogEdgeFlags(rects, types, styles, anchor, d.layoutFlags);
+    for (std::size_t i = 0; i < d.fields.size(); ++i) d.fields[i].edgeFlags = edges[i];
   }
 }
 
@@ -233,9 +261,7 @@ bool yyDialogLoad(int resid, int dialogid, bool forceNew, int kind, Widget paren
   int idx = forceNew ? -1 : yyDialogFind(dialogid);
   bool existed = idx >= 0;
   if (!existed) {
-    idx = -1;
-    for (int i = 0; i < kDialogs && idx < 0; ++i)
-      if (ds.wDialogInfo[i].identifier == -1) idx = i;
+    idx = yyDialogNextFree();
     if (idx < 0) {
       error = 1087;
       return false;
@@ -257,26 +283,26 @@ bool yyDialogLoad(int resid, int dialogid, bool forceNew, int kind, Widget paren
     ds.wDialogInfo[idx].identifier = dialogid;
   }
   ds.iDlgCur = idx;
-  for (FieldRecord& f : ds.wDialogInfo[idx].fields) f.lastState = yyinfodialogfieldstate(f);
+  for (FieldRecord& f : ds.wDialogInfo[idx].fields) f.lastState = yyinfodialogfieldstate_(f);
   return existed;
 }
 
 void yyDialogDestroy(int idx) {
   DialogRecord& d = ds.wDialogInfo[idx];
   if (!d.widget) {
-    free_record(d);
+    yyDialogFree(d);
     return;
   }
   if (d.shell) {
     Atom del = XmInternAtom(xdisplay(), const_cast<char*>("WM_DELETE_WINDOW"), False);
-    XmRemoveWMProtocolCallback(d.shell, del, wm_close_cb, reinterpret_cast<XtPointer>(static_cast<std::intptr_t>(idx)));
+    XmRemoveWMProtocolCallback(d.shell, del, yyDialogWMCloseCB, reinterpret_cast<XtPointer>(static_cast<std::intptr_t>(idx)));
   }
   XtRemoveEventHandler(d.widget, KeyPressMask, False, yyDialogEscapeEH, nullptr);
   if (d.focusShell && !d.focusShell->core.being_destroyed)
     XmeRemoveFocusChangeCallback(d.focusShell, yyDialogFocusMovedCB, nullptr);
   if (XtIsManaged(d.widget)) XtUnmanageChild(d.widget);
   Widget top = d.shell ? d.shell : d.widget;
-  free_record(d);  // first, so that the destroy callback finds nothing left to do
+  yyDialogFree(d);  // first, so that the destroy callback finds nothing left to do
   XtDestroyWidget(top);
 }
 
@@ -286,6 +312,22 @@ void yyDialogHide(int idx) {
   if (d.shownMode == 3) yyMsgSemiModelessStack(-1, 2, idx);
   if (d.widget) XtUnmanageChild(d.widget);
   d.shownMode = -1;
+}
+
+// The widget whose size stands for a field: the outermost one under the dialog.
+Widget field_top_widget(const DialogRecord& d, const FieldRecord& f) {
+  Widget w = f.outerWidget ? f.outerWidget : f.widget;
+  while (w && XtParent(w) && XtParent(w) != d.widget) w = XtParent(w);
+  return w;
+}
+
+void configure_field(const DialogRecord& d, const FieldRecord& f) {
+  Widget w = field_top_widget(d, f);
+  if (!w) return;
+  Dimension bw = 0;
+  XtVaGetValues(w, XtNborderWidth, &bw, nullptr);
+  XtConfigureWidget(w, static_cast<Position>(f.x), static_cast<Position>(f.y),
+                    static_cast<Dimension>(std::max(1, f.width)), static_cast<Dimension>(std::max(1, f.height)), bw);
 }
 
 // Motif frames and scrolled parents renegotiate their size when managed;
@@ -303,16 +345,8 @@ void yyDialogSizeFix(DialogRecord& d) {
   }
 }
 
-void focus_first(DialogRecord& d) {
-  for (FieldRecord& f : d.fields) {
-    if (!(f.capabilities & field_capability::kTabReach) || !f.widget || !XtIsManaged(f.widget) || !XtIsSensitive(f.widget)) continue;
-    Widget target = f.valueWidget ? f.valueWidget : f.widget;
-    XmProcessTraversal(target, XmTRAVERSE_CURRENT);
-    return;
-  }
-}
-
-// Shows the current dialog; returns the error code, 0 on success.
+// Shows the current dialog; returns the error code, 0 on success. x and y
+// in pixels, -1 centred.
 int yyDialogShow(int x, int y, int mode, int fieldid) {
   DialogRecord& d = ds.wDialogInfo[ds.iDlgCur];
   Display* dpy = xdisplay();
@@ -322,9 +356,8 @@ int yyDialogShow(int x, int y, int mode, int fieldid) {
     return 0;
   }
   if (d.shell) {
-    // Window units of a free-standing dialog run over the screen.
-    x = x == -1 ? (zelvy_data::data().iscwid - d.width) / 2 : yyunitstopixels(x, zelvy_data::data().iscwid);
-    y = y == -1 ? (zelvy_data::data().ischgt - d.height) / 2 : yyunitstopixels(y, zelvy_data::data().ischgt);
+    if (x == -1) x = (zelvy_data::data().iscwid - d.width) / 2;
+    if (y == -1) y = (zelvy_data::data().ischgt - d.height) / 2;
     XtVaSetValues(d.shell, XmNsaveUnder, True, XtNx, x, XtNy, y, nullptr);
   } else {
     mode = 2;
@@ -336,8 +369,10 @@ int yyDialogShow(int x, int y, int mode, int fieldid) {
     h.flags = USPosition | USSize | PMinSize | (d.anchorFieldId == 0 ? PMaxSize : 0);
     h.x = x;
     h.y = y;
-    h.width = h.min_width = h.max_width = d.minWidth;
-    h.height = h.min_height = h.max_height = d.minHeight;
+    h.width = d.width;
+    h.height = d.height;
+    h.min_width = h.max_width = d.minWidth;
+    h.min_height = h.max_height = d.minHeight;
     XSetWMNormalHints(dpy, XtWindow(d.shell), &h);
     XMoveWindow(dpy, XtWindow(d.shell), x, y);
   }
@@ -345,17 +380,14 @@ int yyDialogShow(int x, int y, int mode, int fieldid) {
   d.shownMode = mode;
   d.focusField = -1;
   const int fi = fieldid != 0 ? yyDialogFindField(fieldid, ds.iDlgCur) : -1;
-  if (fi >= 0 && d.fields[fi].widget)
-    XmProcessTraversal(d.fields[fi].valueWidget ? d.fields[fi].valueWidget : d.fields[fi].widget,
-                       XmTRAVERSE_CURRENT);
-  else
-    focus_first(d);
+  if (fi >= 0 && d.fields[static_cast<std::size_t>(fi)].widget) yyDialogFocus(d.fields[static_cast<std::size_t>(fi)], -1);
+  else yyDialogFocusFirst(d);
   if (mode == 3) yyMsgSemiModelessStack(1, 2, ds.iDlgCur);
   return 0;
 }
 
 void dialog_metrics_ready() {
-  if (!engineReady && xdisplay()) yyDialogEngineInit();
+  if (!engineReady && xdisplay()) yyDialogInit();
 }
 
 // How the windows reach the engine: the size of the dialog a window is to
@@ -376,7 +408,7 @@ void window_dialog_combine(int dialogid, int handle) { yywindowdialog(handle, di
 
 // ---- Engine internals ------------------------------------------------------
 
-void yyDialogEngineInit() {
+void yyDialogInit() {
   if (engineReady || !xdisplay()) return;  // once; loaded dialogs stay
   for (DialogRecord& d : ds.wDialogInfo) d = DialogRecord{};
   ds.iDlgCur = -1;
@@ -453,26 +485,6 @@ FieldRecord* yyDialogCurrentField(int fieldid, const char* routine) {
   return &d->fields[fi];
 }
 
-DialogRecord* yyDialogFromWidget(Widget w, FieldRecord** field) {
-  if (field) *field = nullptr;
-  Widget fieldWidget = nullptr;
-  for (; w; w = XtParent(w)) {
-    const char* name = XtName(w);
-    if (!fieldWidget && std::string_view(name) == "ZelvField") fieldWidget = w;
-    if (std::string_view(name) != "ZelvDialog") continue;
-    XtPointer ud = nullptr;
-    XtVaGetValues(w, XmNuserData, &ud, nullptr);
-    const int idx = static_cast<int>(reinterpret_cast<std::intptr_t>(ud)) - 1;
-    if (idx < 0 || idx >= kDialogs || ds.wDialogInfo[idx].widget != w) return nullptr;
-    DialogRecord& d = ds.wDialogInfo[idx];
-    if (field && fieldWidget)
-      for (FieldRecord& f : d.fields)
-        if (f.widget == fieldWidget || f.outerWidget == fieldWidget) *field = &f;
-    return &d;
-  }
-  return nullptr;
-}
-
 void yyDialogSendMessage(DialogRecord* d, int type, int v1, int v2, int v3, int v4, int x, int y, int win) {
   const bool exempt = type == Resize || v1 == 9;
   if (ds.bInvalidField && !exempt) {
@@ -499,155 +511,219 @@ void yyDialogButtonMessage(DialogRecord& d, int buttonId) {
   yyDialogSendMessage(&d, PushButton, buttonId, second, third, -1, -1, -1, d.identifier);
 }
 
-// ---- Kernel entry points ---------------------------------------------------
+void yyDialogUnload(int idx) {
+  yyDialogHide(idx);
+  yyDialogDestroy(idx);
+  if (ds.iDlgCur == idx) {
+    ds.iDlgCur = -1;
+    zelvy_data::data().icurdialog = 0;
+  }
+}
 
-void yywindowdialog(int handle, int dialogid) {
-  dialog_metrics_ready();
-  if (!yywindowexists(handle) || !zelvy_win::state().wtClient[handle]) return;
-  // Keyboard traversal has to reach the fields through the client area.
-  XtVaSetValues(zelvy_win::state().wtClient[handle], XmNtraversalOn, True, nullptr);
-  int err = 0;
-  yyDialogLoad(dialogid, dialogid, true, 3, zelvy_win::state().wtClient[handle], 2, err);
-  if (err) {
-    yyerror(err, "WindowOpen");
+int yyDialogNextFree() {
+  for (int i = 0; i < kDialogs; ++i)
+    if (ds.wDialogInfo[i].identifier == -1) return i;
+  return -1;
+}
+
+int yyDialogFieldHeight(const DialogRecord& d, const FieldRecord& f) {
+  // A drop-down combo counts with its closed height; the resource height is its list's.
+  const std::uint32_t kind = f.style & field_style::kComboKindMask;
+  if (f.type == kCombo && (kind == field_style::kComboDropDown || kind == field_style::kComboDropDownList))
+    return yyDialogFontMetrics(f.fontIndex ? f.fontIndex : d.fontIndex).controlHeight;
+  return f.height;
+}
+
+int yyDialogFindParent(int idx) {
+  if (idx < 0 || idx >= kDialogs || !ds.wDialogInfo[idx].embeddingParent) return -1;
+  for (int i = 0; i < kDialogs; ++i)
+    if (i != idx && ds.wDialogInfo[i].identifier != -1 && ds.wDialogInfo[i].widget == ds.wDialogInfo[idx].embeddingParent)
+      return i;
+  return -1;
+}
+
+DialogRecord* yyDialogFindFromWgt(Widget w) {
+  for (; w; w = XtParent(w)) {
+    if (std::string_view(XtName(w)) != "ZelvDialog") continue;
+    XtPointer ud = nullptr;
+    XtVaGetValues(w, XmNuserData, &ud, nullptr);
+    const int idx = static_cast<int>(reinterpret_cast<std::intptr_t>(ud)) - 1;
+    if (idx < 0 || idx >= kDialogs || ds.wDialogInfo[idx].widget != w) return nullptr;
+    return &ds.wDialogInfo[idx];
+  }
+  return nullptr;
+}
+
+DialogRecord* yyDialogFieldInfo(Widget w, FieldRecord*& field) {
+  field = nullptr;
+  Widget fieldWidget = w;
+  while (fieldWidget && std::string_view(XtName(fieldWidget)) != "ZelvField") {
+    if (std::string_view(XtName(fieldWidget)) == "ZelvDialog") fieldWidget = nullptr;
+    else fieldWidget = XtParent(fieldWidget);
+  }
+  DialogRecord* d = yyDialogFindFromWgt(w);
+  if (d && fieldWidget)
+    for (FieldRecord& f : d->fields)
+      if (f.widget == fieldWidget || f.outerWidget == fieldWidget) field = &f;
+  return d;
+}
+
+bool yyDialogUserDrawn(const DialogRecord& d) { return d.drawnOn || d.fieldDrawnOn; }
+
+void yyDialogResize(int idx, int width, int height) {
+  if (idx < 0 || idx >= kDialogs) return;
+  DialogRecord& d = ds.wDialogInfo[idx];
+  if (d.identifier == -1 || d.anchorFieldId == 0) return;
+  // Below the size it was made for, the dialog is cut, not its fields squeezed.
+  const int w = std::max(width, d.minWidth), h = std::max(height, d.minHeight);
+  for (FieldRecord& f : d.fields) {
+    if (!f.edgeFlags) continue;
+    const DialogRect now{f.x, f.y, f.width, f.height};
+    const DialogRect r = yyDialogAnchorRect(now, f.edgeFlags, f.rightGap, f.bottomGap, w, h);
+    if (r == now) continue;
+    f.x = r.x;
+    f.y = r.y;
+    f.width = r.width;
+    f.height = r.height;
+    configure_field(d, f);
+    if (f.type == kLabel && f.valueWidget) yyDialogLabelSetText(f, f.text);
+    if (yyDialogIsText(f) && f.data.pixelLimit > 0 && !(f.style & field_style::kAutoScroll))
+      f.data.pixelLimit = std::max(1, f.width - ds.iFixedTextOffset);
+  }
+  d.width = width;
+  d.height = height;
+}
+
+bool yyDialogProcessEvent(XEvent& ev) {
+  if (ev.type != ConfigureNotify) return false;
+  Widget w = XtWindowToWidget(ev.xconfigure.display, ev.xconfigure.window);
+  DialogRecord* d = w ? yyDialogFindFromWgt(w) : nullptr;
+  if (!d || d->widget != w || d->anchorFieldId == 0) return false;
+  // A drag sends a stream of sizes: only the last one is laid out.
+  XEvent more;
+  while (XCheckTypedWindowEvent(ev.xconfigure.display, ev.xconfigure.window, ConfigureNotify, &more)) ev = more;
+  if (ev.xconfigure.width != d->width || ev.xconfigure.height != d->height)
+    yyDialogResize(yyDialogIndexOf(*d), ev.xconfigure.width, ev.xconfigure.height);
+  return true;
+}
+
+void yyDialogConfigureEH(Widget, XtPointer, XEvent* ev, Boolean*) {
+  if (ev) yyDialogProcessEvent(*ev);
+}
+
+Widget yyDialogBaseWidget() {
+  Display* dpy = xdisplay();
+  if (!dpy) return nullptr;
+  Window focus = 0;
+  int revert = 0;
+  XGetInputFocus(dpy, &focus, &revert);
+  Widget w = focus > PointerRoot ? XtWindowToWidget(dpy, focus) : nullptr;
+  if (!w) return nullptr;
+  if (DialogRecord* d = yyDialogFindFromWgt(w)) return d->widget;
+  for (Widget s = w; s; s = XtParent(s)) {
+    const auto& win = zelvy_win::state();
+    for (int h = 0; h < zelvy_win::kSlots; ++h) {
+      if (win.wtShell[h] != s || !yywindowexists(h)) continue;
+      // A child window inside a split window hands over to its parent.
+      int base = h;
+      while (win.WinInfo[base].Parent >= 0 && yywindowexists(win.WinInfo[base].Parent) &&
+             win.WinInfo[win.WinInfo[base].Parent].Kind == 5)
+        base = win.WinInfo[base].Parent;
+      return win.wtClient[base];
+    }
+  }
+  return nullptr;
+}
+
+void yydialogload_(int resid, int dialogid, int parent, int& error) {
+  error = 0;
+  int kind = 0;
+  Widget pw = nullptr;
+  if (parent == -1) {
+    kind = 2;
+    pw = yyDialogBaseWidget();
+  } else if (parent > 0) {
+    kind = 2;
+    if (yywindowexists(parent)) pw = zelvy_win::state().wtShell[parent];
+  }
+  const bool existed = yyDialogLoad(resid, dialogid, false, kind, pw, 2, error);
+  if (error) return;
+  ds.bdlgloaded = existed ? -1 : 0;
+  zelvy_data::data().icurdialog = dialogid;
+}
+
+void yydialogshow_(int x, int y, int fieldid, int mode, int& error) {
+  error = 0;
+  const DialogRecord& d = ds.wDialogInfo[ds.iDlgCur];
+  if (d.kind == 3) {
+    error = 1047;
+    return;
+  }
+  // Window units of a free-standing dialog run over the screen.
+  const auto& zd = zelvy_data::data();
+  const int px = x == -1 ? -1 : yyunitstopixels(x, zd.iscwid);
+  const int py = y == -1 ? -1 : yyunitstopixels(y, zd.ischgt);
+  error = yyDialogShow(px, py, mode, fieldid);
+}
+
+void yydialogtitle_(int icon, bool haveTitle, int& error, std::string_view title) {
+  error = 0;
+  (void)icon;  // dialogs show the program's icon
+  if (!haveTitle) return;
+  DialogRecord& d = ds.wDialogInfo[ds.iDlgCur];
+  d.title.assign(title);
+  if (d.shell) XtVaSetValues(d.shell, XmNtitle, d.title.empty() ? " " : d.title.c_str(), nullptr);
+}
+
+void yydialogencoding_(int encoding) { zelvy_x::state().iDialogEncoding = encoding; }
+
+void yydialogsize_(int width, int height, int unit, int& error) {
+  error = 0;
+  if (zelvy_data::data().icurdialog == 0 || ds.iDlgCur < 0) {
+    error = 1005;
     return;
   }
   DialogRecord& d = ds.wDialogInfo[ds.iDlgCur];
-  d.parentWindow = handle;
-  zelvy_data::data().icurdialog = dialogid;
-  // The window now counts as one with a dialog: its keys belong to the fields.
-  zelvy_win::state().WinInfo[handle].Kind = 3;
-  zelvy_win::state().WinInfo[handle].DialogIndex = ds.iDlgCur;
-  XtManageChild(d.widget);
-  yyDialogSizeFix(d);
-  d.shownMode = 2;
-  focus_first(d);
-}
-
-void yywindowdialogclose(int handle) {
-  for (int i = 0; i < kDialogs; ++i) {
-    DialogRecord& d = ds.wDialogInfo[i];
-    if (d.identifier == -1 || d.kind != 3 || d.parentWindow != handle) continue;
-    if (ds.iDlgCur == i) {
-      ds.iDlgCur = -1;
-      zelvy_data::data().icurdialog = 0;
+  if (d.kind == 3) {
+    error = 1047;
+    return;
+  }
+  int w = width, h = height;
+  if (unit == 0) yyDialogUnitsToPixels(yyDialogFontMetrics(d.fontIndex), width, height, w, h);
+  if (width < 1) w = d.width;
+  if (height < 1) h = d.height;
+  if (d.anchorFieldId == 0) {
+    // Fields the new size cuts off are put away with their state kept, and
+    // come back with it when the dialog grows again.
+    for (FieldRecord& f : d.fields) {
+      const DialogRect r{f.x, f.y, f.width, f.height};
+      const bool before = yyDialogFieldInRect(r, d.width, d.height) != 0;
+      const bool after = yyDialogFieldInRect(r, w, h) != 0;
+      if (before && !after) {
+        const int kept = f.lastState;
+        yyDialogFieldStateX(3, d, f);
+        f.lastState = kept;
+      } else if (!before && after) {
+        yyDialogFieldStateX(f.lastState, d, f);
+      }
     }
-    yyDialogDestroy(i);
-    if (yywindowexists(handle) && zelvy_win::state().WinInfo[handle].Kind == 3) zelvy_win::state().WinInfo[handle].Kind = 0;
-  }
-}
-
-// ---- Public routines -------------------------------------------------------
-
-void WDialogLoad(int resid, std::optional<int> dialogid, std::optional<int> parent) {
-  dialog_metrics_ready();
-  const int id = dialogid.value_or(resid);
-  const int p = parent.value_or(0);
-  int kind = 0;
-  Widget pw = nullptr;
-  if (p == -1) {
-    kind = 2;
-  } else if (p > 0) {
-    kind = 2;
-    if (yywindowexists(p)) pw = zelvy_win::state().wtShell[p];
-  }
-  int err = 0;
-  const bool existed = yyDialogLoad(resid, id, false, kind, pw, 2, err);
-  if (err) {
-    yyerror(err, "WDialogLoad");
+    d.minWidth = std::min(d.minWidth, w);
+    d.minHeight = std::min(d.minHeight, h);
+    d.width = w;
+    d.height = h;
+    if (d.shell)
+      XtVaSetValues(d.shell, XmNminWidth, w, XmNminHeight, h, XmNmaxWidth, w, XmNmaxHeight, h, XtNwidth, w,
+                    XtNheight, h, nullptr);
+    if (d.widget) XtVaSetValues(d.widget, XtNwidth, w, XtNheight, h, nullptr);
     return;
   }
-  ds.bdlgloaded = existed ? -1 : 0;
-  zelvy_data::data().icurdialog = id;
+  if (d.shell) XtVaSetValues(d.shell, XmNminWidth, d.minWidth, XmNminHeight, d.minHeight, XtNwidth, w, XtNheight, h, nullptr);
+  // Laid out now; the configure event that follows finds the size taken.
+  yyDialogResize(ds.iDlgCur, w, h);
+  if (d.widget) XtVaSetValues(d.widget, XtNwidth, w, XtNheight, h, nullptr);
 }
 
-void WDialogSelect(int dialogid) {
-  const int idx = yyDialogFind(dialogid);
-  if (idx < 0) {
-    yyerror(1008, "WDialogSelect");
-    return;
-  }
-  ds.iDlgCur = idx;
-  zelvy_data::data().icurdialog = dialogid;
-}
-
-void WDialogShow(std::optional<int> x, std::optional<int> y, std::optional<int> fieldid, std::optional<int> mode) {
-  DialogRecord* d = yyDialogCurrent("WDialogShow");
-  if (!d) return;
-  int m = mode.value_or(2);
-  int px = x.value_or(-1), py = y.value_or(-1);
-  if (!d->shell && m != 2) {
-    yyerror(1014, "WDialogShow");
-    m = 2;
-  }
-  if (m < 1 || m > 3) {
-    yyerror(1014, "WDialogShow");
-    m = 2;
-  }
-  const bool modal = m == 1;
-  const int err = yyDialogShow(px, py, modal ? 3 : m, fieldid.value_or(0));
-  if (err) {
-    yyerror(err, "WDialogShow");
-    return;
-  }
-  if (!modal) return;
-  const int idx = ds.iDlgCur;
-  const int myId = d->identifier;
-  int type = 0;
-  MessageRecord rec;
-  do {
-    WMessage(type, rec);
-    if (ds.wDialogInfo[idx].identifier != myId) return;  // unloaded underneath the loop
-  } while (type != PushButton);
-  ds.iModalDialog = rec.Win;
-  ds.iModalButton = rec.Value1;
-  ds.iModalField = rec.Value2;
-  yyDialogHide(idx);
-}
-
-void wdialogshowcommon(std::optional<int> fieldid, std::optional<int> mode, std::optional<int>) {
-  WDialogShow(zelvy_comdlg::data().wcomdlgpos[0], zelvy_comdlg::data().wcomdlgpos[1], fieldid, mode);
-}
-
-void WDialogHide() {
-  DialogRecord* d = yyDialogCurrent("WDialogHide");
-  if (!d) return;
-  if (d->kind == 3) return yyerror(1047, "WDialogHide");
-  if (d->kind == 1) return yyerror(1069, "WDialogHide");
-  yyDialogHide(ds.iDlgCur);
-}
-
-void WDialogUnload(std::optional<int>) {
-  DialogRecord* d = yyDialogCurrent("WDialogUnload");
-  if (!d) return;
-  if (d->kind == 3) return yyerror(1047, "WDialogUnload");
-  if (d->kind == 1) return yyerror(1069, "WDialogUnload");
-  yyDialogHide(ds.iDlgCur);
-  yyDialogDestroy(ds.iDlgCur);
-  zelvy_data::data().icurdialog = 0;
-  ds.iDlgCur = -1;
-}
-
-void WDialogTitle(std::optional<std::string_view> title, std::optional<int>) {
-  DialogRecord* d = yyDialogCurrent("WDialogTitle");
-  if (!d || !title) return;
-  std::string_view t = *title;
-  while (!t.empty() && t.back() == ' ') t.remove_suffix(1);
-  d->title.assign(t);
-  if (d->shell) XtVaSetValues(d->shell, XmNtitle, d->title.empty() ? " " : d->title.c_str(), nullptr);
-}
-
-void wdialogunitstopixels(int x, int y, int& px, int& py) {
-  const int font = (zelvy_data::data().icurdialog != 0 && ds.iDlgCur >= 0) ? ds.wDialogInfo[ds.iDlgCur].fontIndex : 0;
-  yyDialogUnitsToPixels(yyDialogFontMetrics(font), x, y, px, py);
-}
-
-void wdialogunitsfrompixels(int x, int y, int& ux, int& uy) {
-  const int font = (zelvy_data::data().icurdialog != 0 && ds.iDlgCur >= 0) ? ds.wDialogInfo[ds.iDlgCur].fontIndex : 0;
-  yyDialogUnitsFromPixels(yyDialogFontMetrics(font), x, y, ux, uy);
-}
-
-int WInfoDialog(int item) {
+int yyinfodialog_(int item) {
   const bool have = zelvy_data::data().icurdialog != 0 && ds.iDlgCur >= 0 && ds.wDialogInfo[ds.iDlgCur].identifier != -1;
   const DialogRecord* d = have ? &ds.wDialogInfo[ds.iDlgCur] : nullptr;
   auto geometry = [&](Widget w, Position& x, Position& y, Dimension& wd, Dimension& ht) {
@@ -680,17 +756,166 @@ int WInfoDialog(int item) {
       return ((item == 8 || item == 12) ? w : h) + extra;
     }
     case 14: return d && d->anchorFieldId != 0 ? 1 : 0;
+    case 18: return zelvy_x::state().iDialogEncoding;
     default: return 0;
   }
 }
 
+// ---- Kernel entry points ---------------------------------------------------
+
+void yywindowdialog(int handle, int dialogid) {
+  dialog_metrics_ready();
+  if (!yywindowexists(handle) || !zelvy_win::state().wtClient[handle]) return;
+  // Keyboard traversal has to reach the fields through the client area.
+  XtVaSetValues(zelvy_win::state().wtClient[handle], XmNtraversalOn, True, nullptr);
+  int err = 0;
+  yyDialogLoad(dialogid, dialogid, true, 3, zelvy_win::state().wtClient[handle], 2, err);
+  if (err) {
+    yyerror(err, "WindowOpen");
+    return;
+  }
+  DialogRecord& d = ds.wDialogInfo[ds.iDlgCur];
+  d.parentWindow = handle;
+  zelvy_data::data().icurdialog = dialogid;
+  // The window now counts as one with a dialog: its keys belong to the fields.
+  zelvy_win::state().WinInfo[handle].Kind = 3;
+  zelvy_win::state().WinInfo[handle].DialogIndex = ds.iDlgCur;
+  // The window sizes its content to its client area; a resizable dialog follows.
+  zelvy_win::state().WinInfo[handle].Content = d.widget;
+  XtManageChild(d.widget);
+  yyDialogSizeFix(d);
+  d.shownMode = 2;
+  yyDialogFocusFirst(d);
+}
+
+void yywindowdialogclose(int handle) {
+  for (int i = 0; i < kDialogs; ++i) {
+    DialogRecord& d = ds.wDialogInfo[i];
+    if (d.identifier == -1 || d.kind != 3 || d.parentWindow != handle) continue;
+    if (ds.iDlgCur == i) {
+      ds.iDlgCur = -1;
+      zelvy_data::data().icurdialog = 0;
+    }
+    if (yywindowexists(handle) && zelvy_win::state().WinInfo[handle].Content == d.widget)
+      zelvy_win::state().WinInfo[handle].Content = nullptr;
+    yyDialogDestroy(i);
+    if (yywindowexists(handle) && zelvy_win::state().WinInfo[handle].Kind == 3) zelvy_win::state().WinInfo[handle].Kind = 0;
+  }
+}
+
+// ---- Public routines -------------------------------------------------------
+
+void WDialogLoad(int resid, std::optional<int> dialogid, std::optional<int> parent) {
+  dialog_metrics_ready();
+  int err = 0;
+  yydialogload_(resid, dialogid.value_or(resid), parent.value_or(0), err);
+  if (err) yyerror(err, "WDialogLoad");
+}
+
+void WDialogSelect(int dialogid) {
+  const int idx = yyDialogFind(dialogid);
+  if (idx < 0) {
+    yyerror(1008, "WDialogSelect");
+    return;
+  }
+  ds.iDlgCur = idx;
+  zelvy_data::data().icurdialog = dialogid;
+}
+
+void WDialogShow(std::optional<int> x, std::optional<int> y, std::optional<int> fieldid, std::optional<int> mode) {
+  DialogRecord* d = yyDialogCurrent("WDialogShow");
+  if (!d) return;
+  int m = mode.value_or(2);
+  if (!d->shell && m != 2) {
+    yyerror(1014, "WDialogShow");
+    m = 2;
+  }
+  if (m < 1 || m > 3) {
+    yyerror(1014, "WDialogShow");
+    m = 2;
+  }
+  const bool modal = m == 1;
+  // Other windows keep their picture and take no input while the dialog runs;
+  // the picture is taken before the dialog covers any of them.
+  if (modal) yymessagemodal(1, d->shell);
+  int err = 0;
+  yydialogshow_(x.value_or(-1), y.value_or(-1), fieldid.value_or(0), modal ? 3 : m, err);
+  if (err) {
+    if (modal) yymessagemodal(0);
+    yyerror(err, "WDialogShow");
+    return;
+  }
+  if (!modal) return;
+  const int idx = ds.iDlgCur;
+  const int myId = d->identifier;
+  int type = 0;
+  MessageRecord rec;
+  do {
+    WMessage(type, rec);
+    if (ds.wDialogInfo[idx].identifier != myId) {  // unloaded underneath the loop
+      yymessagemodal(0);
+      return;
+    }
+  } while (type != PushButton);
+  ds.iModalDialog = rec.Win;
+  ds.iModalButton = rec.Value1;
+  ds.iModalField = rec.Value2;
+  yyDialogHide(idx);
+  yymessagemodal(0);
+}
+
+void wdialogshowcommon(std::optional<int> fieldid, std::optional<int> mode, std::optional<int>) {
+  WDialogShow(zelvy_comdlg::data().wcomdlgpos[0], zelvy_comdlg::data().wcomdlgpos[1], fieldid, mode);
+}
+
+void WDialogHide() {
+  DialogRecord* d = yyDialogCurrent("WDialogHide");
+  if (!d) return;
+  if (d->kind == 3) return yyerror(1047, "WDialogHide");
+  if (d->kind == 1) return yyerror(1069, "WDialogHide");
+  yyDialogHide(ds.iDlgCur);
+}
+
+void WDialogUnload(std::optional<int>) {
+  DialogRecord* d = yyDialogCurrent("WDialogUnload");
+  if (!d) return;
+  if (d->kind == 3) return yyerror(1047, "WDialogUnload");
+  if (d->kind == 1) return yyerror(1069, "WDialogUnload");
+  yyDialogUnload(ds.iDlgCur);
+}
+
+void WDialogTitle(std::optional<std::string_view> title, std::optional<int> iconid) {
+  if (!yyDialogCurrent("WDialogTitle")) return;
+  std::string_view t = title.value_or(std::string_view{});
+  while (!t.empty() && t.back() == ' ') t.remove_suffix(1);
+  int err = 0;
+  yydialogtitle_(iconid.value_or(-1), title.has_value(), err, t);
+  if (err) yyerror(err, "WDialogTitle");
+}
+
+void wdialogunitstopixels(int x, int y, int& px, int& py) {
+  const int font = (zelvy_data::data().icurdialog != 0 && ds.iDlgCur >= 0) ? ds.wDialogInfo[ds.iDlgCur].fontIndex : 0;
+  yyDialogUnitsToPixels(yyDialogFontMetrics(font), x, y, px, py);
+}
+
+void wdialogunitsfrompixels(int x, int y, int& ux, int& uy) {
+  const int font = (zelvy_data::data().icurdialog != 0 && ds.iDlgCur >= 0) ? ds.wDialogInfo[ds.iDlgCur].fontIndex : 0;
+  yyDialogUnitsFromPixels(yyDialogFontMetrics(font), x, y, ux, uy);
+}
+
+// The encoding's item is the C layer's alone.
+int WInfoDialog(int item) { return item == 18 ? 0 : yyinfodialog_(item); }
+
 void yyDialogAttach() {
   DialogEngineHooks hooks;
-  hooks.init = yyDialogEngineInit;
+  hooks.init = yyDialogInit;
   hooks.shutdown = yyDialogShutdown;
   hooks.pixels = window_dialog_pixels;
   hooks.combine = window_dialog_combine;
   yyAttachDialogEngine(hooks);
+  LoopHooks loop;
+  loop.dialogEvent = yyDialogProcessEvent;
+  yyAttachLoopHooks(loop);
 }
 
 namespace zelvy_dialog {

@@ -30,6 +30,8 @@ int WInfoDialog(int item);
 // Fields: 0 disabled, 1 enabled, 2 read-only, 3 hidden.
 void WDialogFieldState(int fieldid, int state);
 void WDialogTooltip(int fieldid, std::optional<std::string_view> text = {});
+// Focus to a field; the cursor goes to a position from 1, absent selects all.
+void WDialogSetField(int fieldid, std::optional<int> position = {});
 // 1 x, 2 y, 3 width, 4 height (pixels), 5 type, 6 state, 7/8 trackbar range, 9/10 options.
 int winfodialogfield(int fieldid, int item);
 
@@ -47,6 +49,7 @@ void WDialogPutRadioButton(int fieldid);
 void WDialogGetRadioButton(int fieldid, int& position);
 void WDialogClearField(int fieldid);
 void WDialogRangeInteger(int fieldid, std::optional<int> minimum = {}, std::optional<int> maximum = {});
+void WDialogSpinnerStep(int fieldid, float smallStep, std::optional<float> largeStep = {});
 void wdialograngeoptions(int option, int value);
 
 // Options of combos and lists, counted from 1.

@@ -1,7 +1,5 @@
 // Field creation by type: each type becomes its widgets with the styles of
 // its resource record, in its simplest working form for the composite kinds.
-#include <Xm/ArrowB.h>
-#include <Xm/ComboBox.h>
 #include <Xm/Container.h>
 #include <Xm/DrawingA.h>
 #include <Xm/Frame.h>
@@ -23,6 +21,8 @@
 #include "toolkit/kernel/resources.h"
 #include "toolkit/dialog/dialog_private.h"
 #include "toolkit/dialog/dialog_fields_private.h"
+#include "toolkit/dialog/spin_private.h"
+#include "toolkit/dialog/combo_private.h"
 #include "toolkit/dialog/grid_attach.h"
 #include "toolkit/kernel/display_private.h"
 #include "toolkit/base/format.h"
@@ -34,8 +34,8 @@ namespace {
 // Characters a text field takes when its resource gives no length: the
 // longest text of the form, a reflection file's path, fits.
 constexpr int kDefaultFieldLength = 256;
-// Rows a combo's list shows before it scrolls.
-constexpr int kComboRows = 10;
+// A combo's closed height in dialog units, and the frame of its text.
+constexpr int kComboTextUnits = 14;
 constexpr int kComboShadow = 1;
 
 // The options a field has in the resource tables, each handed to `add` in
@@ -70,7 +70,7 @@ struct Args {
 
 Args& base_args(Args& args, const FieldRecord& f, bool font = true) {
   args.add(XtNx, f.x).add(XtNy, f.y).add(XtNwidth, std::max(1, f.width)).add(XtNheight, std::max(1, f.height));
-  if (font && yyDialogRenderTable(f.fontIndex)) args.add(XmNrenderTable, yyDialogRenderTable(f.fontIndex));
+  if (font) yyDialogFont(args.a, args.n, f.fontIndex);
   return args;
 }
 
@@ -82,9 +82,9 @@ Widget border_widget(Widget parent, const FieldRecord& f, bool ignoreBorder = fa
   base_args(args, f, false);
   args.add(XmNshadowThickness, border ? 1 : 0).add(XmNshadowType, (f.style & field_style::kSunken) ? static_cast<int>(XmSHADOW_IN) : static_cast<int>(XmSHADOW_ETCHED_IN));
   args.add(XmNmarginWidth, 0).add(XmNmarginHeight, 0).add(XtNbackground, yyDialogScheme(3));
-  if (border && zelvy_x::state().bFlatStyle)
-    args.add(XmNtopShadowColor, yyDialogScheme(9)).add(XmNbottomShadowColor, yyDialogScheme(9));
-  return XtCreateWidget("ZelvField", xmFrameWidgetClass, parent, args.a, args.n);
+  Widget w = XtCreateWidget("ZelvField", xmFrameWidgetClass, parent, args.a, args.n);
+  if (border) yyDialogBorderStyle(w, 1);
+  return w;
 }
 
 unsigned char label_alignment(std::uint32_t style) {
@@ -95,7 +95,7 @@ unsigned char label_alignment(std::uint32_t style) {
   }
 }
 
-void create_label(DialogRecord& d, FieldRecord& f) {
+void label_create(DialogRecord& d, FieldRecord& f) {
   f.textKind = 1;
   f.capabilities = field_capability::kLabel | ((f.style & field_style::kLabelNoMnemonic) ? 0 : field_capability::kMnemonic);
   f.widget = border_widget(d.widget, f);
@@ -104,7 +104,7 @@ void create_label(DialogRecord& d, FieldRecord& f) {
   Args args;
   args.add(XmNrecomputeSize, False).add(XmNalignment, label_alignment(f.style)).add(XmNmarginWidth, 0);
   args.add(XmNmarginHeight, 0).add(XtNbackground, yyDialogScheme(3)).add(XmNtraversalOn, False);
-  if (yyDialogRenderTable(f.fontIndex)) args.add(XmNrenderTable, yyDialogRenderTable(f.fontIndex));
+  yyDialogFont(args.a, args.n, f.fontIndex);
   // Multi-line labels start at the top, as typed text does.
   f.valueWidget = XtCreateManagedWidget("Label", xmLabelWidgetClass, f.widget, args.a, args.n);
   XtVaSetValues(f.valueWidget, XmNchildType, XmFRAME_WORKAREA_CHILD, nullptr);
@@ -134,7 +134,7 @@ Pixmap image_pixmap(int imageId, int type, Pixel background, int& w, int& h) {
   return pm;
 }
 
-void create_picture(DialogRecord& d, FieldRecord& f) {
+void picture_create(DialogRecord& d, FieldRecord& f) {
   using namespace field_style;
   const std::uint32_t kind = f.style & kPictureKindMask;
   f.capabilities = field_capability::kPicture;
@@ -168,26 +168,40 @@ void create_picture(DialogRecord& d, FieldRecord& f) {
   args.add(XmNlabelString, nullptr).add(XmNtraversalOn, False);
   f.valueWidget = XtCreateManagedWidget("Picture", xmLabelWidgetClass, f.widget, args.a, args.n);
   yyDialogSetLabel(f.valueWidget, "");
+  f.pictureBackground = yyDialogScheme(3);
   if (kind == kPictureIcon || kind == kPictureBitmap) {
-    int w = 0, h = 0;
-    f.image = image_pixmap(f.identifier, kind == kPictureIcon ? 2 : 1, yyDialogScheme(3), w, h);
-    if (f.image != 2) {
-      f.imageResourceId = f.identifier;
-      f.imageWidget = f.valueWidget;
-      XtVaSetValues(f.valueWidget, XmNlabelType, XmPIXMAP, XmNlabelPixmap, f.image, nullptr);
-    }
+    f.imageResourceId = f.identifier;
+    f.imageWidget = f.valueWidget;
+    yyDialogInitImage(f);
   }
 }
 
-void create_group(DialogRecord& d, FieldRecord& f) {
+}  // namespace
+
+void yyDialogInitImage(FieldRecord& f) {
+  if (!f.imageResourceId || !f.imageWidget) return;
+  const std::uint32_t kind = f.style & field_style::kPictureKindMask;
+  int w = 0, h = 0;
+  const Pixmap image = image_pixmap(f.imageResourceId, kind == field_style::kPictureBitmap ? 1 : 2,
+                                    f.pictureBackground, w, h);
+  if (image == 2) return;
+  XtVaSetValues(f.imageWidget, XmNlabelType, XmPIXMAP, XmNlabelPixmap, image, nullptr);
+  if (f.image != 2) XFreePixmap(xdisplay(), f.image);
+  f.image = image;
+}
+
+namespace {
+
+void group_create(DialogRecord& d, FieldRecord& f) {
   f.textKind = 3;
   f.capabilities = field_capability::kGroup;
   Args args;
   base_args(args, f, false);
   args.add(XmNshadowType, XmSHADOW_ETCHED_IN).add(XtNbackground, yyDialogScheme(3)).add(XmNmarginWidth, 0).add(XmNmarginHeight, 0);
-  if ((f.style & field_style::kGroupFlat) || zelvy_x::state().bFlatStyle)
+  if (f.style & field_style::kGroupFlat)
     args.add(XmNtopShadowColor, yyDialogScheme(9)).add(XmNbottomShadowColor, yyDialogScheme(9)).add(XmNshadowThickness, 1);
   f.widget = XtCreateWidget("ZelvField", xmFrameWidgetClass, d.widget, args.a, args.n);
+  yyDialogBorderStyle(f.widget, 1);
   const std::uint32_t align = f.style & field_style::kAlignMask;
   Args t;
   t.add(XmNchildType, XmFRAME_TITLE_CHILD).add(XmNchildVerticalAlignment, XmALIGNMENT_CENTER);
@@ -196,7 +210,7 @@ void create_group(DialogRecord& d, FieldRecord& f) {
         : align == field_style::kAlignCentred ? XmALIGNMENT_CENTER
                                               : XmALIGNMENT_BEGINNING);
   t.add(XtNbackground, yyDialogScheme(3)).add(XmNtraversalOn, False).add(XmNmarginHeight, 0);
-  if (yyDialogRenderTable(f.fontIndex)) t.add(XmNrenderTable, yyDialogRenderTable(f.fontIndex));
+  yyDialogFont(t.a, t.n, f.fontIndex);
   f.valueWidget = XtCreateWidget("Title", xmLabelWidgetClass, f.widget, t.a, t.n);
   char mnemonic = 0;
   f.text = yyDialogStrGetMnemonic(f.text, mnemonic);
@@ -231,6 +245,7 @@ Args& text_args(Args& args, const FieldRecord& f) {
   return args;
 }
 
+// Text and numeric fields; a number with the spinner flag is a spinner.
 void create_text(DialogRecord& d, FieldRecord& f) {
   f.textKind = 2;
   f.capabilities = field_capability::kText;
@@ -261,23 +276,19 @@ void create_text(DialogRecord& d, FieldRecord& f) {
   if (yyDialogRenderTable(f.fontIndex)) args.add(XmNrenderTable, yyDialogRenderTable(f.fontIndex));
   if (spinner) {
     f.capabilities |= field_capability::kSpinner;
-    const int arrow = std::min(f.height, 14);
+    WidgetClass spinClass = f.type == kInteger ? integerspinWidgetClass
+                            : f.type == kReal  ? realspinWidgetClass
+                                               : doublespinWidgetClass;
     Args outer;
     base_args(outer, f, false);
-    outer.add(XmNmarginWidth, 0).add(XmNmarginHeight, 0).add(XmNresizePolicy, XmRESIZE_NONE).add(XtNbackground, yyDialogScheme(3));
-    f.widget = XtCreateWidget("ZelvField", xmDrawingAreaWidgetClass, d.widget, outer.a, outer.n);
-    args.add(XtNx, 0).add(XtNy, 0).add(XtNwidth, std::max(1, f.width - arrow)).add(XtNheight, f.height);
-    args.add(XmNeditMode, XmSINGLE_LINE_EDIT);
-    f.valueWidget = XtCreateManagedWidget("Text", xmTextWidgetClass, f.widget, args.a, args.n);
-    for (int k = 0; k < 2; ++k) {
-      Widget a = XtVaCreateManagedWidget(k == 0 ? "Up" : "Down", xmArrowButtonWidgetClass, f.widget, XtNx,
-                                         f.width - arrow, XtNy, k * f.height / 2, XtNwidth, arrow, XtNheight,
-                                         std::max(1, f.height / 2), XmNarrowDirection,
-                                         k == 0 ? XmARROW_UP : XmARROW_DOWN, XmNtraversalOn, False,
-                                         XmNhighlightThickness, 0, XmNshadowThickness, 1, XtNbackground, yyDialogScheme(17), nullptr);
-      XtAddCallback(a, XmNactivateCallback, yyDialogSpinCB, k == 0 ? reinterpret_cast<XtPointer>(1) : nullptr);
-      f.parts.push_back(a);
-    }
+    outer.add(XtNxftFont, f.fontIndex).add(XtNbackground, yyDialogScheme(17));
+    f.widget = XtCreateWidget("ZelvField", spinClass, d.widget, outer.a, outer.n);
+    f.valueWidget = yySpinWidgetText(f.widget);
+    XtSetValues(f.valueWidget, args.a, args.n);
+    yySpinWidgetSetRange(f.widget, t.minimum, t.maximum);
+    Widget up = nullptr, down = nullptr;
+    yySpinWidgetButtons(f.widget, up, down);
+    f.parts = {up, down};
   } else if (multi) {
     f.capabilities |= field_capability::kScrolledText;
     args.add(XmNeditMode, XmMULTI_LINE_EDIT).add(XmNwordWrap, autoScroll ? False : True);
@@ -308,7 +319,7 @@ void create_text(DialogRecord& d, FieldRecord& f) {
   if (numeric && initial.empty()) t.defined = t.valid = false;
 }
 
-void create_button(DialogRecord& d, FieldRecord& f) {
+void button_create(DialogRecord& d, FieldRecord& f) {
   f.textKind = 1;
   f.capabilities = field_capability::kButton;
   char mnemonic = 0;
@@ -331,7 +342,7 @@ void create_button(DialogRecord& d, FieldRecord& f) {
   XtAddCallback(f.widget, XmNactivateCallback, yyDialogButtonCB, nullptr);
 }
 
-void create_toggle(DialogRecord& d, FieldRecord& f) {
+void toggle_create(DialogRecord& d, FieldRecord& f) {
   f.textKind = 1;
   f.capabilities = field_capability::kToggle | (yyDialogPushLike(f) ? 0 : field_capability::kForegroundSettable);
   char mnemonic = 0;
@@ -363,48 +374,72 @@ void create_toggle(DialogRecord& d, FieldRecord& f) {
   if (mnemonic) XtVaSetValues(f.widget, XmNmnemonic, XStringToKeysym(std::string(1, mnemonic).c_str()), nullptr);
 }
 
-void create_combo(DialogRecord& d, FieldRecord& f) {
+}  // namespace
+
+// Type 11: the toolkit's combo widget. The field keeps a closed combo's
+// height; what the resource gives beyond it is the height of the open list.
+void yyDialogComboIn(Widget parent, DialogRecord& d, FieldRecord& f) {
+  using namespace field_style;
+  const bool cell = f.capabilities & field_capability::kGridCell;
   f.textKind = 0;
-  f.capabilities = field_capability::kCombo;
-  const std::uint32_t type = f.style & field_style::kComboKindMask;
+  f.capabilities = field_capability::kCombo | (cell ? field_capability::kGridCell : 0);
+  std::uint32_t type = f.style & kComboKindMask;
+  if (type == 0) type = kComboDropDown;
   const DialogFontMetrics& fm = yyDialogFontMetrics(f.fontIndex);
-  if (type != field_style::kComboSimple) f.height = fm.controlHeight;
+  int drop = -1;
+  if (type != kComboSimple) {
+    drop = f.height - fm.controlHeight + (zelvy_x::state().bXft ? 6 : 0);
+    f.height = fm.controlHeight;
+  }
+  const int shadow = cell ? 0 : kComboShadow;
+  int length = 0;
+  yyrcfieldlength(d.resourceId, f.identifier, length);
   Args args;
-  base_args(args, f);
-  args.add(XmNcomboBoxType, type == field_style::kComboSimple         ? XmCOMBO_BOX
-                            : type == field_style::kComboDropDownList ? XmDROP_DOWN_LIST
-                                                                      : XmDROP_DOWN_COMBO_BOX);
-  args.add(XmNmarginHeight, 0).add(XmNmarginWidth, 0).add(XmNhighlightThickness, 0).add(XtNbackground, yyDialogScheme(3));
-  args.add(XmNshadowThickness, kComboShadow).add(XmNarrowSize, std::max(8, f.height - 4));
-  if (zelvy_x::state().bFlatStyle) args.add(XmNtopShadowColor, yyDialogScheme(9)).add(XmNbottomShadowColor, yyDialogScheme(9));
-  // The dialog's font, also in the drop-down list, whose rows must hold its descenders.
-  if (yyDialogRenderTable(f.fontIndex)) args.add(XmNrenderTable, yyDialogRenderTable(f.fontIndex));
-  f.widget = XtCreateWidget("ZelvField", xmComboBoxWidgetClass, d.widget, args.a, args.n);
-  f.valueWidget = XtNameToWidget(f.widget, "*Text");
-  if (!f.valueWidget) f.valueWidget = f.widget;
-  else
-    XtVaSetValues(f.valueWidget, XtNbackground, yyDialogScheme(15), XmNshadowThickness, 0, XmNcursorPositionVisible, False,
-                  XmNmarginHeight, centred_margin(f, fm.controlHeight - 2 * kComboShadow), nullptr);
+  args.add(XtNx, f.x).add(XtNy, f.y).add(XtNwidth, std::max(1, f.width - 1)).add(XtNheight, std::max(1, f.height - 1));
+  args.add(XmNcomboType, static_cast<int>(type)).add(XmNcomboDropSize, drop).add(XmNtextHeight, kComboTextUnits);
+  args.add(XmNtextPixelUnused, zelvy_dialog::state().iFixedTextOffset);
+  args.add(XmNcaseConv, (f.style & kComboUpperCase) ? kComboCaseUpper : (f.style & kComboLowerCase) ? kComboCaseLower : 0);
+  args.add(XmNautoHScroll, (f.style & kComboAutoScroll) ? True : False);
+  args.add(XmNscrollBarDisplayPolicy,
+           (f.style & kComboKeepScrollBar) == kComboKeepScrollBar ? static_cast<int>(XmSTATIC) : static_cast<int>(XmAS_NEEDED));
+  args.add(XmNlengthCharacter, length).add(XmNxftFont, f.fontIndex);
+  args.add(XmNshadowThick, shadow).add(XmNhighlightThickness, 0).add(XmNmarginWidth, 1);
+  args.add(XmNmarginHeight, centred_margin(f, fm.controlHeight - 1 - 2 * shadow));
+  args.add(XmNcursorPositionVisible, False).add(XtNbackground, yyDialogScheme(3));
+  if (cell) args.add(XmNshadowThickness, 0).add(XtNborderWidth, 0);
+  f.widget = XtCreateWidget("ZelvField", comboWidgetClass, parent, args.a, args.n);
+  XtVaGetValues(f.widget, XmNtextWidget, &f.valueWidget, nullptr);
   f.textKind = 2;
   f.data = TextFieldData{};
-  if (f.style & field_style::kComboUpperCase) f.data.kind = 1;
-  else if (f.style & field_style::kComboLowerCase) f.data.kind = 2;
-  if (type != field_style::kComboDropDownList) f.capabilities |= field_capability::kCursorWhenFocused;
-  int items = 0;
-  load_options(d, f, [&f, &items](XmString s) {
-    XmComboBoxAddItem(f.widget, s, 0, False);
-    ++items;
-  });
-  // A short list drops no taller than its entries.
-  if (items > 0) XtVaSetValues(f.widget, XmNvisibleItemCount, std::min(items, kComboRows), nullptr);
-  // Each row paints its background over the row above it: a pixel between rows
-  // keeps the underscores of the row above ("HKL_T=0") in sight.
-  if (Widget list = XtNameToWidget(f.widget, "*List")) XtVaSetValues(list, XmNlistSpacing, 2, nullptr);
-  XtAddCallback(f.widget, XmNselectionCallback, yyDialogFieldChangedStateCB, nullptr);
-  if (f.valueWidget != f.widget && type != field_style::kComboDropDownList) add_text_callbacks(f.valueWidget);
+  if (type != kComboDropDownList) {
+    f.capabilities |= field_capability::kCursorWhenFocused;
+    XtAddCallback(f.valueWidget, XmNvalueChangedCallback, yyDialogStringCB, nullptr);
+  }
+  // The options of the resource in one go, and its selected one.
+  int count = -1, bytes = 0;
+  yyrcfieldmenucheck(d.resourceId, f.identifier, count, bytes);
+  if (count > 0) {
+    std::vector<int> pos(static_cast<std::size_t>(count));
+    std::vector<char> text(static_cast<std::size_t>(std::max(bytes, 1)));
+    int selected = -1;
+    yyrcfieldmenuload(d.resourceId, f.identifier, selected, pos, text);
+    std::vector<XmString> items;
+    for (int p : pos) items.push_back(yyDialogXmString(p >= 0 ? &text[static_cast<std::size_t>(p)] : ""));
+    XtVaSetValues(f.widget, XmNcomboItemCount, count, XmNcomboItems, items.data(), nullptr);
+    for (XmString s : items) XmStringFree(s);
+    if (selected >= 0) XtVaSetValues(f.widget, XmNitemSelect, selected + 1, nullptr);
+  }
+  XtAddCallback(f.widget, XmNvalueChangedCallback, yyDialogFieldChangedStateCB, nullptr);
 }
 
-void create_list(DialogRecord& d, FieldRecord& f) {
+void yyDialogCombo(int operation, DialogRecord& d, FieldRecord& f) {
+  if (operation == kFieldCreate) yyDialogComboIn(d.widget, d, f);
+  else if (operation == kFieldClear) yyDialogClearMenu(f);
+}
+
+namespace {
+
+void list_create(DialogRecord& d, FieldRecord& f) {
   f.capabilities = field_capability::kList;
   Widget sw = XtVaCreateWidget("ZelvScroll", xmScrolledWindowWidgetClass, d.widget, XtNx, f.x, XtNy, f.y, XtNwidth,
                                std::max(1, f.width), XtNheight, std::max(1, f.height), XmNscrollingPolicy,
@@ -415,7 +450,7 @@ void create_list(DialogRecord& d, FieldRecord& f) {
                                : (f.style & field_style::kListExtended) ? XmEXTENDED_SELECT
                                                                          : XmBROWSE_SELECT);
   args.add(XmNlistSizePolicy, XmCONSTANT).add(XtNbackground, yyDialogScheme(15)).add(XmNhighlightThickness, 0);
-  if (yyDialogRenderTable(f.fontIndex)) args.add(XmNrenderTable, yyDialogRenderTable(f.fontIndex));
+  yyDialogFont(args.a, args.n, f.fontIndex);
   f.widget = XtCreateManagedWidget("ZelvField", xmListWidgetClass, sw, args.a, args.n);
   f.outerWidget = sw;
   load_options(d, f, [&f](XmString s) { XmListAddItemUnselected(f.widget, s, 0); });
@@ -426,7 +461,7 @@ void create_list(DialogRecord& d, FieldRecord& f) {
   }
 }
 
-void create_frame_like(DialogRecord& d, FieldRecord& f, std::uint32_t caps) {
+void frame_like_create(DialogRecord& d, FieldRecord& f, std::uint32_t caps) {
   f.capabilities = caps;
   f.widget = border_widget(d.widget, f);
   XtVaSetValues(f.widget, XmNshadowThickness, 1, nullptr);
@@ -435,7 +470,7 @@ void create_frame_like(DialogRecord& d, FieldRecord& f, std::uint32_t caps) {
                                           nullptr);
 }
 
-void create_scale(DialogRecord& d, FieldRecord& f, bool progress) {
+void scale_create(DialogRecord& d, FieldRecord& f, bool progress) {
   std::array<int, 6> tb{};
   int value = 0, lo = 0, hi = 1;
   if (progress) {
@@ -472,7 +507,7 @@ void create_grid(DialogRecord& d, FieldRecord& f) {
   f.widget = border_widget(d.widget, f);
 }
 
-void create_treeview(DialogRecord& d, FieldRecord& f) {
+void treeview_create(DialogRecord& d, FieldRecord& f) {
   f.capabilities = field_capability::kTreeview;
   Widget sw = XtVaCreateWidget("ZelvScroll", xmScrolledWindowWidgetClass, d.widget, XtNx, f.x, XtNy, f.y, XtNwidth,
                                std::max(1, f.width), XtNheight, std::max(1, f.height), XmNscrollingPolicy,
@@ -484,23 +519,153 @@ void create_treeview(DialogRecord& d, FieldRecord& f) {
 
 }  // namespace
 
+void yyDialogString(DialogRecord& d, FieldRecord& f) { create_text(d, f); }
+void yyDialogInteger(DialogRecord& d, FieldRecord& f) { create_text(d, f); }
+void yyDialogReal(DialogRecord& d, FieldRecord& f) { create_text(d, f); }
+void yyDialogDouble(DialogRecord& d, FieldRecord& f) { create_text(d, f); }
+
 void yyAttachGridField(const GridFieldHooks& hooks) { gridHooks = hooks; }
+
+namespace {
+
+// What the types share beyond creation: clearing (2) and the states (3..6).
+void common_operation(int operation, DialogRecord& d, FieldRecord& f) {
+  if (operation >= 3 && operation <= 6) return yyDialogFieldStateX(operation - 3, d, f);
+  if (operation != 2) return;
+  switch (f.type) {
+    case kLabel: case kGroup: case kButton: case kString: case kInteger: case kReal: case kDouble:
+      yyDialogPutString(f, 0.0, "", {}, true);
+      break;
+    case kCheckbox: XmToggleButtonSetState(f.widget, False, False); break;
+    case kRadio:
+      for (FieldRecord& g : d.fields)
+        if (g.type == kRadio && g.radioGroup == f.radioGroup) XmToggleButtonSetState(g.widget, False, False);
+      break;
+    case kCombo: case kList: yyDialogClearMenu(f); break;
+    default: break;
+  }
+}
+
+}  // namespace
+
+// One routine per type: 1 creates its widgets, the others as for all types.
+void yyDialogLabel(int operation, DialogRecord& d, FieldRecord& f) {
+  if (operation == 1) label_create(d, f);
+  else common_operation(operation, d, f);
+}
+
+void yyDialogPicture(int operation, DialogRecord& d, FieldRecord& f) {
+  if (operation == 1) picture_create(d, f);
+  else common_operation(operation, d, f);
+}
+
+void yyDialogGroup(int operation, DialogRecord& d, FieldRecord& f) {
+  if (operation == 1) group_create(d, f);
+  else common_operation(operation, d, f);
+}
+
+void yyDialogButton(int operation, DialogRecord& d, FieldRecord& f) {
+  if (operation == 1) button_create(d, f);
+  else common_operation(operation, d, f);
+}
+
+void yyDialogCheckbox(int operation, DialogRecord& d, FieldRecord& f) {
+  if (operation == 1) toggle_create(d, f);
+  else common_operation(operation, d, f);
+}
+
+void yyDialogRadio(int operation, DialogRecord& d, FieldRecord& f) {
+  if (operation == 1) toggle_create(d, f);
+  else common_operation(operation, d, f);
+}
+
+void yyDialogList(int operation, DialogRecord& d, FieldRecord& f) {
+  if (operation == 1) list_create(d, f);
+  else common_operation(operation, d, f);
+}
+
+void yyDialogTab(int operation, DialogRecord& d, FieldRecord& f) {
+  if (operation == 1) frame_like_create(d, f, field_capability::kTab);
+  else common_operation(operation, d, f);
+}
+
+void yyDialogProgress(int operation, DialogRecord& d, FieldRecord& f) {
+  if (operation == 1) scale_create(d, f, true);
+  else common_operation(operation, d, f);
+}
+
+void yyDialogTrackbar(int operation, DialogRecord& d, FieldRecord& f) {
+  if (operation == 1) scale_create(d, f, false);
+  else common_operation(operation, d, f);
+}
+
+void yyDialogTreeview(int operation, DialogRecord& d, FieldRecord& f) {
+  if (operation == 1) treeview_create(d, f);
+  else common_operation(operation, d, f);
+}
 
 void yyDialogFieldCreateType(DialogRecord& d, FieldRecord& f) {
   switch (f.type) {
-    case kLabel: create_label(d, f); break;
-    case kPicture: create_picture(d, f); break;
-    case kGroup: create_group(d, f); break;
-    case kString: case kInteger: case kReal: case kDouble: create_text(d, f); break;
-    case kButton: create_button(d, f); break;
-    case kCheckbox: case kRadio: create_toggle(d, f); break;
-    case kCombo: create_combo(d, f); break;
-    case kList: create_list(d, f); break;
-    case kTab: create_frame_like(d, f, field_capability::kTab); break;
-    case kProgress: create_scale(d, f, true); break;
+    case kLabel: yyDialogLabel(1, d, f); break;
+    case kPicture: yyDialogPicture(1, d, f); break;
+    case kGroup: yyDialogGroup(1, d, f); break;
+    case kString: yyDialogString(d, f); break;
+    case kInteger: yyDialogInteger(d, f); break;
+    case kReal: yyDialogReal(d, f); break;
+    case kDouble: yyDialogDouble(d, f); break;
+    case kButton: yyDialogButton(1, d, f); break;
+    case kCheckbox: yyDialogCheckbox(1, d, f); break;
+    case kRadio: yyDialogRadio(1, d, f); break;
+    case kCombo: yyDialogCombo(kFieldCreate, d, f); break;
+    case kList: yyDialogList(1, d, f); break;
+    case kTab: yyDialogTab(1, d, f); break;
+    case kProgress: yyDialogProgress(1, d, f); break;
     case kGrid: create_grid(d, f); break;
-    case kTrackbar: create_scale(d, f, false); break;
-    case kTreeview: create_treeview(d, f); break;
+    case kTrackbar: yyDialogTrackbar(1, d, f); break;
+    case kTreeview: yyDialogTreeview(1, d, f); break;
     default: break;
   }
+}
+
+void yyDialogField(int operation, DialogRecord& d, FieldRecord& f) {
+  if (operation == 1) {
+    yyDialogFieldCreateType(d, f);
+    yyDialogFieldProps(1, d, f);
+    return;
+  }
+  if (operation == 0) yyDialogFieldProps(0, d, f);
+  switch (f.type) {
+    case kLabel: yyDialogLabel(operation, d, f); break;
+    case kPicture: yyDialogPicture(operation, d, f); break;
+    case kGroup: yyDialogGroup(operation, d, f); break;
+    case kButton: yyDialogButton(operation, d, f); break;
+    case kCheckbox: yyDialogCheckbox(operation, d, f); break;
+    case kRadio: yyDialogRadio(operation, d, f); break;
+    case kList: yyDialogList(operation, d, f); break;
+    case kTab: yyDialogTab(operation, d, f); break;
+    case kProgress: yyDialogProgress(operation, d, f); break;
+    case kTrackbar: yyDialogTrackbar(operation, d, f); break;
+    case kTreeview: yyDialogTreeview(operation, d, f); break;
+    default: common_operation(operation, d, f); break;
+  }
+}
+
+int yyDialogFontCreate(const DialogRecord& d, const FieldRecord& f) {
+  if (!zelvy_x::state().bXft) return 0;
+  int font = d.fontIndex;
+  yyrcfieldfont(d.resourceId, f.identifier, font);
+  return font >= 0 && font < static_cast<int>(zelvy_dialog::state().DlgFontInfo.size()) ? font : 0;
+}
+
+void yyDialogFont(Arg* args, Cardinal& n, int fontIndex) {
+  if (XmRenderTable rt = yyDialogRenderTable(fontIndex)) {
+    XtSetArg(args[n], XmNrenderTable, rt);
+    ++n;
+  }
+}
+
+void yyDialogBorderStyle(Widget w, int thickness) {
+  if (!zelvy_x::state().bFlatStyle || !w) return;
+  XtVaSetValues(w, XmNshadowThickness, thickness, nullptr);
+  if (thickness > 0) XtVaSetValues(w, XmNtopShadowColor, yyDialogScheme(9), XmNbottomShadowColor, yyDialogScheme(9), nullptr);
 }

@@ -56,7 +56,7 @@ void set_toggle(FieldRecord& f, bool on) {
 
 void yyDialogFieldChangedStateCB(Widget w, XtPointer, XtPointer) {
   FieldRecord* f = nullptr;
-  DialogRecord* d = yyDialogFromWidget(w, &f);
+  DialogRecord* d = yyDialogFieldInfo(w, f);
   if (!d || !f) return;
   if (ds.bInvalidField) {
     // An invalid number elsewhere holds the dialog: the click is taken back.
@@ -86,7 +86,7 @@ void field_changed_message(DialogRecord& d, FieldRecord& f) {
 void refocus_cb(XtPointer data, XtIntervalId*) {
   Widget w = static_cast<Widget>(data);
   FieldRecord* f = nullptr;
-  if (!yyDialogFromWidget(w, &f) || !f) return;
+  if (!yyDialogFieldInfo(w, f) || !f) return;
   ds.bFocusChange = true;
   XmProcessTraversal(w, XmTRAVERSE_CURRENT);
   ds.bFocusChange = false;
@@ -170,7 +170,7 @@ void focus_in(DialogRecord* d, FieldRecord* f) {
 void yyDialogFieldChangedFocusEH(Widget w, XtPointer, XEvent* ev, Boolean*) {
   if (ev->type != FocusIn && ev->type != FocusOut) return;
   FieldRecord* f = nullptr;
-  DialogRecord* d = yyDialogFromWidget(w, &f);
+  DialogRecord* d = yyDialogFieldInfo(w, f);
   if (!d || !f) return;
   if (ev->type == FocusOut) focus_out(f);
   else focus_in(d, f);
@@ -183,7 +183,7 @@ namespace {
 
 void yyDialogStringCB(Widget w, XtPointer, XtPointer call) {
   FieldRecord* f = nullptr;
-  DialogRecord* d = yyDialogFromWidget(w, &f);
+  DialogRecord* d = yyDialogFieldInfo(w, f);
   if (!d || !f || (!yyDialogIsText(*f) && f->type != kCombo)) return;
   auto* cbs = static_cast<XmTextVerifyCallbackStruct*>(call);
   if (cbs->reason == XmCR_MODIFYING_TEXT_VALUE) {
@@ -192,23 +192,36 @@ void yyDialogStringCB(Widget w, XtPointer, XtPointer call) {
     TextFieldData& t = f->data;
     if (b->ptr && b->length > 0) {
       const bool multi = f->type == kString && (f->style & field_style::kMultiLine);
-      const int present = static_cast<int>(XmTextGetLastPosition(w));
-      const int allowed =
-          t.charLimit > 0 ? std::max(0, t.charLimit - (present - static_cast<int>(cbs->endPos - cbs->startPos))) : -1;
       const std::string in(b->ptr, static_cast<std::size_t>(b->length));
-      const std::string kept = yyDialogStrFilterInsert(in, t.kind, multi, allowed);
+      std::string kept = yyDialogStrFilterInsert(in, t.kind, multi, -1);
+      if (!kept.empty() && (t.charLimit > 0 || t.pixelLimit > 0)) {
+        char* present = XmTextGetString(w);
+        const std::string_view all = present ? present : "";
+        // Positions count characters, the text holds UTF-8 bytes.
+        auto offset = [&all](long chars) {
+          std::size_t i = 0;
+          for (; i < all.size() && chars > 0; ++i)
+            if (i + 1 == all.size() || (static_cast<unsigned char>(all[i + 1]) & 0xC0) != 0x80) --chars;
+          return i;
+        };
+        const std::size_t start = offset(cbs->startPos), end = offset(cbs->endPos);
+        kept = yyDialogStringLimit(kept, t.charLimit, t.pixelLimit, all.substr(0, start), all.substr(end),
+                                   [f](std::string_view line) { return yyDialogTextWidth(f->fontIndex, line); });
+        XtFree(present);
+      }
       // Nothing left, as from a control key: the selection stays as it was.
       if (kept.empty()) {
         cbs->doit = False;
         return;
       }
+      yyDialogStrCase(t.kind, kept);
       std::memcpy(b->ptr, kept.data(), kept.size());
       b->length = static_cast<int>(kept.size());
-      for (int k = 0; k < b->length; ++k) {
-        if (t.kind == 1) b->ptr[k] = static_cast<char>(std::toupper(static_cast<unsigned char>(b->ptr[k])));
-        if (t.kind == 2) b->ptr[k] = static_cast<char>(std::tolower(static_cast<unsigned char>(b->ptr[k])));
-      }
-      if (t.kind >= 3 && b->length == 1 && !yyDialogStrValidNum(t.kind, b->ptr[0])) {
+      // One typed character is checked, also one of several bytes, which is
+      // never part of a number.
+      const std::string_view typed(b->ptr, static_cast<std::size_t>(b->length));
+      if (t.kind >= 3 && yyIsUtf8(typed) && yyUtf8Length(typed) == 1 &&
+          (b->length > 1 || !yyDialogStrValidNum(t.kind, b->ptr[0]))) {
         cbs->doit = False;
         return;
       }
@@ -240,37 +253,41 @@ void yyDialogStringCB(Widget w, XtPointer, XtPointer call) {
 
 void yyDialogButtonCB(Widget w, XtPointer, XtPointer) {
   FieldRecord* f = nullptr;
-  DialogRecord* d = yyDialogFromWidget(w, &f);
+  DialogRecord* d = yyDialogFieldInfo(w, f);
   if (d && f) yyDialogButtonMessage(*d, f->identifier);
 }
 
 namespace {
 
-// The spinner arrows step an integer by one inside its range.
 }  // namespace
 
-void yyDialogSpinCB(Widget w, XtPointer data, XtPointer) {
-  FieldRecord* f = nullptr;
-  DialogRecord* d = yyDialogFromWidget(w, &f);
-  if (!d || !f || ds.bInvalidField) return;
-  double v = 0;
-  if (yyDialogNumericValue(f->data, yyDialogGetText(*f), v) != 0) v = 0;
-  v += data ? 1 : -1;
-  const TextFieldData& t = f->data;
-  if (t.maximum >= t.minimum) v = std::clamp(v, t.minimum, t.maximum);
-  std::string text(12, ' ');
-  yyint2st(static_cast<int>(v), text);
-  while (!text.empty() && (text.back() == ' ' || text.back() == '\0')) text.pop_back();
-  yyDialogPutText(*f, text, v, {}, false);
-  send_state_change(*d, *f);
+// The engine forgets a field whose widgets go.
+void yyDialogDestroyFieldCB(Widget, XtPointer data, XtPointer) {
+  auto* f = static_cast<FieldRecord*>(data);
+  if (f && ds.pFieldInputFocus == f) ds.pFieldInputFocus = nullptr;
+  if (f && pStoredItem == f) {
+    pStoredItem = nullptr;
+    bValid = true;
+    ds.bInvalidField = false;
+  }
 }
 
-namespace {
-
-// The common tail: record, geometry, handlers, colours, initial state.
-void field_props(DialogRecord& d, FieldRecord& f) {
+// The common tail of creation (1): record, handlers, colours, initial state;
+// and of destruction (0): what creation added.
+void yyDialogFieldProps(int operation, DialogRecord& d, FieldRecord& f) {
   if (!f.widget) return;
+  if (operation == 0) {
+    XtRemoveCallback(f.widget, XtNdestroyCallback, yyDialogDestroyFieldCB, &f);
+    if (f.valueWidget && (f.capabilities & field_capability::kTakesFocus)) {
+      XtRemoveEventHandler(f.valueWidget, FocusChangeMask, False, yyDialogFieldChangedFocusEH, nullptr);
+      XtRemoveEventHandler(f.valueWidget, KeyPressMask, False, yyDialogEscapeEH, nullptr);
+    }
+    if (f.image != 2 && xdisplay()) XFreePixmap(xdisplay(), f.image);
+    f.image = 2;
+    return;
+  }
   XtVaSetValues(f.widget, XmNuserData, static_cast<XtPointer>(&f), nullptr);
+  XtAddCallback(f.widget, XtNdestroyCallback, yyDialogDestroyFieldCB, &f);
   if (!f.valueWidget) f.valueWidget = f.widget;
   if (f.capabilities & field_capability::kTakesFocus) {
     XtAddEventHandler(f.valueWidget, FocusChangeMask, False, yyDialogFieldChangedFocusEH, nullptr);
@@ -280,16 +297,9 @@ void field_props(DialogRecord& d, FieldRecord& f) {
     XtAddCallback(f.widget, XmNvalueChangedCallback, yyDialogFieldChangedStateCB, nullptr);
   std::array<int, 6> col{256, 256, 256, 256, 256, 256};
   yyrcfieldcolour(d.resourceId, f.identifier, col);
-  if (col[0] != 256 && (f.capabilities & field_capability::kForegroundSettable)) {
-    XtVaSetValues(f.valueWidget, XtNforeground, yyAllocPixel(col[0], col[1], col[2]), nullptr);
-    f.defaultForeground = false;
-  }
-  if (col[3] != 256 && (f.capabilities & field_capability::kBackgroundSettable)) {
-    const Pixel p = yyAllocPixel(col[3], col[4], col[5]);
-    XtVaSetValues(f.valueWidget, XtNbackground, p, nullptr);
-    if (f.outerWidget) XtVaSetValues(f.outerWidget, XtNbackground, p, nullptr);
-    f.defaultBackground = false;
-  }
+  // The resource gives 256 for a colour of the scheme.
+  if (col[0] != 256 || col[3] != 256)
+    yyDialogColour(f, col[0] == 256 ? -1 : col[0], col[1], col[2], col[3] == 256 ? -1 : col[3], col[4], col[5], false);
   int state = 1;
   if (f.style & field_style::kDisabled) {
     f.style &= ~field_style::kDisabled;
@@ -308,6 +318,8 @@ void field_props(DialogRecord& d, FieldRecord& f) {
   }
   yyDialogFieldStateX(state, d, f);
 }
+
+namespace {
 
 bool type_treats_readonly_as_disabled(int type) {
   switch (type) {
@@ -371,7 +383,7 @@ void yyDialogEscapeEH(Widget w, XtPointer, XEvent* ev, Boolean* cont) {
   if (ev->type != KeyPress) return;
   if (XLookupKeysym(&ev->xkey, 0) != XK_Escape) return;
   FieldRecord* f = nullptr;
-  DialogRecord* d = yyDialogFromWidget(w, &f);
+  DialogRecord* d = yyDialogFieldInfo(w, f);
   if (!d) return;
   if (cont) *cont = False;  // once, from the field or else from the dialog
   if (ds.pFieldInputFocus) yyDialogRestoreValid(*ds.pFieldInputFocus);
@@ -387,9 +399,9 @@ void yyDialogFocusMovedCB(Widget, XtPointer, XtPointer call) {
   auto* cbs = static_cast<XmFocusMovedCallbackStruct*>(call);
   if (!cbs) return;
   FieldRecord* f = nullptr;
-  if (cbs->old_focus && yyDialogFromWidget(cbs->old_focus, &f) && f) focus_out(f);
+  if (cbs->old_focus && yyDialogFieldInfo(cbs->old_focus, f) && f) focus_out(f);
   f = nullptr;
-  DialogRecord* d = cbs->new_focus ? yyDialogFromWidget(cbs->new_focus, &f) : nullptr;
+  DialogRecord* d = cbs->new_focus ? yyDialogFieldInfo(cbs->new_focus, f) : nullptr;
   if (d && f && (f->capabilities & field_capability::kTakesFocus)) focus_in(d, f);
 }
 
@@ -414,8 +426,7 @@ void yyDialogFieldCreate(DialogRecord& d) {
       FieldRecord& f = d.fields[k];
       const int p = f.type == kGroup ? 3 : framing(f) ? 2 : 1;
       if (p != pass) continue;
-      yyDialogFieldCreateType(d, f);
-      field_props(d, f);
+      yyDialogField(1, d, f);
     }
 }
 
@@ -444,17 +455,24 @@ void disabled_text_look(FieldRecord& f, bool disabled) {
 
 }  // namespace
 
-void yyDialogFieldStateX(int state, DialogRecord&, FieldRecord& f) {
+void yyDialogFieldVisible(DialogRecord&, FieldRecord& f, bool visible) {
+  Widget outer = f.outerWidget ? f.outerWidget : f.widget;
+  if (!outer || visible == static_cast<bool>(f.style & field_style::kVisible)) return;
+  if (visible) {
+    f.style |= field_style::kVisible;
+    XtManageChild(outer);
+  } else {
+    f.style &= ~field_style::kVisible;
+    XtUnmanageChild(outer);
+  }
+}
+
+void yyDialogFieldStateX(int state, DialogRecord& d, FieldRecord& f) {
   if (!f.widget) return;
   Widget outer = f.outerWidget ? f.outerWidget : f.widget;
   if (type_treats_readonly_as_disabled(f.type) && state == 2) state = 0;
   if ((f.type == kPicture || f.type == kProgress) && state != 3) state = 1;
-  auto show = [&] {
-    if (!(f.style & field_style::kVisible)) {
-      f.style |= field_style::kVisible;
-      XtManageChild(outer);
-    }
-  };
+  auto show = [&] { yyDialogFieldVisible(d, f, true); };
   auto background = [&](int col) {
     if (!f.defaultBackground) return;
     XtVaSetValues(f.valueWidget, XtNbackground, yyDialogScheme(col), nullptr);
@@ -462,6 +480,8 @@ void yyDialogFieldStateX(int state, DialogRecord&, FieldRecord& f) {
   auto foreground = [&](int col) {
     if (f.defaultForeground && (f.capabilities & field_capability::kForegroundSettable)) XtVaSetValues(f.valueWidget, XtNforeground, yyDialogScheme(col), nullptr);
   };
+  // A spinner passes the state on to its text and arrows.
+  Widget editable = (f.capabilities & field_capability::kSpinner) ? f.widget : f.valueWidget;
   const int normalFg = f.type == kGroup ? 16 : (f.type == kButton || f.type == kTab || yyDialogPushLike(f)) ? 0 : 14;
   switch (state) {
     case 0:
@@ -482,7 +502,7 @@ void yyDialogFieldStateX(int state, DialogRecord&, FieldRecord& f) {
       }
       if (f.capabilities & field_capability::kReadOnlyState) {
         f.style &= ~field_style::kReadOnly;
-        if (yyDialogIsText(f) || f.type == kCombo) XtVaSetValues(f.valueWidget, XmNeditable, True, nullptr);
+        if (yyDialogIsText(f) || f.type == kCombo) XtVaSetValues(editable, XmNeditable, True, nullptr);
       }
       if (f.type == kButton) background(17);
       else if (f.capabilities & field_capability::kBackgroundFollowsState) background(15);
@@ -495,18 +515,13 @@ void yyDialogFieldStateX(int state, DialogRecord&, FieldRecord& f) {
         f.style &= ~field_style::kDisabled;
         XtSetSensitive(outer, True);
         f.style |= field_style::kReadOnly;
-        if (yyDialogIsText(f) || f.type == kCombo) XtVaSetValues(f.valueWidget, XmNeditable, False, nullptr);
+        if (yyDialogIsText(f) || f.type == kCombo) XtVaSetValues(editable, XmNeditable, False, nullptr);
       }
       if (f.capabilities & field_capability::kBackgroundFollowsState) background(3);
       foreground(f.type == kGroup ? 14 : normalFg);
       disabled_text_look(f, false);
       break;
-    case 3:
-      if (f.style & field_style::kVisible) {
-        f.style &= ~field_style::kVisible;
-        XtUnmanageChild(outer);
-      }
-      break;
+    case 3: yyDialogFieldVisible(d, f, false); break;
     default: break;
   }
 }
@@ -517,10 +532,18 @@ void yyDialogFieldState(int fieldid, int state, int dialogIndex) {
   DialogRecord& d = ds.wDialogInfo[dialogIndex];
   FieldRecord& f = d.fields[static_cast<std::size_t>(fi)];
   f.lastState = state;
-  yyDialogFieldStateX(state, d, f);
+  // A fixed dialog cut smaller by the program keeps the fields it cut off
+  // away; the request waits for the size that brings them back.
+  if (d.anchorFieldId == 0 && yyDialogFieldInRect({f.x, f.y, f.width, f.height}, d.width, d.height) == 0) return;
+  yyDialogField(state + 3, d, f);
 }
 
-int yyinfodialogfieldstate(const FieldRecord& f) {
+FieldRecord* yyDialogGetField(int fieldid, int dialogIndex) {
+  const int fi = yyDialogFindField(fieldid, dialogIndex);
+  return fi < 0 ? nullptr : &ds.wDialogInfo[dialogIndex].fields[static_cast<std::size_t>(fi)];
+}
+
+int yyinfodialogfieldstate_(const FieldRecord& f) {
   if (!(f.style & field_style::kVisible)) return 3;
   if (f.style & field_style::kDisabled) return 0;
   if (f.type >= kString && f.type <= kDouble && (f.style & field_style::kReadOnly)) return 2;
@@ -569,13 +592,13 @@ void yyDialogRestoreValid(FieldRecord& f) {
   }
   const double v = f.data.value;
   const bool valid = f.data.valid;
-  yyDialogPutText(f, text, v, f.data.format, false);
+  yyDialogPutString(f, v, text, f.data.format, false);
   f.data.valid = valid && !text.empty();
   f.data.value = v;
 }
 
-void yyDialogPutText(FieldRecord& f, std::string_view text, double number, std::string_view format,
-                     bool clearDefined) {
+void yyDialogPutString(FieldRecord& f, double number, std::string_view text, std::string_view format,
+                       bool clearDefined) {
   std::string t;
   for (char c : text)
     if (c != '\r') t += c;
@@ -663,7 +686,7 @@ int winfodialogfield(int fieldid, int item) {
     case 3: return wd;
     case 4: return ht;
     case 5: return f.type;
-    case 6: return yyinfodialogfieldstate(f);
+    case 6: return yyinfodialogfieldstate_(f);
     case 7: case 8: {
       if (f.type != kTrackbar) return 0;
       int lo = 0, hi = 0;
@@ -686,4 +709,94 @@ void yyDialogForgetFields(DialogRecord& d) {
       ds.bInvalidField = false;
     }
   }
+}
+
+// ---- Focus by program ------------------------------------------------------
+
+void yyDialogFocus(FieldRecord& f, int position) {
+  Widget target = f.valueWidget ? f.valueWidget : f.widget;
+  if (!target) return;
+  XmProcessTraversal(target, XmTRAVERSE_CURRENT);
+  if (!XmIsText(target)) return;
+  const bool multi = f.type == kString && (f.style & field_style::kMultiLine);
+  const XmTextPosition last = XmTextGetLastPosition(target);
+  if (position >= 0) {
+    XmTextClearSelection(target, XtLastTimestampProcessed(XtDisplay(target)));
+    XmTextSetInsertionPosition(target, std::min<XmTextPosition>(position, last));
+  } else if (multi) {
+    XmTextClearSelection(target, XtLastTimestampProcessed(XtDisplay(target)));
+    XmTextSetInsertionPosition(target, 0);
+  } else {
+    XmTextSetInsertionPosition(target, last);
+    XmTextSetSelection(target, 0, last, XtLastTimestampProcessed(XtDisplay(target)));
+  }
+}
+
+bool yyDialogFocusFirst(DialogRecord& d) {
+  for (FieldRecord& f : d.fields) {
+    if (!f.widget || !(f.style & field_style::kTabStop) || !(f.capabilities & field_capability::kTabReach)) continue;
+    if (!(f.style & field_style::kVisible) || (f.style & field_style::kDisabled)) continue;
+    // A radio group is entered at its button that is set.
+    if (f.type == kRadio && !XmToggleButtonGetState(f.widget)) continue;
+    yyDialogFocus(f, -1);
+    return true;
+  }
+  return false;
+}
+
+void WDialogSetField(int fieldid, std::optional<int> position) {
+  FieldRecord* f = yyDialogCurrentField(fieldid, "WDialogSetField");
+  if (!f) return;
+  // From 1 here, from 0 below; absent selects all.
+  yyDialogFocus(*f, position && *position >= 1 ? *position - 1 : -1);
+}
+
+// ---- Colours ---------------------------------------------------------------
+
+void yyDialogColour(FieldRecord& f, int fgRed, int fgGreen, int fgBlue, int bgRed, int bgGreen, int bgBlue,
+                    bool forceScheme) {
+  constexpr int kLeave = -1, kScheme = 256;
+  Widget value = f.valueWidget ? f.valueWidget : f.widget;
+  if (!value) return;
+  if (f.type == kPicture) {
+    if (bgRed == kLeave) return;
+    f.pictureBackground = bgRed == kScheme ? yyDialogScheme(3) : yyAllocPixel(bgRed, bgGreen, bgBlue);
+    f.defaultBackground = bgRed == kScheme;
+    XtVaSetValues(value, XtNbackground, f.pictureBackground, nullptr);
+    return;
+  }
+  if (fgRed != kLeave && (f.capabilities & field_capability::kForegroundSettable)) {
+    const int scheme = f.type == kGroup ? 16 : (f.type == kButton || f.type == kTab || yyDialogPushLike(f)) ? 0 : 14;
+    f.defaultForeground = fgRed == kScheme;
+    XtVaSetValues(value, XtNforeground, f.defaultForeground ? yyDialogScheme(scheme) : yyAllocPixel(fgRed, fgGreen, fgBlue),
+                  nullptr);
+  }
+  if (bgRed != kLeave && (f.capabilities & field_capability::kBackgroundSettable)) {
+    int scheme = 15;
+    const bool inactive = (f.style & field_style::kDisabled) || (f.style & field_style::kReadOnly);
+    if (f.type == kButton) scheme = 17;
+    else if (!(f.capabilities & field_capability::kBackgroundFollowsState)) scheme = 3;
+    else if ((f.capabilities & field_capability::kReadOnlyState) && (inactive || forceScheme)) scheme = 3;
+    f.defaultBackground = bgRed == kScheme;
+    const Pixel p = f.defaultBackground ? yyDialogScheme(scheme) : yyAllocPixel(bgRed, bgGreen, bgBlue);
+    XtVaSetValues(value, XtNbackground, p, nullptr);
+    if (f.outerWidget) XtVaSetValues(f.outerWidget, XtNbackground, p, nullptr);
+  }
+}
+
+void yydialogcolour_(int fieldid, int fgRed, int fgGreen, int fgBlue, int bgRed, int bgGreen, int bgBlue,
+                     int& error) {
+  error = 0;
+  if (zelvy_data::data().icurdialog == 0 || ds.iDlgCur < 0) {
+    error = 1005;
+    return;
+  }
+  FieldRecord* f = yyDialogGetField(fieldid, ds.iDlgCur);
+  if (!f) {
+    error = 1006;
+    return;
+  }
+  yyDialogColour(*f, fgRed, fgGreen, fgBlue, bgRed, bgGreen, bgBlue, false);
+  // An image's transparent parts take the new background.
+  if (f->imageResourceId) yyDialogInitImage(*f);
 }

@@ -1,15 +1,16 @@
 // Options of combo and list fields: filling, selecting and reading them.
-// A combo keeps its options in its inner list, which is what is read here.
-#include <Xm/ComboBox.h>
+// A combo keeps its options and its selected option itself.
 #include <Xm/List.h>
 #include <Xm/Text.h>
 
 #include <algorithm>
 #include <span>
 #include <string>
+#include <vector>
 
 #include "toolkit/dialog/dialog_private.h"
 #include "toolkit/dialog/dialog_fields_private.h"
+#include "toolkit/dialog/combo_private.h"
 #include "toolkit/base/error.h"
 #include "toolkit/base/zelvy_data.h"
 #include "toolkit/base/fixed_text.h"
@@ -21,12 +22,8 @@ using namespace zelvy_dialog;
 
 namespace {
 
-// The list that holds the options: the field itself or a combo's inner list.
-Widget option_list(const FieldRecord& f) {
-  if (f.type == kList) return f.widget;
-  if (f.type == kCombo) return XtNameToWidget(f.widget, "*List");
-  return nullptr;
-}
+// The list that holds a list field's options.
+Widget option_list(const FieldRecord& f) { return f.type == kList ? f.widget : nullptr; }
 
 // 1..3 the combo kinds, 4 a list of one selection, 5 and 6 lists of many.
 int menu_type(const FieldRecord& f) {
@@ -42,6 +39,19 @@ int option_count(Widget list) {
   int n = 0;
   if (list) XtVaGetValues(list, XmNitemCount, &n, nullptr);
   return n;
+}
+
+int option_count(const FieldRecord& f) {
+  int n = 0;
+  if (f.type == kCombo) XtVaGetValues(f.widget, XmNcomboItemCount, &n, nullptr);
+  else n = option_count(option_list(f));
+  return n;
+}
+
+int combo_selected(const FieldRecord& f) {
+  int option = 0;
+  XtVaGetValues(f.widget, XmNitemSelect, &option, nullptr);
+  return option;
 }
 
 std::string option_text(Widget list, int option) {
@@ -64,23 +74,35 @@ void list_scroll(Widget list, int position) {
   else if (position >= top + visible) XmListSetPos(list, std::max(1, position - visible + 1));
 }
 
-void set_combo_text(FieldRecord& f, const std::string& text) {
-  ds.bNumericIgnoreChange = true;
-  XmTextSetString(f.valueWidget, const_cast<char*>(text.c_str()));
-  ds.bNumericIgnoreChange = false;
+// The options of a combo, all at once; none selected, the text empty.
+void put_combo_options(FieldRecord& f, std::span<const std::string> options) {
+  std::vector<XmString> items;
+  for (const std::string& o : options) items.push_back(yyDialogXmString(trimmed(o)));
+  // No options: one empty string stands for them.
+  XmString none = items.empty() ? yyDialogXmString("") : nullptr;
+  XtVaSetValues(f.widget, XmNcomboItemCount, static_cast<int>(items.size()), XmNcomboItems,
+                none ? &none : items.data(), nullptr);
+  for (XmString s : items) XmStringFree(s);
+  if (none) XmStringFree(none);
+  f.data.storedBytes.clear();
+  f.data.storedShown.clear();
 }
 
 // Selects an option by program; 1011 outside the options.
 int put_option(FieldRecord& f, int option) {
+  if (option < 1 || option > option_count(f)) return 1011;
+  if (f.type == kCombo) {
+    // Set afresh, so that the text follows even when the option is the same.
+    XtVaSetValues(f.widget, XmNitemSelect, 0, nullptr);
+    XtVaSetValues(f.widget, XmNitemSelect, option, nullptr);
+    f.data.storedBytes.clear();
+    f.data.storedShown.clear();
+    return 0;
+  }
   Widget list = option_list(f);
-  if (option < 1 || option > option_count(list)) return 1011;
   XmListDeselectAllItems(list);
   XmListSelectPos(list, option, False);
   list_scroll(list, option);
-  if (f.type == kCombo) {
-    set_combo_text(f, option_text(list, option));
-    f.itemSelect = option;
-  }
   return 0;
 }
 
@@ -101,23 +123,22 @@ void WDialogPutMenu(int fieldid, std::span<const std::string> options, int count
                     std::optional<std::string_view> text) {
   FieldRecord* f = menu_field(fieldid, "WDialogPutMenu", false);
   if (!f) return;
-  Widget list = option_list(*f);
-  XmListDeselectAllItems(list);
-  XmListDeleteAllItems(list);
-  const int n = std::min<int>(count, static_cast<int>(options.size()));
-  for (int k = 0; k < n; ++k) {
-    XmString s = yyDialogXmString(trimmed(options[static_cast<std::size_t>(k)]));
-    XmListAddItemUnselected(list, s, 0);
-    XmStringFree(s);
-  }
+  const int n = std::clamp<int>(count, 0, static_cast<int>(options.size()));
   if (f->type == kCombo) {
-    XmComboBoxUpdate(f->widget);
-    f->itemSelect = 0;
-    set_combo_text(*f, "");
+    put_combo_options(*f, options.first(static_cast<std::size_t>(n)));
+  } else {
+    Widget list = option_list(*f);
+    XmListDeselectAllItems(list);
+    XmListDeleteAllItems(list);
+    for (int k = 0; k < n; ++k) {
+      XmString s = yyDialogXmString(trimmed(options[static_cast<std::size_t>(k)]));
+      XmListAddItemUnselected(list, s, 0);
+      XmStringFree(s);
+    }
   }
   const int type = menu_type(*f);
   if (option == 0 && (type == 1 || type == 2) && text) {
-    set_combo_text(*f, std::string(trimmed(*text)));
+    yyDialogPutText(*f, trimmed(*text), 0.0, {}, false);
     return;
   }
   if (const int err = put_option(*f, option)) yyerror(err, "WDialogPutMenu");
@@ -144,12 +165,8 @@ void WDialogGetMenu(int fieldid, int& option, std::string& text) {
       assign_out(text, "");
       return yyerror(1010, "WDialogGetMenu");
     }
-    // The text names its option; free text in a drop-down keeps the last one.
-    XmString s = yyDialogXmString(value);
-    const int pos = XmListItemPos(list, s);
-    XmStringFree(s);
-    if (pos > 0) f->itemSelect = pos;
-    option = f->itemSelect;
+    // Free text in a drop-down keeps the option last selected.
+    option = combo_selected(*f);
   } else {
     int* positions = nullptr;
     int n = 0;
@@ -174,7 +191,7 @@ int yydialoggetmenuoptioncount(int fieldid) {
   if (zelvy_data::data().icurdialog == 0 || ds.iDlgCur < 0) return 0;
   const int fi = yyDialogFindField(fieldid, ds.iDlgCur);
   if (fi < 0) return 0;
-  return option_count(option_list(ds.wDialogInfo[static_cast<std::size_t>(ds.iDlgCur)].fields[static_cast<std::size_t>(fi)]));
+  return option_count(ds.wDialogInfo[static_cast<std::size_t>(ds.iDlgCur)].fields[static_cast<std::size_t>(fi)]);
 }
 
 int yydialoggetmenutype(const FieldRecord& f) { return menu_type(f); }
@@ -182,13 +199,9 @@ int yydialoggetmenutype(const FieldRecord& f) { return menu_type(f); }
 int yyDialogPutOptionX(FieldRecord& f, int option) { return put_option(f, option); }
 
 void yyDialogClearMenu(FieldRecord& f) {
+  if (f.type == kCombo) return put_combo_options(f, {});
   Widget list = option_list(f);
   if (!list) return;
   XmListDeselectAllItems(list);
   XmListDeleteAllItems(list);
-  if (f.type == kCombo) {
-    XmComboBoxUpdate(f.widget);
-    f.itemSelect = 0;
-    set_combo_text(f, "");
-  }
 }

@@ -55,6 +55,7 @@ struct FieldRecord {
   Pixmap image = 2;
   bool defaultBackground = true, defaultForeground = true;
   int imageResourceId = 0;
+  Pixel pictureBackground = 0;  // behind a picture's image
   TextFieldData data;  // string and numeric fields only
   int lastState = 1;
   Widget outerWidget = nullptr;
@@ -90,6 +91,8 @@ struct DialogRecord {
   int messageMode = 2;
   int lastButton = -1;
   int lastCellCode = -1;
+  // The program draws on the dialog itself, or on one of its pictures.
+  bool drawnOn = false, fieldDrawnOn = false;
 };
 
 namespace zelvy_dialog {
@@ -115,7 +118,8 @@ State& state();
 
 // Entry points for the kernel, attached to it by yyDialogAttach.
 // Fonts and the registry, once the display is open; later calls do nothing.
-void yyDialogEngineInit();
+void yyDialogInit();
+inline void yyDialogEngineInit() { yyDialogInit(); }
 // WindowOpen / WindowOpenChild with a dialog: load it into the window's
 // client area and show it there; the dialog becomes current.
 void yywindowdialog(int handle, int dialogid);
@@ -129,9 +133,73 @@ void yyDialogShutdown();
 
 // Field options: 3 report every edit, 4 an empty number is valid, 5 the
 // right button selects too; error 0, 1005 or 1006.
-void yydialogfieldoptions(int fieldid, int option, int value, int& error);
+void yydialogfieldoptions_(int fieldid, int option, int value, int& error);
+
+// The C layer under the public routines: the same work on the current
+// dialog, with the error code (0 none) handed back instead of reported.
+void yydialogload_(int resid, int dialogid, int parent, int& error);
+void yydialogshow_(int x, int y, int fieldid, int mode, int& error);
+void yydialogtitle_(int icon, bool haveTitle, int& error, std::string_view title);
+// Program sizing of the current dialog; unit 0 dialog units, else pixels;
+// below 1 keeps that side.
+void yydialogsize_(int width, int height, int unit, int& error);
+// 1 texts handed to the dialogs are UTF-8, 0 ISO 8859-1.
+void yydialogencoding_(int encoding);
+int yyinfodialog_(int item);
+void yydialogputstring_(int fieldid, std::string_view text, int& error);
+void yydialoggetstring_(int fieldid, std::string& text, int& error);
+void yydialoggetstringlength_(int fieldid, int& length, int& error);
+// A number with the text it is shown as: 1009 outside the field's range.
+void yydialogputnumeric_(int fieldid, std::string_view text, double number, std::string_view format, int& error);
+void yydialoggetnumeric_(int fieldid, double& value, int& error);
+void yydialogputcheckbox_(int fieldid, int state, int& error);
+void yydialoggetcheckbox_(int fieldid, int& state, int& error);
+void yydialogputradiobutton_(int fieldid, int& error);
+void yydialoggetradiobutton_(int fieldid, int& position, int& error);
+void yydialogclearfield_(int fieldid, int& error);
+void yydialograngenumeric_(int fieldid, double minimum, double maximum, int& error);
+// 1009 when the number lies outside the numeric field's range.
+void yydialograngecheck_(int fieldid, double number, int& error);
+// The field's own number format, empty for the default.
+void yydialoggetformat_(int fieldid, std::string& format, int& error);
 
 // Pure rules, also used by the tests.
+
+// A field's rectangle in pixels, relative to its dialog.
+struct DialogRect {
+  int x = 0, y = 0, width = 0, height = 0;
+  int right() const { return x + width; }
+  int bottom() const { return y + height; }
+  bool encloses(const DialogRect& o) const {
+    return x <= o.x && y <= o.y && right() >= o.right() && bottom() >= o.bottom();
+  }
+  bool operator==(const DialogRect&) const = default;
+};
+// Which edges of a field follow a size change of a resizable dialog.
+namespace anchor_edge {
+inline constexpr std::uint32_t kLeft = 1, kRight = 2, kTop = 4, kBottom = 8;
+inline constexpr std::uint32_t kMoveX = kLeft | kRight, kMoveY = kTop | kBottom;
+// Dialog layout flag: a field ending where the anchor ends follows that edge.
+inline constexpr std::uint32_t kLayoutFollowEdge = 2;
+}  // namespace anchor_edge
+// Edge bits of every field, given their rectangles (closed combos at their
+// closed height), types and styles, the anchor's index and the layout flags.
+std::vector<std::uint32_t> yyDialogEdgeFlags(const std::vector<DialogRect>& rects, const std::vector<int>& types,
+                                             const std::vector<std::uint32_t>& styles, int anchor,
+                                             std::uint32_t layoutFlags);
+// A field's rectangle after its dialog took the size width x height; the gaps
+// are its distances to the right and bottom edge at the present layout.
+DialogRect yyDialogAnchorRect(const DialogRect& r, std::uint32_t edges, int rightGap, int bottomGap, int width,
+                              int height);
+// 1 the rectangle lies inside width x height, 2 it overlaps the edge, 0 it is outside.
+int yyDialogFieldInRect(const DialogRect& r, int width, int height);
+// What of an insertion may enter a text field: at most charLimit characters
+// in all (0 no limit) and, with a pixel limit, no wider than it, measured on
+// the whole line (before + insertion + after). Empty: refuse the change.
+std::string yyDialogStringLimit(std::string_view insertion, int charLimit, int pixelLimit, std::string_view before,
+                                std::string_view after, const std::function<int(std::string_view)>& measure);
+// Case folding of ASCII letters only: kind 1 upper, 2 lower, others untouched.
+void yyDialogStrCase(int kind, std::string& text);
 void yyDialogUnitsToPixels(const DialogFontMetrics& font, int x, int y, int& px, int& py);
 void yyDialogUnitsFromPixels(const DialogFontMetrics& font, int x, int y, int& ux, int& uy);
 // Metrics from the rendered width and height of the 52-letter sample.
@@ -167,6 +235,45 @@ void yyDialogNumericStored(TextFieldData& d, std::string_view text, double numbe
 
 // Engine internals shared by the sources of this folder.
 int yyDialogFind(int dialogid);
+// The first free registry entry, -1 when all are taken.
+int yyDialogNextFree();
+void yyDialogUnload(int dialogIndex);
+// A field's height for the layout: a drop-down combo counts closed.
+int yyDialogFieldHeight(const DialogRecord& d, const FieldRecord& f);
+// The dialog whose widget embeds this one (a tab page's owner), -1 none.
+int yyDialogFindParent(int dialogIndex);
+// The dialog a widget belongs to; with its field, when inside one.
+DialogRecord* yyDialogFindFromWgt(Widget w);
+DialogRecord* yyDialogFieldInfo(Widget w, FieldRecord*& field);
+inline DialogRecord* yyDialogFromWidget(Widget w, FieldRecord** field = nullptr) {
+  FieldRecord* f = nullptr;
+  DialogRecord* d = yyDialogFieldInfo(w, f);
+  if (field) *field = f;
+  return d;
+}
+FieldRecord* yyDialogGetField(int fieldid, int dialogIndex);
+bool yyDialogUserDrawn(const DialogRecord& d);
+// Lays out a resizable dialog's fields for a new size in pixels.
+void yyDialogResize(int dialogIndex, int width, int height);
+// The dialog engine's look at an X event; true when it was the engine's.
+bool yyDialogProcessEvent(XEvent& ev);
+void yyDialogConfigureEH(Widget w, XtPointer data, XEvent* event, Boolean* cont);
+// The widget of what holds the keyboard focus: a dialog, or a window's client.
+Widget yyDialogBaseWidget();
+// Focus to a field: position -1 selects all of a text, else the insertion
+// goes there (from 0). The first field that takes focus; false when none.
+void yyDialogFocus(FieldRecord& f, int position);
+bool yyDialogFocusFirst(DialogRecord& d);
+// Type routines: 0 destroy, 1 create, 2 clear, 3..6 state 0..3.
+void yyDialogField(int operation, DialogRecord& d, FieldRecord& f);
+void yyDialogFieldProps(int operation, DialogRecord& d, FieldRecord& f);
+void yyDialogFieldVisible(DialogRecord& d, FieldRecord& f, bool visible);
+// Colours of a field, channels 0..255: red -1 leaves one alone, 256 gives it
+// back to the colour scheme.
+void yyDialogColour(FieldRecord& f, int fgRed, int fgGreen, int fgBlue, int bgRed, int bgGreen, int bgBlue,
+                    bool forceScheme);
+void yydialogcolour_(int fieldid, int fgRed, int fgGreen, int fgBlue, int bgRed, int bgGreen, int bgBlue,
+                     int& error);
 int yyDialogFindField(int fieldid, int dialogIndex);
 // The current dialog's field of that identifier, with 1005 / 1006 reported
 // under `routine`; null on error.
@@ -180,16 +287,20 @@ void yyDialogFieldState(int fieldid, int state, int dialogIndex);
 void yyDialogSendMessage(DialogRecord* d, int type, int v1, int v2, int v3, int v4, int x, int y, int win);
 void yyDialogButtonMessage(DialogRecord& d, int buttonId);
 // Stores text into a field as the program (no change reported).
-void yyDialogPutText(FieldRecord& f, std::string_view text, double number, std::string_view format,
-                     bool clearDefined);
+void yyDialogPutString(FieldRecord& f, double number, std::string_view text, std::string_view format,
+                       bool clearDefined);
+inline void yyDialogPutText(FieldRecord& f, std::string_view text, double number, std::string_view format,
+                            bool clearDefined) {
+  yyDialogPutString(f, number, text, format, clearDefined);
+}
+// Range of a numeric field; maximum below minimum switches it off.
+void yyDialogRange(FieldRecord& f, double minimum, double maximum);
 std::string yyDialogGetText(const FieldRecord& f);
 bool yyDialogFieldValidate(FieldRecord* f, bool store);
 void yyDialogRestoreValid(FieldRecord& f);
-// The dialog and field a widget belongs to, null when none.
-DialogRecord* yyDialogFromWidget(Widget w, FieldRecord** field = nullptr);
 int yyDialogIndexOf(const DialogRecord& d);
 void yyDialogFieldChangedValue(DialogRecord& d, FieldRecord& f);
-int yyinfodialogfieldstate(const FieldRecord& f);
+int yyinfodialogfieldstate_(const FieldRecord& f);
 // Escape in a dialog: the field takes back its value, the dialog answers as to button 2.
 void yyDialogEscapeEH(Widget w, XtPointer data, XEvent* event, Boolean* cont);
 // Focus moves inside a shell that holds dialogs.

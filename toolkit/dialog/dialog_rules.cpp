@@ -206,3 +206,108 @@ int yyDialogRadioGroups(const std::vector<int>& types, const std::vector<std::ui
   }
   return count;
 }
+
+std::vector<std::uint32_t> yyDialogEdgeFlags(const std::vector<DialogRect>& rects, const std::vector<int>& types,
+                                             const std::vector<std::uint32_t>& styles, int anchor,
+                                             std::uint32_t layoutFlags) {
+  using namespace anchor_edge;
+  const std::size_t n = rects.size();
+  std::vector<std::uint32_t> flags(n, 0);
+  if (anchor < 0 || static_cast<std::size_t>(anchor) >= n) return flags;
+  const DialogRect& a = rects[static_cast<std::size_t>(anchor)];
+  const bool followEdge = layoutFlags & kLayoutFollowEdge;
+  // One axis: the field's working span [gLo, gHi], its own low edge, the anchor's span.
+  auto axis = [&](int gLo, int gHi, int oLo, int aLo, int aHi, std::uint32_t lo, std::uint32_t hi) -> std::uint32_t {
+    if (followEdge && gHi == aHi) {
+      if (gLo == aLo && oLo != aLo) return 0;
+      return hi | (oLo != aLo ? lo : 0);
+    }
+    return aHi <= gLo ? (lo | hi) : 0;
+  };
+  for (std::size_t i = 0; i < n; ++i) {
+    const DialogRect& o = rects[i];
+    DialogRect g = o;
+    const bool isAnchor = static_cast<int>(i) == anchor;
+    // A field inside a frame moves with the frame, unless the frame also holds the anchor.
+    for (std::size_t j = 0; j < n; ++j) {
+      if (j == i || !rects[j].encloses(g)) continue;
+      if (isAnchor) flags[j] |= kRight | kBottom;
+      else if (!rects[j].encloses(a)) g = rects[j];
+    }
+    if (isAnchor) {
+      flags[i] |= kRight | kBottom;
+    } else {
+      flags[i] |= axis(g.x, g.right(), o.x, a.x, a.right(), kLeft, kRight);
+      flags[i] |= axis(g.y, g.bottom(), o.y, a.y, a.bottom(), kTop, kBottom);
+    }
+  }
+  // Lines keep their thickness: a line stretches only along its length.
+  for (std::size_t i = 0; i < n; ++i) {
+    if (types[i] != zelvy_dialog::kPicture) continue;
+    const std::uint32_t kind = styles[i] & 0xFF;
+    if (kind == zelvy_dialog::field_style::kPictureLineHorizontal && !(flags[i] & kTop)) flags[i] &= ~kBottom;
+    if (kind == zelvy_dialog::field_style::kPictureLineVertical && !(flags[i] & kLeft)) flags[i] &= ~kRight;
+  }
+  return flags;
+}
+
+DialogRect yyDialogAnchorRect(const DialogRect& r, std::uint32_t edges, int rightGap, int bottomGap, int width,
+                              int height) {
+  using namespace anchor_edge;
+  const int dx = width - r.right() - rightGap, dy = height - r.bottom() - bottomGap;
+  int left = r.x, right = r.right(), top = r.y, bottom = r.bottom();
+  if (edges & kLeft) left += dx;
+  if (edges & kRight) right += dx;
+  if (edges & kTop) top += dy;
+  if (edges & kBottom) bottom += dy;
+  return {left, top, std::max(1, right - left), std::max(1, bottom - top)};
+}
+
+int yyDialogFieldInRect(const DialogRect& r, int width, int height) {
+  const DialogRect dialog{0, 0, width, height};
+  if (dialog.encloses(r)) return 1;
+  const bool apart = r.x >= width || r.y >= height || r.right() <= 0 || r.bottom() <= 0;
+  return apart ? 0 : 2;
+}
+
+namespace {
+
+std::size_t utf8_chars(std::string_view s) {
+  std::size_t n = 0;
+  for (char c : s)
+    if ((static_cast<unsigned char>(c) & 0xC0) != 0x80) ++n;
+  return n;
+}
+
+// Drops the last character, never half of one.
+void drop_last_char(std::string& s) {
+  while (!s.empty()) {
+    const auto c = static_cast<unsigned char>(s.back());
+    s.pop_back();
+    if ((c & 0xC0) != 0x80) break;
+  }
+}
+
+}  // namespace
+
+std::string yyDialogStringLimit(std::string_view insertion, int charLimit, int pixelLimit, std::string_view before,
+                                std::string_view after, const std::function<int(std::string_view)>& measure) {
+  std::string out(insertion);
+  if (charLimit > 0) {
+    const long present = static_cast<long>(utf8_chars(before) + utf8_chars(after));
+    const long allowed = std::max(0L, charLimit - present);
+    while (static_cast<long>(utf8_chars(out)) > allowed) drop_last_char(out);
+  }
+  if (pixelLimit > 0 && measure) {
+    auto line = [&] { return std::string(before) + out + std::string(after); };
+    while (!out.empty() && measure(line()) > pixelLimit) drop_last_char(out);
+  }
+  return out;
+}
+
+void yyDialogStrCase(int kind, std::string& text) {
+  for (char& c : text) {
+    if (kind == 1 && c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+    else if (kind == 2 && c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  }
+}

@@ -1,6 +1,5 @@
 // Field values by identifier on the current dialog: texts, numbers with
 // their range and undefined values, check boxes and radio groups.
-#include <Xm/ComboBox.h>
 #include <Xm/List.h>
 #include <Xm/Text.h>
 #include <Xm/ToggleB.h>
@@ -23,6 +22,7 @@ using namespace zelvy_dialog;
 namespace {
 
 bool numeric(const FieldRecord& f) { return f.type >= kInteger && f.type <= kDouble; }
+bool toggle(const FieldRecord& f) { return f.type == kCheckbox || f.type == kRadio; }
 
 std::string_view trim_right(std::string_view t) {
   while (!t.empty() && (t.back() == ' ' || t.back() == '\0')) t.remove_suffix(1);
@@ -35,43 +35,48 @@ std::string trim_both(std::string s) {
   return lead == std::string::npos ? std::string{} : s.substr(lead);
 }
 
-// Stores a program number: refused outside the range, else shown as text.
-void put_numeric(FieldRecord& f, const std::string& text, double number, std::string_view format,
-                 const char* routine) {
-  if (yyDialogNumericOutOfRange(f.data.minimum, f.data.maximum, number)) return yyerror(1009, routine);
-  yyDialogPutText(f, text, number, format, false);
+// The current dialog's field, or 1005 / 1006 in `error`.
+FieldRecord* current_field(int fieldid, int& error) {
+  error = 0;
+  if (zelvy_data::data().icurdialog == 0 || ds.iDlgCur < 0 || ds.wDialogInfo[ds.iDlgCur].identifier == -1) {
+    error = 1005;
+    return nullptr;
+  }
+  FieldRecord* f = yyDialogGetField(fieldid, ds.iDlgCur);
+  if (!f) error = 1006;
+  return f;
 }
 
-void get_numeric(int fieldid, double& value, int& error, const char* routine) {
-  error = 0;
-  FieldRecord* f = yyDialogCurrentField(fieldid, routine);
-  if (!f) {
-    error = -1;
-    return;
-  }
-  if (!numeric(*f)) {
-    yyerror(1006, routine);
-    error = -1;
-    return;
-  }
-  error = yyDialogNumericValue(f->data, yyDialogGetText(*f), value);
+// Radio buttons of one group, in table order.
+template <typename Visit>
+void radio_group(const FieldRecord& f, Visit visit) {
+  auto& fields = ds.wDialogInfo[ds.iDlgCur].fields;
+  for (std::size_t i = 0; i < fields.size(); ++i)
+    if (fields[i].type == kRadio && fields[i].radioGroup == f.radioGroup) visit(i, fields[i]);
+}
+
+void report(int error, const char* routine) {
   if (error) yyerror(error, routine);
 }
 
-bool toggle(const FieldRecord& f) { return f.type == kCheckbox || f.type == kRadio; }
-
 }  // namespace
 
-void WDialogPutString(int fieldid, std::optional<std::string_view> text) {
-  FieldRecord* f = yyDialogCurrentField(fieldid, "WDialogPutString");
-  if (!f) return;
-  yyDialogPutText(*f, trim_right(text.value_or(std::string_view{})), 0.0, {}, false);
+// ---- The C layer -----------------------------------------------------------
+
+void yyDialogRange(FieldRecord& f, double minimum, double maximum) {
+  f.data.minimum = minimum;
+  f.data.maximum = maximum;
 }
 
-void WDialogGetString(int fieldid, std::string& text) {
-  FieldRecord* f = yyDialogCurrentField(fieldid, "WDialogGetString");
-  if (!f || f->textKind == 0) {
-    if (f) yyerror(1006, "WDialogGetString");
+void yydialogputstring_(int fieldid, std::string_view text, int& error) {
+  FieldRecord* f = current_field(fieldid, error);
+  if (f) yyDialogPutString(*f, 0.0, text, {}, false);
+}
+
+void yydialoggetstring_(int fieldid, std::string& text, int& error) {
+  FieldRecord* f = current_field(fieldid, error);
+  if (f && f->textKind == 0) error = 1006;
+  if (error) {
     assign_out(text, "");
     return;
   }
@@ -83,144 +88,194 @@ void WDialogGetString(int fieldid, std::string& text) {
     assign_out(text, value);
 }
 
-void WDialogGetStringLength(int fieldid, int& length) {
+void yydialoggetstringlength_(int fieldid, int& length, int& error) {
   length = 0;
-  FieldRecord* f = yyDialogCurrentField(fieldid, "WDialogGetStringLength");
-  if (!f) return;
-  if (f->textKind == 0) return yyerror(1006, "WDialogGetStringLength");
+  FieldRecord* f = current_field(fieldid, error);
+  if (f && f->textKind == 0) error = 1006;
+  if (error) return;
   const std::string value = yyDialogGetText(*f);
   length = static_cast<int>(yyIsUtf8(value) ? yyUtf8Length(value) : value.size());
 }
 
+void yydialograngecheck_(int fieldid, double number, int& error) {
+  FieldRecord* f = current_field(fieldid, error);
+  if (f && !numeric(*f)) error = 1006;
+  if (!error && yyDialogNumericOutOfRange(f->data.minimum, f->data.maximum, number)) error = 1009;
+}
+
+void yydialogputnumeric_(int fieldid, std::string_view text, double number, std::string_view format, int& error) {
+  yydialograngecheck_(fieldid, number, error);
+  if (error) return;  // the field keeps what it had
+  yyDialogPutString(*current_field(fieldid, error), number, text, format, false);
+}
+
+void yydialoggetnumeric_(int fieldid, double& value, int& error) {
+  FieldRecord* f = current_field(fieldid, error);
+  if (f && !numeric(*f)) error = 1006;
+  if (error) return;
+  error = yyDialogNumericValue(f->data, yyDialogGetText(*f), value);
+}
+
+void yydialoggetformat_(int fieldid, std::string& format, int& error) {
+  FieldRecord* f = current_field(fieldid, error);
+  if (f && !numeric(*f)) error = 1006;
+  format = error ? std::string{} : f->data.format;
+}
+
+void yydialogputcheckbox_(int fieldid, int state, int& error) {
+  FieldRecord* f = current_field(fieldid, error);
+  if (f && f->type != kCheckbox) error = 1006;
+  if (error) return;
+  XmToggleButtonSetState(f->widget, state == 1 ? True : False, False);
+}
+
+void yydialoggetcheckbox_(int fieldid, int& state, int& error) {
+  state = 0;
+  FieldRecord* f = current_field(fieldid, error);
+  if (f && !toggle(*f)) error = 1006;
+  if (error) return;
+  state = XmToggleButtonGetState(f->widget) ? 1 : 0;
+}
+
+void yydialogputradiobutton_(int fieldid, int& error) {
+  FieldRecord* f = current_field(fieldid, error);
+  if (f && f->type != kRadio) error = 1006;
+  if (error) return;
+  radio_group(*f, [f](std::size_t, FieldRecord& g) { XmToggleButtonSetState(g.widget, &g == f, False); });
+}
+
+void yydialoggetradiobutton_(int fieldid, int& position, int& error) {
+  position = zelvy_data::data().iundef;
+  FieldRecord* f = current_field(fieldid, error);
+  if (f && f->type != kRadio) error = 1006;
+  if (error) return;
+  // The position counts from the group's first button in table order.
+  long first = -1, set = -1;
+  radio_group(*f, [&](std::size_t i, FieldRecord& g) {
+    if (first < 0) first = static_cast<long>(i);
+    if (set < 0 && XmToggleButtonGetState(g.widget)) set = static_cast<long>(i);
+  });
+  if (set < 0) error = 1010;
+  else position = static_cast<int>(set - first + 1);
+}
+
+void yydialogclearfield_(int fieldid, int& error) {
+  FieldRecord* f = current_field(fieldid, error);
+  if (!error) yyDialogField(2, ds.wDialogInfo[ds.iDlgCur], *f);
+}
+
+void yydialograngenumeric_(int fieldid, double minimum, double maximum, int& error) {
+  FieldRecord* f = current_field(fieldid, error);
+  if (f && !numeric(*f)) error = 1006;
+  if (!error) yyDialogRange(*f, minimum, maximum);
+}
+
+// ---- Public routines -------------------------------------------------------
+
+void WDialogPutString(int fieldid, std::optional<std::string_view> text) {
+  int err = 0;
+  yydialogputstring_(fieldid, trim_right(text.value_or(std::string_view{})), err);
+  report(err, "WDialogPutString");
+}
+
+void WDialogGetString(int fieldid, std::string& text) {
+  int err = 0;
+  yydialoggetstring_(fieldid, text, err);
+  report(err, "WDialogGetString");
+}
+
+void WDialogGetStringLength(int fieldid, int& length) {
+  int err = 0;
+  yydialoggetstringlength_(fieldid, length, err);
+  report(err, "WDialogGetStringLength");
+}
+
 void WDialogPutInteger(int fieldid, int value) {
-  FieldRecord* f = yyDialogCurrentField(fieldid, "WDialogPutInteger");
-  if (!f) return;
-  if (!numeric(*f)) return yyerror(1006, "WDialogPutInteger");
   std::string text(12, ' ');
   yyint2st(value, text);
-  put_numeric(*f, trim_both(text), value, {}, "WDialogPutInteger");
+  int err = 0;
+  yydialogputnumeric_(fieldid, trim_both(text), value, {}, err);
+  report(err, "WDialogPutInteger");
 }
 
 void WDialogPutReal(int fieldid, float value, std::string_view format) {
-  FieldRecord* f = yyDialogCurrentField(fieldid, "WDialogPutReal");
-  if (!f) return;
-  if (!numeric(*f)) return yyerror(1006, "WDialogPutReal");
+  int err = 0;
   std::string fmt(trim_right(format));
-  if (fmt.find_first_not_of(' ') == std::string::npos) fmt = f->data.format;
+  if (fmt.find_first_not_of(' ') == std::string::npos) yydialoggetformat_(fieldid, fmt, err);
+  if (err) return report(err, "WDialogPutReal");
   if (fmt.empty()) fmt = ds.cNumDefFormat;
   std::string text(100, ' ');
   yyrea2st(value, text, fmt);
-  put_numeric(*f, trim_both(text), value, trim_right(format), "WDialogPutReal");
+  yydialogputnumeric_(fieldid, trim_both(text), value, trim_right(format), err);
+  report(err, "WDialogPutReal");
 }
 
 void WDialogGetInteger(int fieldid, int& value) {
   double v = 0;
   int err = 0;
-  get_numeric(fieldid, v, err, "WDialogGetInteger");
+  yydialoggetnumeric_(fieldid, v, err);
   value = err ? zelvy_data::data().iundef : static_cast<int>(v);
+  report(err, "WDialogGetInteger");
 }
 
 void WDialogGetReal(int fieldid, float& value) {
   double v = 0;
   int err = 0;
-  get_numeric(fieldid, v, err, "WDialogGetReal");
+  yydialoggetnumeric_(fieldid, v, err);
   value = err ? zelvy_data::data().rundef : static_cast<float>(v);
+  report(err, "WDialogGetReal");
 }
 
 void WDialogPutCheckBox(int fieldid, int state) {
-  FieldRecord* f = yyDialogCurrentField(fieldid, "WDialogPutCheckBox");
-  if (!f) return;
-  if (f->type != 9) return yyerror(1006, "WDialogPutCheckBox");
-  XmToggleButtonSetState(f->widget, state == 1 ? True : False, False);
+  int err = 0;
+  yydialogputcheckbox_(fieldid, state, err);
+  report(err, "WDialogPutCheckBox");
 }
 
 void WDialogGetCheckBox(int fieldid, int& state) {
-  state = 0;
-  FieldRecord* f = yyDialogCurrentField(fieldid, "WDialogGetCheckBox");
-  if (!f) return;
-  if (!toggle(*f)) return yyerror(1006, "WDialogGetCheckBox");
-  state = XmToggleButtonGetState(f->widget) ? 1 : 0;
+  int err = 0;
+  yydialoggetcheckbox_(fieldid, state, err);
+  report(err, "WDialogGetCheckBox");
 }
 
 void WDialogPutRadioButton(int fieldid) {
-  FieldRecord* f = yyDialogCurrentField(fieldid, "WDialogPutRadioButton");
-  if (!f) return;
-  if (f->type != 10) return yyerror(1006, "WDialogPutRadioButton");
-  for (FieldRecord& g : ds.wDialogInfo[ds.iDlgCur].fields)
-    if (g.type == 10 && g.radioGroup == f->radioGroup) XmToggleButtonSetState(g.widget, &g == f, False);
+  int err = 0;
+  yydialogputradiobutton_(fieldid, err);
+  report(err, "WDialogPutRadioButton");
 }
 
 void WDialogGetRadioButton(int fieldid, int& position) {
-  FieldRecord* f = yyDialogCurrentField(fieldid, "WDialogGetRadioButton");
-  if (!f) {
-    position = zelvy_data::data().iundef;
-    return;
-  }
-  if (f->type != 10) {
-    position = zelvy_data::data().iundef;
-    return yyerror(1006, "WDialogGetRadioButton");
-  }
-  // The position counts from the group's first button in table order.
-  const auto& fields = ds.wDialogInfo[ds.iDlgCur].fields;
-  int first = -1;
-  for (std::size_t i = 0; i < fields.size(); ++i) {
-    const FieldRecord& g = fields[i];
-    if (g.type != 10 || g.radioGroup != f->radioGroup) continue;
-    if (first < 0) first = static_cast<int>(i);
-    if (XmToggleButtonGetState(g.widget)) {
-      position = static_cast<int>(i) - first + 1;
-      return;
-    }
-  }
-  position = zelvy_data::data().iundef;
-  yyerror(1010, "WDialogGetRadioButton");
+  int err = 0;
+  yydialoggetradiobutton_(fieldid, position, err);
+  report(err, "WDialogGetRadioButton");
 }
 
 void WDialogClearField(int fieldid) {
-  FieldRecord* f = yyDialogCurrentField(fieldid, "WDialogClearField");
-  if (!f) return;
-  switch (f->type) {
-    case 9: XmToggleButtonSetState(f->widget, False, False); break;
-    case 10:
-      for (FieldRecord& g : ds.wDialogInfo[ds.iDlgCur].fields)
-        if (g.type == 10 && g.radioGroup == f->radioGroup) XmToggleButtonSetState(g.widget, False, False);
-      break;
-    case 11: case 12: yyDialogClearMenu(*f); break;
-    case 4: case 5: case 6: case 7: yyDialogPutText(*f, "", 0.0, {}, true); break;
-    case 1: case 3: case 8: yyDialogPutText(*f, "", 0.0, {}, true); break;
-    default: break;
-  }
+  int err = 0;
+  yydialogclearfield_(fieldid, err);
+  report(err, "WDialogClearField");
 }
 
 void WDialogRangeInteger(int fieldid, std::optional<int> minimum, std::optional<int> maximum) {
-  FieldRecord* f = yyDialogCurrentField(fieldid, "WDialogRangeInteger");
-  if (!f) return;
-  if (!numeric(*f)) return yyerror(1006, "WDialogRangeInteger");
+  // Both bounds absent switch the range off.
   double lo = 1000.0, hi = -1000.0;
   if (minimum || maximum) {
     lo = minimum ? *minimum : -2147483647.0;
     hi = maximum ? *maximum : 2147483647.0;
   }
-  f->data.minimum = lo;
-  f->data.maximum = hi;
+  int err = 0;
+  yydialograngenumeric_(fieldid, lo, hi, err);
+  report(err, "WDialogRangeInteger");
 }
 
 void wdialograngeoptions(int option, int value) {
   if (option == 4) ds.bRangeClear = value != 0;
 }
 
-void yydialogfieldoptions(int fieldid, int option, int value, int& error) {
-  error = 0;
-  if (zelvy_data::data().icurdialog == 0 || ds.iDlgCur < 0) {
-    error = 1005;
-    return;
-  }
-  const int fi = yyDialogFindField(fieldid, ds.iDlgCur);
-  if (fi < 0) {
-    error = 1006;
-    return;
-  }
-  FieldRecord& f = ds.wDialogInfo[ds.iDlgCur].fields[static_cast<std::size_t>(fi)];
+void yydialogfieldoptions_(int fieldid, int option, int value, int& error) {
+  FieldRecord* fp = current_field(fieldid, error);
+  if (error) return;
+  FieldRecord& f = *fp;
   const bool on = value != 0;
   switch (option) {
     case 3:

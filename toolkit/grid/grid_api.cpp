@@ -173,7 +173,9 @@ void yygridgetcellstring_(int fieldid, int column, int row, std::string& text, i
     error = kTypeMismatch;
     return;
   }
-  text = yyGridModelText(c, row);
+  double number = 0.0;
+  bool defined = false;
+  yyGridWidgetGetSingleCellDataX(grid, column, row, false, text, number, defined);
 }
 
 void yygridgetcellnumeric_(int fieldid, int column, int row, double& number, int& undefined, int& error) {
@@ -182,7 +184,8 @@ void yygridgetcellnumeric_(int fieldid, int column, int row, double& number, int
   Widget grid = checked(fieldid, column, row, error);
   if (!grid) return;
   bool defined = false;
-  yyGridModelNumber(column_of(grid, column), row, number, defined);
+  std::string text;
+  yyGridWidgetGetSingleCellDataX(grid, column, row, true, text, number, defined);
   undefined = defined ? 0 : 1;
 }
 
@@ -308,7 +311,7 @@ void yygridcolourlines_(int fieldid, int red, int green, int blue, int& error) {
   GridState& s = *yyGridPart(grid).st;
   s.lineColour = (red & 0xFF) | ((green & 0xFF) << 8) | ((blue & 0xFF) << 16);
   const Pixel p = yyAllocPixel(red & 0xFF, green & 0xFF, blue & 0xFF);
-  for (Widget w : {s.clipWin, s.slideH, s.slideV, s.colLabelBar, s.rowLabelBar, s.partRow})
+  for (Widget w : {s.slideV, s.partRow})
     if (w) XtVaSetValues(w, XtNbackground, p, nullptr);
 }
 

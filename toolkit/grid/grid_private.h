@@ -66,6 +66,7 @@ struct GridState {
   Widget window = nullptr, scrollBarH = nullptr, scrollBarV = nullptr, viewport = nullptr, clipWin = nullptr;
   Widget slideH = nullptr, slideV = nullptr, colLabelBar = nullptr, rowLabelBar = nullptr, partRow = nullptr;
   Widget selectAll = nullptr, colEmpty = nullptr;
+  Widget focusShell = nullptr;  // tells the grid which cell takes the keyboard
   std::vector<Widget> rowLabelWidgets;
   std::vector<std::string> shownRowLabels;
   bool shownRowLabelsValid = false;
@@ -89,7 +90,6 @@ struct GridPart {
   int templateIdent, xftFont;
   Boolean rowWrap, wantReturn, wantTab, readOnly, readOnlyColour, integerRows;
   XtCallbackList reportClipCallback;
-  GC lineGC, selectGC;
   GridState* st;
 };
 
@@ -105,6 +105,9 @@ void yyDialogGrid(DialogRecord& d, FieldRecord& f);
 
 // Storage and rows.
 void yyGridWidgetSetNRowX(Widget grid, int rows);
+// A cell written as the program writes it (`number` 0: a numeric column
+// parses the text); a shown cell's defined flag follows the stored bits, so
+// clearDefined asks nothing more.
 void yyGridWidgetSetSingleCellDataX(double number, Widget grid, int column, int row, std::string_view text,
                                     std::string_view format, bool clearDefined);
 void yyGridWidgetSetRowLabelDataX(Widget grid, int row, std::string_view text);
@@ -143,9 +146,17 @@ bool yyGridWidgetSelCellCutX(Widget grid);
 bool yyGridWidgetSelCellPasteX(Widget grid);
 bool yyGridWidgetSelCellDelX(Widget grid, bool check);
 bool yyGridCanCut(Widget grid);
-// A rectangle written by delete or paste, to the report callback and, with
-// the field's report style, as FieldChanged.
+// A rectangle written by delete or paste (first column, first row, last
+// column, last row) to the report callbacks; a field with the report style
+// has yyGridReportClipCB among them, which tells the application.
 void yyGridReportClip(Widget grid, int c1, int r1, int c2, int r2);
+void yyGridReportClipCB(Widget grid, XtPointer client, XtPointer call);
+// The current cell's widget when it is a text kind, else null.
+Widget yyGridGetEditCell(Widget grid);
+// A cell as the routines read it: its text, its number and whether it has
+// one (a string cell's text parsed with wantNumber).
+void yyGridWidgetGetSingleCellDataX(Widget grid, int column, int row, bool wantNumber, std::string& text,
+                                    double& number, bool& defined);
 bool yyGridCanPaste(Widget grid);
 // The text clipboard beneath: put a text, read the text there (false: none).
 bool yyGridClipboardPut(Widget w, std::string_view text);

@@ -3,7 +3,6 @@
 // same cell widgets; only the visible cells have widgets.
 #include <X11/IntrinsicP.h>
 #include <X11/keysym.h>
-#include <Xm/ComboBox.h>
 #include <Xm/DrawingA.h>
 #include <Xm/DrawingAP.h>
 #include <Xm/Frame.h>
@@ -13,6 +12,7 @@
 #include <Xm/ScrolledW.h>
 #include <Xm/Text.h>
 #include <Xm/ToggleB.h>
+#include <Xm/VendorSEP.h>
 
 #include <algorithm>
 #include <cstddef>
@@ -21,6 +21,7 @@
 
 #include "toolkit/base/format.h"
 #include "toolkit/base/zelvy_data.h"
+#include "toolkit/dialog/combo_private.h"
 #include "toolkit/dialog/dialog_fields_private.h"
 #include "toolkit/grid/grid_private.h"
 #include "toolkit/kernel/display_private.h"
@@ -31,6 +32,13 @@
 using namespace zelvy_dialog;
 
 namespace {
+
+// The option a combo cell shows, 1 when none is selected.
+int combo_option(const FieldRecord& f) {
+  int option = 0;
+  XtVaGetValues(f.widget, XmNitemSelect, &option, nullptr);
+  return std::max(1, option);
+}
 
 struct GridRec {
   CorePart core;
@@ -63,6 +71,8 @@ constexpr int kSchemeDialog = 3, kSchemeFieldText = 14, kSchemeFieldBack = 15, k
 // Row heights of a dialog-unit row: 13 units, the height of a text field.
 constexpr int kCellHeightUnits = 13;
 constexpr double kRowLabelShrink = 0.8333;
+// A font's line height is its character cell less the leading between lines.
+constexpr float kLineLeading = 1.07f;
 
 #define GOFF(field) static_cast<Cardinal>(offsetof(GridRec, grid.field))
 #define INT_RES(name, cls, field, def) \
@@ -119,6 +129,7 @@ const char* const kTabTable = "Shift<Key>Tab: yyGridWidgetKeyTrans(L)\n<Key>Tab:
 const char* const kClipTable =
     "Ctrl<Key>x: yyGridWidgetKeyTrans(x)\nCtrl<Key>c: yyGridWidgetKeyTrans(c)\nCtrl<Key>v: yyGridWidgetKeyTrans(v)\n"
     "<Key>osfDelete: yyGridWidgetKeyTrans(D)";
+const char* const kLabelTable = "<Btn3Up>: yyGridWidgetKeyTrans(m)";
 const char* const kPagingTable =
     "Shift<Btn1Down>: yyGridWidgetKeyTrans(s)\nShift<Btn1Up>: yyGridWidgetKeyTrans(n)\n"
     "Ctrl<Key>osfPageUp: yyGridWidgetKeyTrans(p,U)\nCtrl<Key>osfPageDown: yyGridWidgetKeyTrans(p,D)\n"
@@ -127,20 +138,20 @@ const char* const kPagingTable =
     "<Key>osfPageUp: yyGridWidgetKeyTrans(p,u)\n<Key>osfPageDown: yyGridWidgetKeyTrans(p,d)";
 
 struct Tables {
-  XtTranslations arrows = nullptr, ret = nullptr, tab = nullptr, clip = nullptr, paging = nullptr;
+  XtTranslations arrows = nullptr, ret = nullptr, tab = nullptr, clip = nullptr, paging = nullptr, label = nullptr;
 };
 Tables& tables() {
   static Tables t;
   return t;
 }
 
-void key_trans(Widget w, XEvent* ev, String* params, Cardinal* count);
+void yyGridWidgetKeyTrans(Widget w, XEvent* ev, String* params, Cardinal* count);
 
 void register_class_actions(XtAppContext app) {
   static bool done = false;
   if (done) return;
   done = true;
-  static XtActionsRec actions[] = {{S("yyGridWidgetKeyTrans"), key_trans}};
+  static XtActionsRec actions[] = {{S("yyGridWidgetKeyTrans"), yyGridWidgetKeyTrans}};
   XtAppAddActions(app, actions, XtNumber(actions));
   Tables& t = tables();
   t.arrows = XtParseTranslationTable(kArrowTable);
@@ -148,6 +159,7 @@ void register_class_actions(XtAppContext app) {
   t.tab = XtParseTranslationTable(kTabTable);
   t.clip = XtParseTranslationTable(kClipTable);
   t.paging = XtParseTranslationTable(kPagingTable);
+  t.label = XtParseTranslationTable(kLabelTable);
 }
 
 // ---- Finding things --------------------------------------------------------
@@ -280,7 +292,7 @@ void show_cell(Widget grid, int column, int vrow, int row) {
     }
     case grid_type::kCombo: {
       const int option = has ? static_cast<int>(c.numbers[at(row)]) : 1;
-      if (f.itemSelect != option) yyDialogPutOptionX(f, option);
+      if (combo_option(f) != option) yyDialogPutOptionX(f, option);
       break;
     }
     default: {
@@ -338,7 +350,7 @@ int slide_x(Widget grid) {
   return s.wideMode ? 0 : -total_width(s, s.firstColumn);
 }
 
-void main_position_resize(Widget grid) {
+void yyGridWidgetMainPositionResize(Widget grid) {
   GridPart& g = part(grid);
   GridState& s = *g.st;
   if (!s.viewport) return;
@@ -361,8 +373,8 @@ void main_position_resize(Widget grid) {
                     static_cast<Dimension>(std::max(1, vh)), 0);
   XtConfigureWidget(s.slideH, static_cast<Position>(slide_x(grid)), 0, static_cast<Dimension>(std::max(1, total)),
                     static_cast<Dimension>(std::max(1, vh)), 0);
-  XtConfigureWidget(s.slideV, 0, static_cast<Position>(top), static_cast<Dimension>(std::max(1, total)),
-                    static_cast<Dimension>(std::max(1, vh - top)), 0);
+  XtConfigureWidget(s.slideV, 0, static_cast<Position>(top), static_cast<Dimension>(std::max(1, total_width(s))),
+                    static_cast<Dimension>(std::max(1, g.rowHeight * std::max(1, g.nrowVis))), 0);
   XtConfigureWidget(s.colLabelBar, 0, 0, static_cast<Dimension>(std::max(1, total)),
                     static_cast<Dimension>(g.rowHeight), 0);
   XtConfigureWidget(s.rowLabelBar, 0, static_cast<Position>(top), static_cast<Dimension>(std::max(1, g.rowWidth)),
@@ -409,10 +421,9 @@ void destroy_rows(Widget grid) {
   s.builtRows = 0;
 }
 
-void button_push_cb(Widget w, XtPointer data, XtPointer call);
-void cell_changed_cb(Widget w, XtPointer data, XtPointer call);
+void yyGridWidgetButtonPushCB(Widget w, XtPointer data, XtPointer call);
+void yyGridWidgetCellChangedCBX(Widget w, XtPointer data, XtPointer call);
 void cell_verify_cb(Widget w, XtPointer data, XtPointer call);
-void cell_focus_eh(Widget w, XtPointer data, XEvent* ev, Boolean* cont);
 
 Widget label_button(Widget parent, const char* name, Widget grid) {
   GridState& s = st(grid);
@@ -422,12 +433,13 @@ Widget label_button(Widget parent, const char* name, Widget grid) {
                               XmNmarginHeight, 0, XmNmarginWidth, 2, nullptr);
   if (XmRenderTable rt = yyDialogRenderTable(s.fontIndex)) XtVaSetValues(b, XmNrenderTable, rt, nullptr);
   XtOverrideTranslations(b, tables().clip);
+  XtOverrideTranslations(b, tables().label);
   yyDialogSetLabel(b, "");
-  XtAddCallback(b, XmNactivateCallback, button_push_cb, grid);
+  XtAddCallback(b, XmNactivateCallback, yyGridWidgetButtonPushCB, grid);
   return b;
 }
 
-void create_column(Widget grid, int column) {
+void yyGridWidgetCreateColumn(Widget grid, int column) {
   GridPart& g = part(grid);
   GridState& s = *g.st;
   GridColumnWidgets& v = s.views[at(column)];
@@ -460,32 +472,40 @@ void create_column(Widget grid, int column) {
     XtVaSetValues(f.widget, XmNuserData, static_cast<XtPointer>(&f), nullptr);
     Widget w = value_widget(f);
     if (text_kind(f) && w == f.widget) {
-      XtVaSetValues(w, XmNshadowThickness, 0, XmNhighlightThickness, 0, XmNmarginHeight, 1, nullptr);
+      // One line of the cell's font in the middle of the row.
+      const int line = static_cast<int>(yyDialogFontMetrics(f.fontIndex).charHeight / kLineLeading);
+      XtVaSetValues(w, XmNshadowThickness, 0, XmNhighlightThickness, 0, XmNmarginHeight,
+                    std::max(0, (f.height - line) / 2), nullptr);
       // Thinner edges make the text ask for less: the cell keeps its row.
       XtConfigureWidget(w, static_cast<Position>(f.x), static_cast<Position>(f.y), static_cast<Dimension>(f.width),
                         static_cast<Dimension>(f.height), 0);
     }
     if (text_kind(f)) {
       XtAddCallback(w, XmNmodifyVerifyCallback, cell_verify_cb, grid);
-      if (c.cellType != grid_type::kCombo) XtAddCallback(w, XmNvalueChangedCallback, cell_changed_cb, grid);
+      if (c.cellType != grid_type::kCombo) XtAddCallback(w, XmNvalueChangedCallback, yyGridWidgetCellChangedCBX, grid);
       f.data.charLimit = c.cellType == grid_type::kString ? c.charLimit : f.data.charLimit;
     }
     if (c.cellType == grid_type::kCheckbox) {
       XtVaSetValues(f.widget, XmNhighlightThickness, 0, nullptr);
-      XtAddCallback(f.widget, XmNvalueChangedCallback, cell_changed_cb, grid);
+      XtAddCallback(f.widget, XmNvalueChangedCallback, yyGridWidgetCellChangedCBX, grid);
     }
     if (c.cellType == grid_type::kCombo) {
-      if (XmIsComboBox(f.widget)) XtAddCallback(f.widget, XmNselectionCallback, cell_changed_cb, grid);
-      else if (XtHasCallbacks(f.widget, XmNvalueChangedCallback) != XtCallbackNoList)
-        XtAddCallback(f.widget, XmNvalueChangedCallback, cell_changed_cb, grid);
+      // A combo sizes itself for a dialog's line: here it takes the row.
+      XtAddCallback(f.widget, XmNvalueChangedCallback, yyGridWidgetCellChangedCBX, grid);
     }
-    XtAddEventHandler(w, FocusChangeMask, False, cell_focus_eh, grid);
     XtOverrideTranslations(w, tables().arrows);
     XtOverrideTranslations(w, tables().paging);
     XtOverrideTranslations(w, tables().clip);
     if (g.wantReturn) XtOverrideTranslations(w, tables().ret);
     if (g.wantTab) XtOverrideTranslations(w, tables().tab);
     XtManageChild(f.outerWidget ? f.outerWidget : f.widget);
+    if (c.cellType == grid_type::kCombo) {
+      // A combo lays its parts out only when its size changes: it is given
+      // one size and then the row's.
+      XtConfigureWidget(f.widget, static_cast<Position>(f.x), static_cast<Position>(f.y), static_cast<Dimension>(f.width),
+                        static_cast<Dimension>(f.height + 1), 0);
+      XtResizeWidget(f.widget, static_cast<Dimension>(f.width), static_cast<Dimension>(f.height), 0);
+    }
   }
 }
 
@@ -507,10 +527,22 @@ void create_rows(Widget grid) {
                     static_cast<Dimension>(std::max(1, total_width(s) + 10)), static_cast<Dimension>(g.rowHeight), 0);
   if (partial) XtManageChild(s.partRow);
   else XtUnmanageChild(s.partRow);
-  for (int c = 0; c < s.model.columnCount(); ++c) create_column(grid, c);
+  for (int c = 0; c < s.model.columnCount(); ++c) yyGridWidgetCreateColumn(grid, c);
+  XtResizeWidget(s.slideV, static_cast<Dimension>(std::max(1, total_width(s))),
+                 static_cast<Dimension>(std::max(1, g.rowHeight * std::max(1, g.nrowVis))), 0);
   s.builtRows = g.nrowVis;
   s.builtColumns = s.model.columnCount();
   yyGridWidgetUpdateViewportData(grid, false);
+}
+
+// 1 builds the rows of the viewport, -1 destroys them; -2 only forgets them,
+// for a widget tree that Xt is taking down itself.
+void yyGridWidgetRowCreateDestroy(Widget grid, int mode) {
+  GridState& s = st(grid);
+  if (mode == 1) return create_rows(grid);
+  if (mode == -1) return destroy_rows(grid);
+  for (GridColumnWidgets& v : s.views) v.cells.clear();
+  s.rowLabelWidgets.clear();
 }
 
 // ---- Scrolling and the current cell ----------------------------------------------
@@ -524,7 +556,7 @@ void set_bar(Widget bar, int minimum, int maximum, int value, int slider, int in
 // The cell widget that takes the keyboard for a cell: the text of text kinds.
 Widget focus_widget(const FieldRecord& f) { return value_widget(f); }
 
-void select_cell(Widget w, int cursor) {
+void yyGridSelectCell(Widget w, int cursor) {
   if (!w) return;
   XmProcessTraversal(w, XmTRAVERSE_CURRENT);
   if (XmIsText(w)) {
@@ -536,17 +568,17 @@ void select_cell(Widget w, int cursor) {
   }
 }
 
-bool in_viewport(Widget grid, int column, int row) {
+// Whether a row has cell widgets now.
+bool in_viewport(Widget grid, int row) {
   GridPart& g = part(grid);
   GridState& s = *g.st;
-  (void)column;
   return row >= s.firstRow && row < s.firstRow + g.nrowVis && row < s.model.rows;
 }
 
 Widget cell_widget_for(Widget grid, int column, int row) {
   GridPart& g = part(grid);
   GridState& s = *g.st;
-  if (!in_viewport(grid, column, row) || column < 0 || column >= static_cast<int>(s.views.size())) return nullptr;
+  if (!in_viewport(grid, row) || column < 0 || column >= static_cast<int>(s.views.size())) return nullptr;
   const int vr = row - s.firstRow;
   if (vr >= static_cast<int>(s.views[at(column)].cells.size())) return nullptr;
   return focus_widget(s.views[at(column)].cells[at(vr)]);
@@ -561,10 +593,14 @@ void scroll_rows(Widget grid, int value) {
   s.firstRow = value;
   yyGridWidgetUpdateViewportData(grid, true);
   if (s.selectionOn) return;
+  // The cell the user chose stays where a Shift+click selection starts.
+  const int anchorColumn = s.anchorColumn, anchorRow = s.anchorRow;
   const int last = s.firstRow + std::max(1, s.fullRows) - 1;
   if (g.irow < s.firstRow) yyGridWidgetSetCellFocusX(grid, g.icol, s.firstRow, -1);
   else if (g.irow > last) yyGridWidgetSetCellFocusX(grid, g.icol, std::min(last, s.model.rows - 1), -1);
   else yyGridWidgetSetCellFocusX(grid, -1, -1, -1);
+  s.anchorColumn = anchorColumn;
+  s.anchorRow = anchorRow;
 }
 
 void scroll_columns(Widget grid, int value) {
@@ -574,8 +610,11 @@ void scroll_columns(Widget grid, int value) {
   s.firstColumn = std::clamp(value, 0, std::max(0, s.lastLeft));
   if (s.slideH) XtMoveWidget(s.slideH, static_cast<Position>(slide_x(grid)), 0);
   if (s.selectionOn) return;
+  const int anchorColumn = s.anchorColumn, anchorRow = s.anchorRow;
   if (g.icol < s.firstColumn) {
     yyGridWidgetSetCellFocusX(grid, s.firstColumn, g.irow, -1);
+    s.anchorColumn = anchorColumn;
+    s.anchorRow = anchorRow;
     return;
   }
   int sum = 0, lastVisible = s.firstColumn;
@@ -586,9 +625,11 @@ void scroll_columns(Widget grid, int value) {
     lastVisible = c;
   }
   if (g.icol > lastVisible) yyGridWidgetSetCellFocusX(grid, lastVisible, g.irow, -1);
+  s.anchorColumn = anchorColumn;
+  s.anchorRow = anchorRow;
 }
 
-void scroll_cb(Widget bar, XtPointer data, XtPointer call) {
+void yyGridWidgetScrollCB(Widget bar, XtPointer data, XtPointer call) {
   Widget grid = static_cast<Widget>(data);
   GridState& s = st(grid);
   auto* cbs = static_cast<XmScrollBarCallbackStruct*>(call);
@@ -637,16 +678,7 @@ void cell_verify_cb(Widget w, XtPointer data, XtPointer call) {
   b->length = static_cast<int>(kept.size());
 }
 
-int combo_option(const FieldRecord& f) {
-  if (XmIsComboBox(f.widget)) {
-    int position = 0;
-    XtVaGetValues(f.widget, XmNselectedPosition, &position, nullptr);
-    return position + 1;
-  }
-  return std::max(1, f.itemSelect);
-}
-
-void cell_changed_cb(Widget w, XtPointer data, XtPointer) {
+void yyGridWidgetCellChangedCBX(Widget w, XtPointer data, XtPointer) {
   Widget grid = static_cast<Widget>(data);
   GridPart& g = part(grid);
   GridState& s = *g.st;
@@ -671,8 +703,7 @@ void cell_changed_cb(Widget w, XtPointer data, XtPointer) {
       }
       if (c.cellType == grid_type::kCheckbox) yyGridModelStoreNumber(c, row, XmToggleButtonGetState(f.widget) ? 1.0 : 0.0);
       else {
-        f.itemSelect = combo_option(f);
-        yyGridModelStoreNumber(c, row, f.itemSelect);
+        yyGridModelStoreNumber(c, row, combo_option(f));
       }
       break;
     default: {
@@ -708,11 +739,25 @@ void cell_changed_cb(Widget w, XtPointer data, XtPointer) {
 }
 
 // A cell took the keyboard: it becomes the current cell, and the grid the
-// dialog's field in focus.
-void cell_focus_eh(Widget w, XtPointer data, XEvent* ev, Boolean*) {
-  if (ev->type != FocusIn) return;
+// dialog's field in focus. The shell tells every move of the keyboard focus,
+// also those that come without an X focus event.
+void focus_moved_cb(Widget, XtPointer data, XtPointer call) {
+  auto* cbs = static_cast<XmFocusMovedCallbackStruct*>(call);
   Widget grid = static_cast<Widget>(data);
+  if (!cbs || grid->core.being_destroyed) return;
+  Widget w = cbs->new_focus;
   GridPart& g = part(grid);
+  int oldColumn = 0, oldRow = 0;
+  if (cbs->old_focus && cbs->old_focus != w && grid_of(cbs->old_focus) == grid &&
+      cell_of(grid, cbs->old_focus, oldColumn, oldRow) && g.st->firstRow + oldRow < g.st->model.rows) {
+    // The cell left shows what it holds: a typed number in its format, and
+    // text that was no number gives way to the value kept.
+    g.st->refreshing = true;
+    show_cell(grid, oldColumn, oldRow, g.st->firstRow + oldRow);
+    g.st->refreshing = false;
+    state().bInvalidField = false;
+  }
+  if (!w || grid_of(w) != grid) return;
   GridState& s = *g.st;
   int column = 0, vrow = 0;
   if (!cell_of(grid, w, column, vrow)) return;
@@ -756,7 +801,8 @@ void page(Widget grid, char how) {
     case 'u': {
       const int top = std::max(s.firstRow - full, 0);
       yyGridWidgetScrollToCell(grid, g.icol, top);
-      yyGridWidgetSetCellFocusX(grid, g.icol, g.irow > s.firstRow + full - 1 ? s.firstRow + full - 1 : std::min(g.irow, s.firstRow + full - 1) < s.firstRow ? s.firstRow : g.irow, -1);
+      const int last = s.firstRow + full - 1;
+      yyGridWidgetSetCellFocusX(grid, g.icol, g.irow > last ? last : g.irow, -1);
       break;
     }
     case 'd': {
@@ -775,7 +821,39 @@ void page(Widget grid, char how) {
   }
 }
 
-void key_trans(Widget w, XEvent* ev, String* params, Cardinal* count) {
+// The right button released on a label or the corner: the application
+// hears which, with the modifiers and where.
+void context_click(Widget grid, Widget w, XEvent* ev) {
+  GridState& s = st(grid);
+  if (!ev || ev->type != ButtonRelease) return;
+  constexpr int kLabelItemFlag = 0x20, kGridFieldType = 15;
+  const int modifiers = static_cast<int>(ev->xbutton.state & (ShiftMask | ControlMask | Mod1Mask));
+  int item = -1, mods = modifiers;
+  const int lastC = s.model.columnCount() - 1, lastR = s.model.rows - 1;
+  if (w == s.selectAll) {
+    item = 0;
+    mods |= kLabelItemFlag;
+    if ((s.fieldExtra & field_extra::kRightSelects) && lastC >= 0 && lastR >= 0) yyGridWidgetSelectX(grid, true, 0, 0, lastC, lastR);
+  }
+  for (int c = 0; c <= lastC && item < 0; ++c)
+    if (s.views[at(c)].labelWidget == w) {
+      item = c + 1;
+      mods |= kLabelItemFlag;
+      if ((s.fieldExtra & field_extra::kRightSelects) && lastR >= 0) yyGridWidgetSelectX(grid, true, c, 0, c, lastR);
+    }
+  for (std::size_t r = 0; r < s.rowLabelWidgets.size() && item < 0; ++r)
+    if (s.rowLabelWidgets[r] == w && s.firstRow + static_cast<int>(r) <= lastR) {
+      item = s.firstRow + static_cast<int>(r) + 1;
+      if ((s.fieldExtra & field_extra::kRightSelects) && lastC >= 0) yyGridWidgetSelectX(grid, true, 0, item - 1, lastC, item - 1);
+    }
+  if (item < 0) return;
+  DialogRecord* d = dialog_of(grid);
+  const int win = d ? d->identifier : s.gridWindow;
+  yyMsgSend(ContextClick, item, mods, kGridFieldType, d ? s.fieldId : 0, ev->xbutton.x_root, ev->xbutton.y_root, win,
+            static_cast<int>(ev->xbutton.time));
+}
+
+void yyGridWidgetKeyTrans(Widget w, XEvent* ev, String* params, Cardinal* count) {
   Widget grid = grid_of(w);
   if (!grid || !count || *count < 1) return;
   GridPart& g = part(grid);
@@ -789,14 +867,12 @@ void key_trans(Widget w, XEvent* ev, String* params, Cardinal* count) {
     case 'l': case 'r': {
       if (XmIsText(w)) {
         const XmTextPosition p = XmTextGetInsertionPosition(w), end = XmTextGetLastPosition(w);
-        XmTextPosition left = 0, right = 0;
-        const bool selected = XmTextGetSelectionPosition(w, &left, &right) && left != right;
-        if (what == 'l' && p > 0 && !(selected && left == 0 && right == end)) {
+        if (what == 'l' && p > 0) {
           XmTextClearSelection(w, CurrentTime);
           XmTextSetInsertionPosition(w, p - 1);
           return;
         }
-        if (what == 'r' && p < end && !(selected && left == 0 && right == end)) {
+        if (what == 'r' && p < end) {
           XmTextClearSelection(w, CurrentTime);
           XmTextSetInsertionPosition(w, p + 1);
           return;
@@ -832,6 +908,7 @@ void key_trans(Widget w, XEvent* ev, String* params, Cardinal* count) {
       yyGridWidgetSelectX(grid, true, std::min(ac, column), std::min(ar, row), std::max(ac, column), std::max(ar, row));
       return;
     }
+    case 'm': context_click(grid, w, ev); return;
     case 'p':
       if (invalid) return hold();
       if (*count >= 2) page(grid, params[1][0]);
@@ -840,7 +917,7 @@ void key_trans(Widget w, XEvent* ev, String* params, Cardinal* count) {
   }
 }
 
-void button_push_cb(Widget w, XtPointer data, XtPointer call) {
+void yyGridWidgetButtonPushCB(Widget w, XtPointer data, XtPointer call) {
   Widget grid = static_cast<Widget>(data);
   GridPart& g = part(grid);
   GridState& s = *g.st;
@@ -865,9 +942,11 @@ void button_push_cb(Widget w, XtPointer data, XtPointer call) {
     }
 }
 
-void viewport_resize_cb(Widget, XtPointer data, XtPointer) {
+// The viewport's size changed: the lines between cells are the background
+// showing through, so only the layout and the rows that fit are redone.
+void yyGridWidgetCellDrawCB(Widget, XtPointer data, XtPointer) {
   Widget grid = static_cast<Widget>(data);
-  main_position_resize(grid);
+  yyGridWidgetMainPositionResize(grid);
   yyGridWidgetReCreateViewport(grid);
   yyGridWidgetScrollBarUpdate(grid);
 }
@@ -877,10 +956,10 @@ void viewport_resize_cb(Widget, XtPointer data, XtPointer) {
 Widget plain_area(const char* name, Widget parent, Pixel background) {
   return XtVaCreateManagedWidget(name, xmDrawingAreaWidgetClass, parent, XmNmarginWidth, 0, XmNmarginHeight, 0,
                                  XmNresizePolicy, XmRESIZE_NONE, XtNbackground, background, XtNborderWidth, 0,
-                                 XmNtraversalOn, False, nullptr);
+                                 nullptr);
 }
 
-void Initialize(Widget, Widget neww, ArgList, Cardinal*) {
+void yyGridWidgetInitialize(Widget, Widget neww, ArgList, Cardinal*) {
   GridPart& g = part(neww);
   register_class_actions(XtWidgetToApplicationContext(neww));
   g.st = new GridState;  // Xt owns the instance record; Destroy deletes this
@@ -892,15 +971,6 @@ void Initialize(Widget, Widget neww, ArgList, Cardinal*) {
   g.icolOld = g.irowOld = -1;
   g.nrowVis = 0;
   g.currentCellWidget = nullptr;
-  Display* dpy = XtDisplay(neww);
-  XGCValues v{};
-  v.foreground = neww->core.background_pixel;
-  g.lineGC = XtGetGC(neww, GCForeground, &v);
-  v.function = GXxor;
-  v.subwindow_mode = IncludeInferiors;
-  v.foreground = WhitePixelOfScreen(XtScreen(neww)) ? WhitePixelOfScreen(XtScreen(neww)) : BlackPixelOfScreen(XtScreen(neww));
-  g.selectGC = XtGetGC(neww, GCFunction | GCSubwindowMode | GCForeground, &v);
-  (void)dpy;
   const Pixel lines = yyAllocPixel(s.lineColour & 0xFF, (s.lineColour >> 8) & 0xFF, (s.lineColour >> 16) & 0xFF);
   s.window = XtVaCreateManagedWidget("GridWindow", xmScrolledWindowWidgetClass, neww, XmNscrollingPolicy,
                                      XmAPPLICATION_DEFINED, XmNvisualPolicy, XmVARIABLE, XmNscrollBarDisplayPolicy,
@@ -913,21 +983,23 @@ void Initialize(Widget, Widget neww, ArgList, Cardinal*) {
                                   k == 0 ? XmHORIZONTAL : XmVERTICAL, XmNincrement, 1, XmNminimum, 0, XmNmaximum, 10,
                                   XmNsliderSize, 1, XmNpageIncrement, 10, XmNtraversalOn, False,
                                   XmNhighlightThickness, 0, nullptr);
-    XtAddCallback(bar, XmNvalueChangedCallback, scroll_cb, neww);
-    XtAddCallback(bar, XmNdragCallback, scroll_cb, neww);
+    XtAddCallback(bar, XmNvalueChangedCallback, yyGridWidgetScrollCB, neww);
+    XtAddCallback(bar, XmNdragCallback, yyGridWidgetScrollCB, neww);
     (k == 0 ? s.scrollBarH : s.scrollBarV) = bar;
   }
   if (g.scrollBarH) XtManageChild(s.scrollBarH);
   if (g.scrollBarV) XtManageChild(s.scrollBarV);
   s.viewport = plain_area("GridViewport", s.window, scheme(kSchemeDialog));
-  XtAddCallback(s.viewport, XmNresizeCallback, viewport_resize_cb, neww);
+  XtAddCallback(s.viewport, XmNresizeCallback, yyGridWidgetCellDrawCB, neww);
   XmScrolledWindowSetAreas(s.window, g.scrollBarH ? s.scrollBarH : nullptr, g.scrollBarV ? s.scrollBarV : nullptr,
                            s.viewport);
-  s.clipWin = plain_area("GridClipWin", s.viewport, lines);
-  s.slideH = plain_area("GridScrollH", s.clipWin, lines);
+  // The lines between cells are the cells' parent showing through; around
+  // the cells the dialog's colour.
+  s.clipWin = plain_area("GridClipWin", s.viewport, scheme(kSchemeDialog));
+  s.slideH = plain_area("GridScrollH", s.clipWin, scheme(kSchemeDialog));
   s.slideV = plain_area("GridScrollV", s.slideH, lines);
-  s.colLabelBar = plain_area("GridLabel", s.slideH, lines);
-  s.rowLabelBar = plain_area("GridLabel", s.viewport, lines);
+  s.colLabelBar = plain_area("GridLabel", s.slideH, scheme(kSchemeDialog));
+  s.rowLabelBar = plain_area("GridLabel", s.viewport, scheme(kSchemeDialog));
   s.partRow = XtVaCreateWidget("GridPart", xmDrawingAreaWidgetClass, s.slideV, XmNmarginWidth, 0, XmNmarginHeight, 0,
                                XmNresizePolicy, XmRESIZE_NONE, XtNbackground, lines, XtNborderWidth, 0, nullptr);
   s.selectAll = label_button(s.viewport, "ButSelectAll", neww);
@@ -944,10 +1016,10 @@ void Initialize(Widget, Widget neww, ArgList, Cardinal*) {
   yyGridModelResize(m, g.nrow);
 }
 
-void Destroy(Widget w) {
+void yyGridWidgetDestroy(Widget w) {
   GridPart& g = part(w);
-  if (g.lineGC) XtReleaseGC(w, g.lineGC);
-  if (g.selectGC) XtReleaseGC(w, g.selectGC);
+  if (g.st->focusShell && !g.st->focusShell->core.being_destroyed)
+    XmeRemoveFocusChangeCallback(g.st->focusShell, focus_moved_cb, w);
   // The cell widgets go with the tree; their records go here.
   delete g.st;
   g.st = nullptr;
@@ -957,6 +1029,28 @@ void Resize(Widget w) {
   GridState& s = st(w);
   if (s.window) XtConfigureWidget(s.window, 0, 0, std::max<Dimension>(1, w->core.width),
                                   std::max<Dimension>(1, w->core.height), 0);
+}
+
+// Resources changed by the program: read-only reaches the cells shown, a
+// cell widget named current makes its cell current, labels relayout.
+Boolean yyGridWidgetSetValues(Widget old, Widget, Widget neww, ArgList, Cardinal*) {
+  GridPart& was = part(old);
+  GridPart& g = part(neww);
+  GridState& s = *g.st;
+  if (g.readOnly != was.readOnly) yyGridWidgetUpdateViewportData(neww, true);
+  if (g.colLabel != was.colLabel || g.rowLabel != was.rowLabel) {
+    s.forceRebuild = true;
+    yyGridWidgetMainPositionResize(neww);
+    yyGridWidgetReCreateViewport(neww);
+    yyGridWidgetScrollBarUpdate(neww);
+  }
+  if (g.currentCellWidget != was.currentCellWidget && g.currentCellWidget) {
+    int column = 0, vrow = 0;
+    Widget w = g.currentCellWidget;
+    g.currentCellWidget = was.currentCellWidget;
+    if (cell_of(neww, w, column, vrow)) yyGridWidgetSetCellFocusX(neww, column, s.firstRow + vrow, -1);
+  }
+  return False;
 }
 
 XtGeometryResult GeometryManager(Widget, XtWidgetGeometry* request, XtWidgetGeometry* reply) {
@@ -976,7 +1070,7 @@ WidgetClass make_class() {
   core.superclass = reinterpret_cast<WidgetClass>(&xmDrawingAreaClassRec);
   core.class_name = S("Grid");
   core.widget_size = sizeof(GridRec);
-  core.initialize = Initialize;
+  core.initialize = yyGridWidgetInitialize;
   core.realize = XtInheritRealize;
   core.resources = resources;
   core.num_resources = XtNumber(resources);
@@ -984,9 +1078,10 @@ WidgetClass make_class() {
   core.compress_motion = True;
   core.compress_exposure = XtExposeCompressMaximal;
   core.compress_enterleave = True;
-  core.destroy = Destroy;
+  core.destroy = yyGridWidgetDestroy;
   core.resize = Resize;
   core.expose = XtInheritExpose;
+  core.set_values = yyGridWidgetSetValues;
   core.accept_focus = nullptr;
   core.version = XtVersion;
   core.tm_table = XtInheritTranslations;
@@ -1012,7 +1107,11 @@ void yyGridReportClip(Widget grid, int c1, int r1, int c2, int r2) {
   GridPart& g = part(grid);
   int rect[4] = {c1, r1, c2, r2};
   if (g.reportClipCallback) XtCallCallbackList(grid, g.reportClipCallback, rect);
-  if (g.st->fieldStyle & field_style::kGridReportClipboard) send_field_changed(grid, 1, cell_code(c2, r2), cell_code(c1, r1));
+}
+
+void yyGridReportClipCB(Widget grid, XtPointer, XtPointer call) {
+  const int* rect = static_cast<const int*>(call);
+  if (rect) send_field_changed(grid, 1, cell_code(rect[2], rect[3]), cell_code(rect[0], rect[1]));
 }
 
 Widget yyGridOfField(const FieldRecord& f) {
@@ -1036,18 +1135,18 @@ void yyGridWidgetReCreateViewport(Widget grid) {
   visible = std::min(visible, s.model.rows);
   full = std::min(full, s.model.rows);
   if (!s.forceRebuild && visible == s.builtRows && full == s.fullRows && s.model.columnCount() == s.builtColumns) return;
-  destroy_rows(grid);
+  yyGridWidgetRowCreateDestroy(grid, -1);
   g.nrowVis = visible;
   s.fullRows = full;
   s.forceRebuild = false;
   // The first row may have to come back so the rows below fill the view.
   s.firstRow = std::clamp(s.firstRow, 0, std::max(0, s.model.rows - std::max(1, full)));
-  create_rows(grid);
+  yyGridWidgetRowCreateDestroy(grid, 1);
 }
 
 void yyGridWidgetCreateViewportX(Widget grid) {
   st(grid).forceRebuild = true;
-  main_position_resize(grid);
+  yyGridWidgetMainPositionResize(grid);
   yyGridWidgetReCreateViewport(grid);
   yyGridWidgetScrollBarUpdate(grid);
 }
@@ -1161,7 +1260,7 @@ void yyGridWidgetSetCellFocusX(Widget grid, int column, int row, int cursor) {
   if (column < 0 || row < 0) {
     if (s.model.inside(g.icol, g.irow)) {
       yyGridWidgetScrollToCell(grid, g.icol, g.irow);
-      select_cell(cell_widget_for(grid, g.icol, g.irow), cursor);
+      yyGridSelectCell(cell_widget_for(grid, g.icol, g.irow), cursor);
     }
     return;
   }
@@ -1180,7 +1279,7 @@ void yyGridWidgetSetCellFocusX(Widget grid, int column, int row, int cursor) {
   yyGridWidgetScrollToCell(grid, column, row);
   Widget w = cell_widget_for(grid, column, row);
   if (w) g.currentCellWidget = w;
-  select_cell(w, cursor);
+  yyGridSelectCell(w, cursor);
 }
 
 bool yyGridWidgetMoveCurrentCellX(Widget grid, int direction) {
@@ -1254,10 +1353,8 @@ void yyGridWidgetSetNRowX(Widget grid, int rows) {
 }
 
 void yyGridWidgetSetSingleCellDataX(double number, Widget grid, int column, int row, std::string_view text,
-                                    std::string_view format, bool clearDefined) {
-  GridPart& g = part(grid);
-  GridState& s = *g.st;
-  (void)clearDefined;
+                                    std::string_view format, bool) {
+  GridState& s = st(grid);
   GridColumn& c = s.model.columns[at(column)];
   yyGridModelStore(c, row, text, number);
   if (grid_type::numeric(c.cellType) && c.cellType != grid_type::kInteger && !format.empty() &&
@@ -1267,18 +1364,17 @@ void yyGridWidgetSetSingleCellDataX(double number, Widget grid, int column, int 
     yyGridWidgetUpdateViewportData(grid, true);
     return;
   }
-  if (in_viewport(grid, column, row) && !s.redrawOff) {
+  if (in_viewport(grid, row) && !s.redrawOff) {
     s.refreshing = true;
     show_cell(grid, column, row - s.firstRow, row);
     s.refreshing = false;
   }
-  (void)g;
 }
 
 void yyGridWidgetClearCellX(Widget grid, int column, int row) {
   GridState& s = st(grid);
   yyGridModelClear(s.model.columns[at(column)], row);
-  if (in_viewport(grid, column, row) && !s.redrawOff) {
+  if (in_viewport(grid, row) && !s.redrawOff) {
     s.refreshing = true;
     show_cell(grid, column, row - s.firstRow, row);
     s.refreshing = false;
@@ -1309,7 +1405,7 @@ void yyGridWidgetSetColumnLabelX(Widget grid, int column, std::string_view text)
   if (!v.labelWidget) {
     v.labelWidget = label_button(s.colLabelBar, "GridColumnLabel", grid);
     XtManageChild(v.labelWidget);
-    main_position_resize(grid);
+    yyGridWidgetMainPositionResize(grid);
   }
   yyDialogSetLabel(v.labelWidget, text);
 }
@@ -1319,7 +1415,7 @@ void yyGridWidgetSetCellStateX(Widget grid, int column, int row, int state) {
   std::uint32_t& flag = s.model.columns[at(column)].cellFlags[at(row)];
   if (state == 1) flag &= ~grid_cell::kReadOnly;
   else flag |= grid_cell::kReadOnly;
-  if (in_viewport(grid, column, row)) {
+  if (in_viewport(grid, row)) {
     s.refreshing = true;
     show_cell(grid, column, row - s.firstRow, row);
     s.refreshing = false;
@@ -1479,6 +1575,7 @@ void yyDialogGrid(DialogRecord& d, FieldRecord& f) {
   add(XmNmarginWidth, 0);
   add(XmNmarginHeight, 0);
   Widget grid = XtCreateManagedWidget("Grid", gridWidgetClass, f.widget, a, n);
+  if (f.style & kGridReportClipboard) XtAddCallback(grid, grid_resource::kReportClipCallback, yyGridReportClipCB, nullptr);
   f.valueWidget = grid;
   GridState& s = st(grid);
   s.dialogIndex = yyDialogIndexOf(d);
@@ -1499,6 +1596,12 @@ void yyDialogGrid(DialogRecord& d, FieldRecord& f) {
       if (pos[at(r)] >= 0) yyGridWidgetSetRowLabelDataX(grid, r, &labels[at(pos[at(r)])]);
   }
   yyGridWidgetCreateViewportX(grid);
+  for (Widget shell = grid; shell; shell = XtParent(shell))
+    if (XtIsVendorShell(shell)) {
+      s.focusShell = shell;
+      XmeAddFocusChangeCallback(shell, focus_moved_cb, grid);
+      break;
+    }
 }
 
 void yyGridWidgetSetNumberX(Widget grid, int column, int row, double number, std::string_view format) {
@@ -1512,7 +1615,7 @@ void yyGridWidgetSetNumberX(Widget grid, int column, int row, double number, std
     yyGridWidgetUpdateViewportData(grid, true);
     return;
   }
-  if (in_viewport(grid, column, row) && !s.redrawOff) {
+  if (in_viewport(grid, row) && !s.redrawOff) {
     s.refreshing = true;
     show_cell(grid, column, row - s.firstRow, row);
     s.refreshing = false;
@@ -1523,7 +1626,7 @@ bool yyGridWidgetSetColumnsX(Widget grid, int count, const std::vector<int>& tem
                              const std::vector<int>& widths) {
   GridPart& g = part(grid);
   GridState& s = *g.st;
-  destroy_rows(grid);
+  yyGridWidgetRowCreateDestroy(grid, -1);
   for (GridColumnWidgets& v : s.views)
     if (v.labelWidget) XtDestroyWidget(v.labelWidget);
   const int rows = s.model.rows;
@@ -1560,4 +1663,19 @@ bool yyGridWidgetSetColumnsX(Widget grid, int count, const std::vector<int>& tem
   for (int r = 0; r < rows && r < static_cast<int>(labels.size()); ++r) yyGridWidgetSetRowLabelDataX(grid, r, labels[at(r)]);
   yyGridWidgetCreateViewportX(grid);
   return true;
+}
+
+Widget yyGridGetEditCell(Widget grid) {
+  GridPart& g = part(grid);
+  Widget w = cell_widget_for(grid, g.icol, g.irow);
+  return w && XmIsText(w) ? w : nullptr;
+}
+
+void yyGridWidgetGetSingleCellDataX(Widget grid, int column, int row, bool wantNumber, std::string& text,
+                                    double& number, bool& defined) {
+  const GridColumn& c = st(grid).model.columns[at(column)];
+  text = yyGridModelText(c, row);
+  number = 0.0;
+  defined = (c.cellFlags[at(row)] & grid_cell::kHasValue) != 0;
+  if (wantNumber || c.cellType != grid_type::kString) yyGridModelNumber(c, row, number, defined);
 }

@@ -24,6 +24,7 @@
 #include <cstring>
 #include <filesystem>
 
+#include "toolkit/kernel/resources.h"
 #include "toolkit/kernel/widgets_private.h"
 #include "toolkit/kernel/window_private.h"
 #include "toolkit/base/error.h"
@@ -144,7 +145,9 @@ std::string find_dialog_font(Display* dpy, int tenths) {
   return name;
 }
 
-int class_depth_pick(XVisualInfo* v, int n, int cls, int want) {
+}  // namespace
+
+int yyChooseVisual(XVisualInfo* v, int n, int cls, int want) {
   int best = -1;
   for (int i = 0; i < n; ++i) {
     if (v[i].c_class != cls) continue;
@@ -154,21 +157,23 @@ int class_depth_pick(XVisualInfo* v, int n, int cls, int want) {
   return want ? -1 : best;
 }
 
+namespace {
+
 // TrueColor 24, DirectColor 24, deepest TrueColor, then PseudoColor, DirectColor, StaticColor.
 int yyGetBestVisual(XVisualInfo* v, int n) {
-  int i = class_depth_pick(v, n, TrueColor, 24);
-  if (i < 0) i = class_depth_pick(v, n, DirectColor, 24);
-  if (i < 0) i = class_depth_pick(v, n, TrueColor, 0);
+  int i = yyChooseVisual(v, n, TrueColor, 24);
+  if (i < 0) i = yyChooseVisual(v, n, DirectColor, 24);
+  if (i < 0) i = yyChooseVisual(v, n, TrueColor, 0);
   if (i >= 0) return i;
-  const int direct = class_depth_pick(v, n, DirectColor, 0);
-  const int pseudo = class_depth_pick(v, n, PseudoColor, 0);
+  const int direct = yyChooseVisual(v, n, DirectColor, 0);
+  const int pseudo = yyChooseVisual(v, n, PseudoColor, 0);
   if (pseudo >= 0) {
     if (direct < 0) return pseudo;
     const unsigned long masks = v[direct].red_mask | v[direct].green_mask | v[direct].blue_mask;
     if (static_cast<unsigned long>(v[pseudo].colormap_size) >= masks + 1) return pseudo;
   }
   if (direct >= 0) return direct;
-  return class_depth_pick(v, n, StaticColor, 0);
+  return yyChooseVisual(v, n, StaticColor, 0);
 }
 
 bool usable(const XStandardColormap& m) {
@@ -595,35 +600,298 @@ int WInfoScreen(int item) {
   }
 }
 
+namespace {
+
+// A cursor from a resource image: type 3 (a cursor, with its hot spot), else
+// an icon (type 2) with the hot spot at its corner. 0 and 1015 when there is
+// no such image; 0 and status 0 when the server offers no cursor of its size.
+Cursor resource_cursor(Display* dpy, int imageid, int& status) {
+  status = 0;
+  int type = 3, w = -1, h = -1, hx = 0, hy = 0, bytes = 0;
+  yyrcimagecheck(imageid, type, w, h, hx, hy, bytes);
+  if (w < 1 || h < 1) {
+    type = 2;
+    yyrcimagecheck(imageid, type, w, h, hx, hy, bytes);
+    hx = hy = 0;
+  }
+  if (w < 1 || h < 1) {
+    status = 1015;
+    return 0;
+  }
+  const Window root = RootWindow(dpy, xs.iScreen);
+  unsigned bw = 0, bh = 0;
+  if (!XQueryBestCursor(dpy, root, static_cast<unsigned>(w), static_cast<unsigned>(h), &bw, &bh) ||
+      bw != static_cast<unsigned>(w) || bh != static_cast<unsigned>(h))
+    return 0;
+  std::vector<std::uint8_t> rgba;
+  yyrcimagepixels(imageid, type, w, h, rgba, status);
+  if (status != 0) return 0;
+  // Dark pixels are the shape, opaque ones the mask; bits from the lowest up.
+  const int row = (w + 7) / 8;
+  std::vector<char> source(static_cast<std::size_t>(row * h), 0), mask(source.size(), 0);
+  for (int y = 0; y < h; ++y)
+    for (int x = 0; x < w; ++x) {
+      const std::uint8_t* px = &rgba[static_cast<std::size_t>((y * w + x) * 4)];
+      const std::size_t byte = static_cast<std::size_t>(y * row + x / 8);
+      const char bit = static_cast<char>(1 << (x % 8));
+      if (px[0] + px[1] + px[2] < 382) source[byte] = static_cast<char>(source[byte] | bit);
+      if (px[3] == 0) mask[byte] = static_cast<char>(mask[byte] | bit);
+    }
+  const Pixmap src = XCreateBitmapFromData(dpy, root, source.data(), static_cast<unsigned>(w), static_cast<unsigned>(h));
+  const Pixmap msk = XCreateBitmapFromData(dpy, root, mask.data(), static_cast<unsigned>(w), static_cast<unsigned>(h));
+  XColor black{}, white{};
+  white.red = white.green = white.blue = 0xFFFF;
+  black.flags = white.flags = DoRed | DoGreen | DoBlue;
+  const Cursor c = XCreatePixmapCursor(dpy, src, msk, &black, &white, static_cast<unsigned>(hx), static_cast<unsigned>(hy));
+  XFreePixmap(dpy, src);
+  XFreePixmap(dpy, msk);
+  return c;
+}
+
+void define_on_window(Display* dpy, int h, Cursor cur) {
+  auto& ws = zelvy_win::state();
+  XDefineCursor(dpy, ws.wClient[h], cur);
+  const int kind = ws.WinInfo[h].Kind;
+  if ((kind == 1 || kind == 2) && ws.WinInfo[h].Content && XtIsRealized(ws.WinInfo[h].Content))
+    XDefineCursor(dpy, XtWindow(ws.WinInfo[h].Content), cur);
+}
+
+}  // namespace
+
 void WCursorShape(int shape, std::optional<int> scope) {
   const int sc = scope.value_or(0);
-  if (shape < 0 || shape >= 12) {
-    // Resource cursors come with the image resources; until then no such image exists.
+  if (shape < 0) {
     yyerror(1015, "WCursorShape");
     return;
   }
   Display* dpy = xs.ixDisplay;
-  if (!dpy || !xs.bSchemeDone) return;
-  const Cursor cur = xs.ixCursor[shape];
-  
-  if (sc == 1) {
-    const int h = zelvy_win::state().iWinCur;
-    if (h < 0 || h > zelvy_win::state().iWinMax || !zelvy_win::state().wWindow[h]) {
-      yyerror(1097, "WCursorShape");
+  if (!dpy || !xs.bSchemeDone) {
+    if (shape >= 12) yyerror(1015, "WCursorShape");
+    return;
+  }
+  auto& ws = zelvy_win::state();
+  const int h = ws.iWinCur;
+  if (sc == 1 && (h < 0 || h > ws.iWinMax || !ws.wWindow[h])) {
+    yyerror(1097, "WCursorShape");
+    return;
+  }
+  Cursor cur = 0;
+  int kept = shape;
+  if (shape < 12) {
+    cur = xs.ixCursor[static_cast<std::size_t>(shape)];
+  } else {
+    int status = 0;
+    cur = resource_cursor(dpy, shape, status);
+    if (status != 0) {
+      yyerror(status, "WCursorShape");
       return;
     }
-    zelvy_win::state().hCursorWin[h] = cur;
-    zelvy_win::state().iCursorWin[h] = shape;
-    XDefineCursor(dpy, zelvy_win::state().wClient[h], cur);
+    if (!cur) return;  // a size the server can't show: the cursor stays
+    if (sc != 1) {
+      // The global resource cursor replaces the last one.
+      if (xs.resourceCursor) XFreeCursor(dpy, xs.resourceCursor);
+      xs.resourceCursor = cur;
+      xs.ixCursor[12] = cur;
+      kept = 12;
+    }
+  }
+  if (sc == 1) {
+    ws.hCursorWin[h] = cur;
+    ws.iCursorWin[h] = kept;
+    define_on_window(dpy, h, cur);
   } else {
-    xs.iCursor = shape;
-    for (int h = 0; h <= zelvy_win::state().iWinMax; ++h) {
-      if (!zelvy_win::state().wWindow[h] || (sc == 2 && zelvy_win::state().hCursorWin[h])) continue;
-      zelvy_win::state().hCursorWin[h] = 0;
-      XDefineCursor(dpy, zelvy_win::state().wClient[h], cur);
+    xs.iCursor = kept;
+    xs.cCursor = cur;
+    for (int k = 0; k <= ws.iWinMax; ++k) {
+      if (!ws.wWindow[k] || (sc == 2 && ws.hCursorWin[k])) continue;
+      ws.hCursorWin[k] = 0;
+      define_on_window(dpy, k, cur);
     }
   }
   XFlush(dpy);
+}
+
+// ---- Palette, icons, widget text ---------------------------------------------
+
+std::vector<std::array<unsigned short, 3>> yyPaletteTable(int colours) {
+  using Rgb = std::array<unsigned short, 3>;
+  constexpr unsigned short F = 0xFFFF, B = 0xBFFF, D = 0x3FFF;
+  if (colours == 2) return {Rgb{F, F, F}, Rgb{0, 0, 0}};
+  if (colours == 8)
+    return {Rgb{F, F, F}, Rgb{0, 0, F}, Rgb{0, F, 0}, Rgb{0, F, F},
+            Rgb{F, 0, 0}, Rgb{F, 0, F}, Rgb{F, F, 0}, Rgb{0, 0, 0}};
+  if (colours == 32 || colours == 64 || colours == 128) {
+    // 256 steps through the waypoints, sampled at every (256 / colours)-th.
+    constexpr std::array<Rgb, 8> way{Rgb{0x8000, 0x8000, 0x8000}, Rgb{F, 0, 0}, Rgb{F, F, 0},
+                                     Rgb{0, F, 0},                Rgb{0, F, F}, Rgb{0, 0, F},
+                                     Rgb{F, 0, F},                Rgb{0x8000, 0x8000, 0x8000}};
+    std::vector<Rgb> out;
+    const int stride = 256 / colours;
+    for (int step = 0; step < 256; step += stride) {
+      const double t = step * 7.0 / 256.0;
+      const auto seg = static_cast<std::size_t>(t);
+      const double f = t - static_cast<double>(seg);
+      Rgb c{};
+      for (std::size_t k = 0; k < 3; ++k)
+        c[k] = static_cast<unsigned short>(way[seg][k] + (way[seg + 1][k] - way[seg][k]) * f);
+      out.push_back(c);
+    }
+    return out;
+  }
+  return {Rgb{F, F, F}, Rgb{0, 0, B}, Rgb{0, B, 0}, Rgb{0, B, B}, Rgb{B, 0, 0}, Rgb{B, 0, B},
+          Rgb{B, B, 0}, Rgb{D, D, D}, Rgb{B, B, B}, Rgb{0, 0, F}, Rgb{0, F, 0}, Rgb{0, F, F},
+          Rgb{F, 0, 0}, Rgb{F, 0, F}, Rgb{F, F, 0}, Rgb{0, 0, 0}};
+}
+
+void yyDefaultPalette(int depth, int colourcount) {
+  xs.defaultPalette.clear();
+  if (depth > 8) return;  // 256 colours or more need no palette of their own
+  int colours = colourcount;
+  if (depth == 1) colours = 2;
+  else if (depth <= 3) colours = 8;
+  else if (depth < 8 || (colours != 32 && colours != 64 && colours != 128)) colours = 16;
+  xs.defaultPalette = yyPaletteTable(colours);
+}
+
+Pixmap yyResourceImagePixmap(int imageid, int type, Pixel background, int& width, int& height) {
+  width = height = 0;
+  Display* dpy = xs.ixDisplay;
+  if (!dpy) return 2;
+  std::vector<std::uint8_t> rgba;
+  int status = 0;
+  yyrcimagepixels(imageid, type, width, height, rgba, status);
+  if (status != 0 || width < 1 || height < 1) return 2;
+  const Window root = RootWindow(dpy, xs.iScreen);
+  const int depth = DefaultDepth(dpy, xs.iScreen);
+  const Pixmap pm = XCreatePixmap(dpy, root, static_cast<unsigned>(width), static_cast<unsigned>(height),
+                                  static_cast<unsigned>(depth));
+  XImage* im = XGetImage(dpy, pm, 0, 0, static_cast<unsigned>(width), static_cast<unsigned>(height), AllPlanes, ZPixmap);
+  if (!im) {
+    XFreePixmap(dpy, pm);
+    return 2;
+  }
+  for (int y = 0; y < height; ++y)
+    for (int x = 0; x < width; ++x) {
+      const std::uint8_t* px = &rgba[static_cast<std::size_t>((y * width + x) * 4)];
+      XPutPixel(im, x, y, px[3] != 0 ? background : yyAllocPixel(px[0], px[1], px[2]));
+    }
+  GC gc = XCreateGC(dpy, pm, 0, nullptr);
+  XPutImage(dpy, pm, gc, im, 0, 0, 0, 0, static_cast<unsigned>(width), static_cast<unsigned>(height));
+  XFreeGC(dpy, gc);
+  XDestroyImage(im);
+  return pm;
+}
+
+namespace {
+
+void give_icon(Widget shell, Pixmap pm, int width, int height, bool owned) {
+  Display* dpy = xs.ixDisplay;
+  yyResourceIconForget(shell);
+  XSetWindowAttributes at{};
+  at.background_pixmap = pm;
+  const Window iw = XCreateWindow(dpy, RootWindow(dpy, xs.iScreen), 0, 0, static_cast<unsigned>(width),
+                                  static_cast<unsigned>(height), 0, CopyFromParent, InputOutput,
+                                  CopyFromParent, CWBackPixmap, &at);
+  XtVaSetValues(shell, XtNiconPixmap, pm, XtNiconWindow, iw, nullptr);
+  xs.shellIcons.push_back({shell, iw, owned ? pm : 0});
+}
+
+}  // namespace
+
+void yyResourceProgramIconShow(Widget shell) {
+  if (!xs.ixDisplay || !shell) return;
+  if (xs.pProgramIcon == 2) {
+    xs.pProgramIcon = yyResourceImagePixmap(-1, 2, xs.wSchemeCol[3].pixel, xs.programIconWidth,
+                                            xs.programIconHeight);
+  }
+  if (xs.pProgramIcon == 2) return;
+  give_icon(shell, xs.pProgramIcon, xs.programIconWidth, xs.programIconHeight, false);
+}
+
+int yyResourceIconShow(Widget shell, int iconid) {
+  if (!xs.ixDisplay || !shell) return 0;
+  if (iconid == 0) {
+    yyResourceProgramIconShow(shell);
+    return xs.pProgramIcon == 2 ? 1015 : 0;
+  }
+  int w = 0, h = 0;
+  const Pixmap pm = yyResourceImagePixmap(iconid, 2, xs.wSchemeCol[3].pixel, w, h);
+  if (pm == 2) return 1015;
+  give_icon(shell, pm, w, h, true);
+  return 0;
+}
+
+void yyResourceIconForget(Widget shell) {
+  Display* dpy = xs.ixDisplay;
+  auto it = std::find_if(xs.shellIcons.begin(), xs.shellIcons.end(),
+                         [&](const auto& i) { return i.shell == shell; });
+  if (it == xs.shellIcons.end()) return;
+  if (dpy) {
+    XDestroyWindow(dpy, it->window);
+    if (it->pixmap) XFreePixmap(dpy, it->pixmap);
+  }
+  xs.shellIcons.erase(it);
+}
+
+void yyDialogCreateRenditons() {
+  if (!xs.ixDisplay || !xs.bXft || !xs.rootWidget) return;
+  for (void* t : xs.measureTables) XmRenderTableFree(static_cast<XmRenderTable>(t));
+  xs.measureTables.clear();
+  int count = 0;
+  yyrcfontcount(count);
+  // Index 0 is the default font of the resources; the others name a family
+  // (2 serif, 3 and 4 fixed) and a size in points.
+  for (int i = 0; i <= std::max(0, count); ++i) {
+    std::string family = xs.appData.xftName && *xs.appData.xftName ? xs.appData.xftName : "Sans";
+    int size = xs.appData.xftSize > 0 ? xs.appData.xftSize : 8;
+    int type = -1, points = -1;
+    if (i > 0) yyrcfontlist(i, type, points);
+    if (points > 0) size = points;
+    if (type == 2) family = "Serif";
+    else if (type == 3 || type == 4) family = "Monospace";
+    Arg args[3];
+    Cardinal n = 0;
+    XtSetArg(args[n], XmNfontType, XmFONT_IS_XFT); ++n;
+    XtSetArg(args[n], XmNfontName, const_cast<char*>(family.c_str())); ++n;
+    XtSetArg(args[n], XmNfontSize, size); ++n;
+    XmRendition r = XmRenditionCreate(xs.rootWidget, const_cast<char*>(XmFONTLIST_DEFAULT_TAG), args, n);
+    xs.measureTables.push_back(XmRenderTableAddRenditions(nullptr, &r, 1, XmMERGE_REPLACE));
+    XmRenditionFree(r);
+  }
+}
+
+void IGrInit() {
+  if (xs.graphicsInit) xs.graphicsInit();
+}
+
+XmString yyXmStringGenerate(std::string_view text, int kind, int font) {
+  (void)font;  // widgets carry the render table of their font; the default tag reaches it
+  if (xs.bXft) {
+    int type = 0;
+    const std::string t = yyConvertEncoding(text, xs.iDialogEncoding, type);
+    return XmStringGenerate(const_cast<char*>(t.c_str()), const_cast<char*>("UTF-8"),
+                            XmCHARSET_TEXT, const_cast<char*>(XmFONTLIST_DEFAULT_TAG));
+  }
+  std::string t(text);
+  if (kind == 1) return XmStringCreateLtoR(t.data(), const_cast<char*>(XmFONTLIST_DEFAULT_TAG));
+  if (kind == 2) return XmStringCreateLocalized(t.data());
+  return XmStringCreateSimple(t.data());
+}
+
+int yyXmStringWidth(std::string_view text, int length, int font) {
+  if (!xs.ixDisplay) return 0;
+  const std::string_view part = text.substr(0, static_cast<std::size_t>(std::clamp<int>(length, 0, static_cast<int>(text.size()))));
+  if (!xs.bXft) {
+    if (!xs.dialogFontStruct) return 0;
+    return XTextWidth(xs.dialogFontStruct, part.data(), static_cast<int>(part.size()));
+  }
+  if (xs.measureTables.empty()) yyDialogCreateRenditons();
+  const auto index = static_cast<std::size_t>(std::max(0, font));
+  if (index >= xs.measureTables.size()) return 0;
+  XmString str = yyXmStringGenerate(part, 0, font);
+  const int w = XmStringWidth(static_cast<XmRenderTable>(xs.measureTables[index]), str);
+  XmStringFree(str);
+  return w;
 }
 
 int yycurrenttime() {

@@ -7,10 +7,12 @@
 #include <X11/Intrinsic.h>
 #include <X11/Xft/Xft.h>
 #include <X11/Xutil.h>
+#include <Xm/Xm.h>
 
 #include <array>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 // The application resources of class Zelv, with the fallback values of the look.
@@ -58,6 +60,24 @@ struct State {
   std::array<XColor, 20> wSchemeCol{};
   std::array<Cursor, 13> ixCursor{};
   int iCursor = 0;           // shape of the global cursor
+  Cursor cCursor = 0;        // the global cursor as defined
+  Cursor resourceCursor = 0; // the last cursor made from a resource image
+  Pixmap pProgramIcon = 2;   // 2: no program icon
+  int programIconWidth = 0, programIconHeight = 0;
+  // Icon windows and pixmaps given to shells, freed when replaced.
+  struct ShellIcon {
+    Widget shell;
+    Window window;
+    Pixmap pixmap;
+  };
+  std::vector<ShellIcon> shellIcons;
+  // The default palette of the graphics layer as 16-bit red, green, blue;
+  // empty on displays of more than 8 bits.
+  std::vector<std::array<unsigned short, 3>> defaultPalette;
+  // Render tables by font index, for measuring widget text.
+  std::vector<void*> measureTables;
+  // The graphics layer's own start for a new root window, once it is attached.
+  void (*graphicsInit)() = nullptr;
   bool bSchemeDone = false;  // scheme colours, masks and cursors made at the first root window
 };
 
@@ -68,6 +88,35 @@ State& state();
 
 // The X connection, null before the display opens.
 inline Display* xdisplay() { return zelvy_x::state().ixDisplay; }
+
+// The default palette for a number of colours (2, 8, 16, or a ramp of 32,
+// 64 or 128 through grey, red, yellow, green, cyan, blue, magenta and back),
+// as 16-bit red, green, blue.
+std::vector<std::array<unsigned short, 3>> yyPaletteTable(int colours);
+// Sets up the default palette for a display of that depth: only with fewer
+// than 256 colours; a colour count other than 32, 64 or 128 gives 16 (2 on a
+// one-bit display, 8 on a three-bit one).
+void yyDefaultPalette(int depth, int colourcount);
+// A pixmap of a resource image, its transparent pixels in `background`;
+// 2 when there is no such image.
+Pixmap yyResourceImagePixmap(int imageid, int type, Pixel background, int& width, int& height);
+// The program icon (image -1) on a shell: its icon pixmap and icon window.
+void yyResourceProgramIconShow(Widget shell);
+// Icon 0 the program icon, others an icon image of the resources; 0 or 1015.
+int yyResourceIconShow(Widget shell, int iconid);
+// Frees what the icon of a shell holds.
+void yyResourceIconForget(Widget shell);
+// A compound string for a widget: with Xft the text converted to UTF-8 in the
+// default rendition; without, kind 1 with line breaks, 2 localised, 0 simple.
+XmString yyXmStringGenerate(std::string_view text, int kind, int font);
+// Render tables of the resource fonts (index 0 the default) when Xft draws
+// the text, made when widget text is first measured.
+void yyDialogCreateRenditons();
+// Width in pixels of a text as a widget of font index `font` shows it.
+int yyXmStringWidth(std::string_view text, int length, int font);
+// The visual of a class in a list, the deepest, or the one of depth `want`
+// (-1 when there is none of that depth); -1 when the class is missing.
+int yyChooseVisual(XVisualInfo* visuals, int count, int visualclass, int want);
 
 // Opens the display once; colours -1 means failure (also on a second call).
 void yygetdisplayinfo(int fontsize, int flags, int& width, int& height, int& widthmm,

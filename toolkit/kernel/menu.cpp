@@ -26,6 +26,11 @@ void yyMenuInstall(int h, std::unique_ptr<MenuRecord> menu) {
   MenuRecord* m = ms.pwRootMenuSub[h].get();
   if (!m) return;
   m->Owner = h;
+  // A pane has no bar of its own: its menu shows on its split's bar while it
+  // is the active pane.
+  const bool pane = yywindowexists(h) && !zelvy_win::state().wtShell[h] &&
+                    yyWindowSplitRecord(zelvy_win::state().WinInfo[h].Parent);
+  if (pane) ms.pwRootMenuAct[h] = nullptr;
   int count = -1;
   yyrcaccelcheck(m->MenuId, count);
   if (count > 0) {
@@ -35,7 +40,7 @@ void yyMenuInstall(int h, std::unique_ptr<MenuRecord> menu) {
     t.modifiers.resize(count);
     yyrcaccelload(m->MenuId, t.ids, t.keysyms, t.modifiers);
   }
-  if (yywindowexists(h)) create_windows(*m);
+  if (yywindowexists(h) && !pane) create_windows(*m);
 }
 
 void yymenu(int menuid, int h, int& status) {
@@ -60,8 +65,13 @@ void yymenu(int menuid, int h, int& status) {
 void yyMenuWindowClosed(int h) {
   if (h < 0 || h >= zelvy_menu::kMenuSlots) return;
   if (ms.pwActiveMenu && (ms.iActiveMenuWin == h || ms.pwActiveMenu == ms.pwRootMenuSub[h].get())) yyMenuDeactivate();
-  if (ms.pwRootMenuSub[h]) destroy_windows(*ms.pwRootMenuSub[h]);
-  ms.pwRootMenuSub[h].reset();
+  // A bar that showed this window's menu (its split's) shows none until told again.
+  for (int k = 0; k < zelvy_menu::kMenuSlots; ++k)
+    if (k != h && ms.pwRootMenuSub[h] && ms.pwRootMenuAct[k] == ms.pwRootMenuSub[h].get()) ms.pwRootMenuAct[k] = nullptr;
+  yyMenuDestroy(ms.pwRootMenuSub[h]);
+  yyMenuDestroy(ms.pwKindSaved[h]);
+  ms.kindPushed[h] = false;
+  ms.accelKindSaved[h] = AccelTable{};
   ms.pwRootMenuAct[h] = nullptr;
   ms.pwAccelTable[h] = AccelTable{};
   if (ms.iWinMenu == h) ms.iWinMenu = 0;
@@ -77,6 +87,69 @@ void yymenuselect(int window, int floating, int& status) {
     ms.iWinMenu = window;
   }
   if (floating >= 0) ms.iFloatMenu = floating != 0;
+}
+
+void yyMenuPositionRoot(int h) {
+  if (!yywindowexists(h)) return;
+  yyWindowResize(h);
+  yyMenuDrawRoot(h);
+  XFlush(xdisplay());
+}
+
+void yyMenuShowOnBar(int h, int from) {
+  if (h < 0 || h >= zelvy_menu::kMenuSlots || from < 0 || from >= zelvy_menu::kMenuSlots) return;
+  MenuRecord* want = ms.pwRootMenuSub[from].get();
+  MenuRecord* cur = ms.pwRootMenuAct[h];
+  if (want == cur) return;
+  if (cur) {
+    if (ms.pwActiveMenu == cur) yyMenuDeactivate();
+    destroy_windows(*cur);
+    if (cur->BarHost == h) cur->BarHost = -1;
+  }
+  ms.pwRootMenuAct[h] = want;
+  if (want) {
+    want->BarHost = from == h ? -1 : h;
+    create_windows(*want);
+  }
+  yyMenuPositionRoot(h);
+}
+
+void yyMenuKindPush(int h, std::unique_ptr<MenuRecord> menu, AccelTable accel) {
+  if (h < 0 || h >= zelvy_menu::kMenuSlots) return;
+  if (!ms.kindPushed[h]) {
+    if (ms.pwRootMenuSub[h]) destroy_windows(*ms.pwRootMenuSub[h]);
+    ms.pwKindSaved[h] = std::move(ms.pwRootMenuSub[h]);
+    ms.accelKindSaved[h] = std::move(ms.pwAccelTable[h]);
+    ms.kindPushed[h] = true;
+  }
+  yyMenuInstall(h, std::move(menu));
+  ms.pwAccelTable[h] = std::move(accel);
+  yyMenuPositionRoot(h);
+}
+
+void yyMenuKindPop(int h) {
+  if (h < 0 || h >= zelvy_menu::kMenuSlots || !ms.kindPushed[h]) return;
+  if (ms.pwActiveMenu && ms.pwActiveMenu == ms.pwRootMenuSub[h].get()) yyMenuDeactivate();
+  yyMenuDestroy(ms.pwRootMenuSub[h]);
+  ms.pwRootMenuSub[h] = std::move(ms.pwKindSaved[h]);
+  ms.pwRootMenuAct[h] = ms.pwRootMenuSub[h].get();
+  ms.pwAccelTable[h] = std::move(ms.accelKindSaved[h]);
+  ms.accelKindSaved[h] = AccelTable{};
+  ms.kindPushed[h] = false;
+  if (ms.pwRootMenuSub[h] && yywindowexists(h)) create_windows(*ms.pwRootMenuSub[h]);
+  yyMenuPositionRoot(h);
+}
+
+void yyMenuDestroy(std::unique_ptr<MenuRecord>& menu) {
+  if (!menu) return;
+  if (ms.pwActiveMenu == menu.get()) yyMenuDeactivate();
+  destroy_windows(*menu);
+  yyMenuUnload(*menu);
+  menu.reset();
+}
+
+void yyMenuGrabMaintain() {
+  if (ms.bGrabPointer && xdisplay()) XAllowEvents(xdisplay(), SyncPointer, CurrentTime);
 }
 
 // ---- Public routines -------------------------------------------------------
@@ -127,7 +200,7 @@ void WMenuSetState(int itemid, int state, int value) {
   const std::uint32_t now = set ? (m->ItemFlags[i] | bit) : (m->ItemFlags[i] & ~bit);
   if (now == m->ItemFlags[i]) return;
   m->ItemFlags[i] = now;
-  draw_item(*m, i);
+  yyMenuDrawItem(*m, i);
   if (m->Created) XFlush(xdisplay());
 }
 
@@ -166,16 +239,7 @@ void WMenuItemInsert(int itemid, int position, int newid, std::string_view text)
   }
   int n = 0;
   for (; n < m->ItemCount() && m->ItemIds[n] >= 0; ++n) {}
-  if (n == m->ItemCount()) {
-    m->ItemIds.push_back(0);
-    m->ItemFlags.push_back(0);
-    m->ItemNext.push_back(-1);
-    m->ItemChild.push_back(-1);
-    m->ItemText.emplace_back();
-    m->ItemMnemonic.push_back(-1);
-    m->ItemPopup.push_back(-1);
-    m->ItemSubPopup.push_back(-1);
-  }
+  if (n == m->ItemCount()) yyMenuReAlloc(*m, n + 1);
   std::string t(text);
   m->ItemIds[n] = std::max(0, newid);
   m->ItemFlags[n] = newid <= 0 ? kMenuSeparator : 0;

@@ -164,7 +164,8 @@ constexpr long kItemEvents = ExposureMask | ButtonPressMask | ButtonReleaseMask;
 
 void create_windows(MenuRecord& m) {
   if (!xdisplay() || m.Created) return;
-  if (!m.Floating && !yywindowexists(m.Owner)) return;
+  const int host = m.BarHost >= 0 ? m.BarHost : m.Owner;
+  if (!m.Floating && !yywindowexists(host)) return;
   prepare_drawing();
   measure(m);
   Display* dpy = xdisplay();
@@ -178,9 +179,9 @@ void create_windows(MenuRecord& m) {
     Window w = 0;
     if (p == 0 && !m.Floating) {
       at.background_pixel = a.menuBackColor;
-      const int width = std::max(1, zelvy_win::state().WinInfo[m.Owner].FrameWidth);
+      const int width = std::max(1, zelvy_win::state().WinInfo[host].FrameWidth);
       yyMenuResize(m, width);
-      w = XCreateWindow(dpy, zelvy_win::state().wWindow[m.Owner], 0, 0, width, m.BarRows * ms.iMenuHeight, 0, CopyFromParent,
+      w = XCreateWindow(dpy, zelvy_win::state().wWindow[host], 0, 0, width, m.BarRows * ms.iMenuHeight, 0, CopyFromParent,
                         InputOutput, CopyFromParent, mask, &at);
     } else {
       at.background_pixel = a.menuDropColor;
@@ -220,7 +221,7 @@ void destroy_windows(MenuRecord& m) {
 }
 
 // The window whose status bar shows the prompts: the nearest one up the chain with a bar.
-int prompt_window(int h) {
+int yyMenuGetPromptWindow(int h) {
   for (int guard = 0; h >= 0 && h < zelvy_menu::kMenuSlots && guard < zelvy_menu::kMenuSlots; ++guard) {
     if (h < static_cast<int>(zelvy_sbar::state().psbarInfo.size()) && zelvy_sbar::state().psbarInfo[h]) return h;
     h = zelvy_win::state().WinInfo[h].Parent;
@@ -265,7 +266,7 @@ bool highlighted(const MenuRecord& m, int i) {
   return i == ms.iCurMenuItem || (m.ItemSubPopup[i] >= 0 && is_open(m, m.ItemSubPopup[i]));
 }
 
-void draw_item(const MenuRecord& m, int i) {
+void yyMenuDrawItem(const MenuRecord& m, int i) {
   if (!m.Created || !drawing_ready() || !m.live(i) || !m.ItemWindows[i]) return;
   Display* dpy = xdisplay();
   const ZelvAppData& a = zelvy_x::state().appData;
@@ -341,7 +342,7 @@ void draw_popup_frame(const MenuRecord& m, int p) {
 
 void draw_popup(const MenuRecord& m, int p) {
   draw_popup_frame(m, p);
-  for (int i : items_of(m, p)) draw_item(m, i);
+  for (int i : items_of(m, p)) yyMenuDrawItem(m, i);
 }
 
 // ---- Opening and closing pop-ups -------------------------------------------
@@ -368,7 +369,7 @@ void open_sub(MenuRecord& m, int item) {
                  m.PopupKind[p], zelvy_x::state().iDispWidth, zelvy_x::state().iDispHeight, ms.iMenuDir, x, y);
   }
   open_popup_at(m, p, x, y);
-  draw_item(m, item);
+  yyMenuDrawItem(m, item);
 }
 
 void close_newest(MenuRecord& m) {
@@ -379,7 +380,7 @@ void close_newest(MenuRecord& m) {
   ms.iMenuDir = m.OpenDirections.empty() ? 1 : m.OpenDirections.back();
   if (m.Created) XUnmapWindow(xdisplay(), m.PopupWindows[p]);
   const int parent = m.PopupParentItem[p];
-  if (parent >= 0) draw_item(m, parent);
+  if (parent >= 0) yyMenuDrawItem(m, parent);
 }
 
 // Closes the pop-ups opened after the one given; for the bar (pop-up 0 of a bar
@@ -444,7 +445,7 @@ void yyMenuActivate(int item, MenuRecord& m, int window) {
   if (m.Created) {
     Display* dpy = xdisplay();
     const int win = window >= 0 ? window : m.Owner;
-    if (look.promptBar < 0 && prompts_for(m, win) && (look.promptBar = prompt_window(win)) >= 0)
+    if (look.promptBar < 0 && prompts_for(m, win) && (look.promptBar = yyMenuGetPromptWindow(win)) >= 0)
       yyWindowStatusBarSwitch(2, look.promptBar);
     if (yywindowexists(window) && zelvy_win::state().WinInfo[window].Visible) {
       if (!look.focusSaved) {
@@ -464,7 +465,7 @@ void yyMenuActivate(int item, MenuRecord& m, int window) {
     }
     select_crossing(m, true);
   }
-  if (m.live(ms.iCurMenuItem)) draw_item(m, ms.iCurMenuItem);
+  if (m.live(ms.iCurMenuItem)) yyMenuDrawItem(m, ms.iCurMenuItem);
   show_prompt();
 }
 
@@ -496,7 +497,7 @@ void yyMenuDeactivate() {
   ms.iActiveMenuWin = -1;
   ms.bMenuAutoPop = false;
   ms.iTopItemPress = ms.iTopWinPress = -1;
-  if (m.live(old)) draw_item(m, old);
+  if (m.live(old)) yyMenuDrawItem(m, old);
   if (m.Floating && ms.pwFloatMenu.get() == &m) {
     destroy_windows(m);
     ms.pwFloatMenu.reset();
@@ -511,15 +512,15 @@ void yyMenuInvert(int item, int event, bool open) {
     const int prev = ms.iCurMenuItem;
     ms.iCurMenuItem = item;
     close_above(m, m.ItemPopup[item]);
-    if (m.live(prev) && prev != item) draw_item(m, prev);
+    if (m.live(prev) && prev != item) yyMenuDrawItem(m, prev);
     const int parent = m.PopupParentItem[m.ItemPopup[item]];
-    if (parent >= 0) draw_item(m, parent);
-    draw_item(m, item);
+    if (parent >= 0) yyMenuDrawItem(m, parent);
+    yyMenuDrawItem(m, item);
     if (open && ms.bMenuAutoPop && m.has_sub(item) && !m.greyed(item)) open_sub(m, item);
   } else if (event == 8) {
     ms.iCurMenuItem = m.OpenPopups.empty() ? -1 : m.PopupParentItem[m.OpenPopups.back()];
-    draw_item(m, item);
-    if (m.live(ms.iCurMenuItem)) draw_item(m, ms.iCurMenuItem);
+    yyMenuDrawItem(m, item);
+    if (m.live(ms.iCurMenuItem)) yyMenuDrawItem(m, ms.iCurMenuItem);
   }
   show_prompt();
 }

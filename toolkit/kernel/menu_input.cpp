@@ -79,7 +79,7 @@ bool yyMenuProcessKey(unsigned long ks, unsigned int state, int window, int& typ
         go_top(yyMenuStep(m, c, -1));
       } else if (subopen) {
         close_above(m, p);
-        draw_item(m, c);
+        yyMenuDrawItem(m, c);
       } else if (m.PopupKind[p] == kPopupCascade && p != 0) {
         close_above(m, p);
         close_newest(m);
@@ -190,7 +190,7 @@ void yyMenuProcessButton(MenuRecord& m, int item, bool press, int& type, int& va
     if (!ms.bMenuAutoPop) {
       ms.bMenuAutoPop = true;
       if (!m.greyed(item)) open_sub(m, item);
-      draw_item(m, item);
+      yyMenuDrawItem(m, item);
     } else {
       yyMenuDeactivate();
     }
@@ -285,7 +285,7 @@ bool yyMenuProcessEvent(XEvent& ev, MenuMessage& made) {
     case Expose: {
       MenuRecord* m = yyMenuFind(ev.xexpose.window, code, index);
       if (!m) return false;
-      if (code == 6) draw_item(*m, index);
+      if (code == 6) yyMenuDrawItem(*m, index);
       else draw_popup_frame(*m, index);
       XEvent more;
       while (XCheckTypedWindowEvent(xdisplay(), ev.xexpose.window, Expose, &more)) {}
@@ -310,7 +310,7 @@ bool yyMenuProcessEvent(XEvent& ev, MenuMessage& made) {
       } else if ((!m || code == 4) && ms.pwActiveMenu && (button == 1 || button == 3)) {
         yyMenuDeactivate();
       }
-      if (ms.bGrabPointer) XAllowEvents(xdisplay(), SyncPointer, CurrentTime);
+      yyMenuGrabMaintain();
       return m != nullptr;
     }
     case EnterNotify:

@@ -32,7 +32,8 @@ inline constexpr int kPopupCascade = 0, kPopupDrop = 1, kPopupBar = 2;
 
 struct MenuRecord {
   int MenuId = 0;
-  int Owner = -1;         // window handle whose frame holds the bar; -1 floating
+  int Owner = -1;         // window handle the menu belongs to; -1 floating
+  int BarHost = -1;       // window whose frame holds the bar when not the owner (a split's pane menu)
   bool Floating = false;  // all pop-ups are override windows, pop-up 0 included
   int TextMenu = -1;      // owner of a text context menu (1 dialog, 2 grid, 3 editor), -1 none
 
@@ -85,6 +86,10 @@ struct State {
   zelv::Slots<MenuRecord*, kMenuSlots> pwRootMenuAct{};
   zelv::Slots<AccelTable, kMenuSlots> pwAccelTable;
   std::unique_ptr<MenuRecord> pwFloatMenu;
+  // The menus a converted window had before its kind's menu replaced them.
+  zelv::Slots<std::unique_ptr<MenuRecord>, kMenuSlots> pwKindSaved;
+  zelv::Slots<AccelTable, kMenuSlots> accelKindSaved;
+  zelv::Slots<bool, kMenuSlots> kindPushed{};
   MenuRecord* pwActiveMenu = nullptr;
   int iActiveMenuWin = -1;
   int iCurMenuItem = -1;
@@ -131,6 +136,28 @@ bool yyMenuProcessEvent(XEvent& event, MenuMessage& made);
 bool yyMenuIsOpen();
 // Frees a window's menu and its accelerators with their X windows.
 void yyMenuWindowClosed(int handle);
+// Frees a record's arrays and prompts; the X windows must be gone.
+void yyMenuUnload(MenuRecord& menu);
+// Destroys a menu's X windows and frees it.
+void yyMenuDestroy(std::unique_ptr<MenuRecord>& menu);
+// Room for at least `count` items in every item array.
+void yyMenuReAlloc(MenuRecord& menu, int count);
+// While the menu holds the pointer grab, lets the next pointer event through.
+void yyMenuGrabMaintain();
+// Lays out a window's bar for its width and lets the client area follow.
+void yyMenuPositionRoot(int handle);
+// The bar of window `handle` shows the menu of window `from` (a pane of its split, or itself).
+void yyMenuShowOnBar(int handle, int from);
+// A window converted to an editor, viewer or grid takes the kind's menu and
+// accelerators; the previous ones come back when it reverts.
+void yyMenuKindPush(int handle, std::unique_ptr<MenuRecord> menu, AccelTable accel);
+void yyMenuKindPop(int handle);
+// One menu of two: the top level of the first followed by that of the second;
+// items of the second whose identifier the first has are left out, with the
+// sub-menus below them.
+std::unique_ptr<MenuRecord> yyMenuMergeMenus(const MenuRecord& first, const MenuRecord& second);
+// The accelerators of both; on the same key and modifiers the first wins.
+AccelTable yyMenuMergeAccel(const AccelTable& first, const AccelTable& second);
 
 // One item of a menu built at run time (editor, grid and text context menus).
 // A false include flag skips the record. An item with kMenuHasSub opens a
@@ -208,7 +235,7 @@ int top_ancestor(const MenuRecord& m, int item);
 int upper_key(unsigned long keysym);
 void create_windows(MenuRecord& m);
 void destroy_windows(MenuRecord& m);
-void draw_item(const MenuRecord& m, int i);
+void yyMenuDrawItem(const MenuRecord& m, int i);
 void draw_popup_frame(const MenuRecord& m, int p);
 void draw_popup(const MenuRecord& m, int p);
 void open_sub(MenuRecord& m, int item);

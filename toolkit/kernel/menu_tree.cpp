@@ -300,3 +300,114 @@ int yyMenuMatchAccel(const AccelTable& t, unsigned long keysym, int modifiers) {
       return t.ids[i];
   return 0;
 }
+
+// ---- Record upkeep and merging ----------------------------------------------
+
+void yyMenuUnload(MenuRecord& m) {
+  const int owner = m.Owner;
+  const bool floating = m.Floating;
+  m = MenuRecord{};
+  m.Owner = owner;
+  m.Floating = floating;
+}
+
+void yyMenuReAlloc(MenuRecord& m, int count) {
+  if (count <= m.ItemCount()) return;
+  const auto n = static_cast<std::size_t>(count);
+  // New slots are free (identifier -1) until an insert takes them.
+  m.ItemIds.resize(n, -1);
+  m.ItemFlags.resize(n, 0);
+  m.ItemNext.resize(n, -1);
+  m.ItemChild.resize(n, -1);
+  m.ItemText.resize(n);
+  m.ItemMnemonic.resize(n, -1);
+  m.ItemPopup.resize(n, -1);
+  m.ItemSubPopup.resize(n, -1);
+  m.ItemWindows.resize(n, 0);
+  m.ItemX.resize(n, 0);
+  m.ItemY.resize(n, 0);
+  m.ItemWidth.resize(n, 0);
+  m.ItemPrompts.resize(n);
+}
+
+namespace {
+
+// Copies a chain of siblings with everything below them; items whose
+// identifier `skip` holds are left out with their sub-menus. Returns the
+// first copied item in `dst`, -1 when none.
+int copy_chain(const MenuRecord& src, int item, MenuRecord& dst, const std::vector<int>& skip, int depth) {
+  int first = -1, prev = -1;
+  if (depth > src.ItemCount()) return -1;
+  for (int guard = 0; item >= 0 && item < src.ItemCount() && guard < src.ItemCount(); ++guard, item = src.ItemNext[item]) {
+    if (!src.live(item)) continue;
+    const int id = src.ItemIds[item];
+    if (id > 0 && std::find(skip.begin(), skip.end(), id) != skip.end()) continue;
+    const int n = dst.ItemCount();
+    dst.ItemIds.push_back(id);
+    dst.ItemFlags.push_back(src.ItemFlags[item]);
+    dst.ItemNext.push_back(-1);
+    dst.ItemChild.push_back(-1);
+    dst.ItemText.push_back(src.ItemText[item]);
+    dst.ItemMnemonic.push_back(src.ItemMnemonic[item]);
+    const int child = copy_chain(src, src.ItemChild[item], dst, skip, depth + 1);
+    dst.ItemChild[static_cast<std::size_t>(n)] = child;
+    if (prev >= 0) dst.ItemNext[static_cast<std::size_t>(prev)] = n;
+    else first = n;
+    prev = n;
+  }
+  return first;
+}
+
+int top_of(const MenuRecord& m) {
+  if (!m.PopupFirstItem.empty()) return m.PopupFirstItem[0];
+  return m.ItemCount() > 0 ? 0 : -1;
+}
+
+}  // namespace
+
+std::unique_ptr<MenuRecord> yyMenuMergeMenus(const MenuRecord& first, const MenuRecord& second) {
+  auto out = std::make_unique<MenuRecord>();
+  out->MenuId = first.MenuId;
+  out->Floating = first.Floating;
+  out->TextMenu = first.TextMenu;
+  std::vector<int> taken;
+  for (int i = 0; i < first.ItemCount(); ++i)
+    if (first.live(i) && first.ItemIds[i] > 0) taken.push_back(first.ItemIds[i]);
+  const int a = copy_chain(first, top_of(first), *out, {}, 0);
+  const int b = copy_chain(second, top_of(second), *out, taken, 0);
+  if (a >= 0 && b >= 0) {
+    int last = a;
+    for (int guard = 0; out->ItemNext[static_cast<std::size_t>(last)] >= 0 && guard < out->ItemCount(); ++guard)
+      last = out->ItemNext[static_cast<std::size_t>(last)];
+    out->ItemNext[static_cast<std::size_t>(last)] = b;
+  }
+  out->PopupFirstItem.assign(1, a >= 0 ? a : b);
+  out->Prompts = first.Prompts;
+  for (const auto& [id, text] : second.Prompts) out->Prompts.emplace(id, text);
+  yyMenuBuildPopups(*out);
+  // Prompts set at run time travel with their items.
+  for (const MenuRecord* src : {&first, &second})
+    for (int i = 0; i < src->ItemCount(); ++i) {
+      if (!src->live(i) || static_cast<std::size_t>(i) >= src->ItemPrompts.size() || !src->ItemPrompts[static_cast<std::size_t>(i)]) continue;
+      const int j = out->find(src->ItemIds[i]);
+      if (j >= 0 && !out->ItemPrompts[static_cast<std::size_t>(j)]) {
+        out->ItemPrompts[static_cast<std::size_t>(j)] = src->ItemPrompts[static_cast<std::size_t>(i)];
+        ++out->DynamicPromptCount;
+      }
+    }
+  return out;
+}
+
+AccelTable yyMenuMergeAccel(const AccelTable& first, const AccelTable& second) {
+  AccelTable out = first;
+  for (std::size_t k = 0; k < second.keysyms.size(); ++k) {
+    bool clash = false;
+    for (std::size_t j = 0; j < first.keysyms.size() && !clash; ++j)
+      clash = first.keysyms[j] == second.keysyms[k] && first.modifiers[j] == second.modifiers[k];
+    if (clash) continue;
+    out.keysyms.push_back(second.keysyms[k]);
+    out.ids.push_back(second.ids[k]);
+    out.modifiers.push_back(second.modifiers[k]);
+  }
+  return out;
+}

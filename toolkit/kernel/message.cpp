@@ -1,6 +1,7 @@
 // The message loop: X events become messages, filtered, queued one deep,
 // with modal and semi-modeless blocking and timers.
 #include "toolkit/kernel/message.h"
+#include "toolkit/kernel/message_private.h"
 
 #include <X11/Xatom.h>
 #include <X11/keysym.h>
@@ -10,6 +11,7 @@
 #include <list>
 #include <map>
 #include <utility>
+#include <vector>
 
 #include "toolkit/base/check.h"
 #include "toolkit/kernel/display_private.h"
@@ -48,8 +50,15 @@ struct State {
   int iInWMessage = 0;
   int iFocusCount = 0;
   bool bModalMessageLoop = false;
+  // Modal stack: the level's X window and widget (a dialog's shell), and the
+  // window that owns it (-1 none); the windows each level froze.
+  zelv::Slots<Window, kModalDepth> wModal{};
+  zelv::Slots<Widget, kModalDepth> wtModal{};
   zelv::Slots<int, kModalDepth> iModal{};
+  std::array<std::vector<int>, kModalDepth> frozenBy;
   int nModal = 0;
+  int nModalOverflow = 0;  // pushes beyond the depth, popped without effect
+  LoopHooks hooks;
   int nSemi = 0, iObjCur = -1, iObjCurType = 0;
   std::map<int, std::pair<int, int>> dialogSaved;  // semi-modeless predecessors kept for dialogs
   bool iTimerEnabled = true;
@@ -99,13 +108,14 @@ void post_to_root(long tag, long v1 = 0, long v2 = 0, long v3 = 0, long v4 = 0) 
 
 void noop_handler(Widget, XtPointer, XEvent*, Boolean*) {}
 
-// The window-type code of an X window and the handle it belongs to.
-int window_type(Window xwin, int& h) {
-  for (int code : {1, 2, 3, 8}) {
-    h = yyGetWindowIndex(code, xwin);
-    if (h >= 0) return code;
-  }
-  return -1;
+int window_type(Window xwin, int& h) { return yyMsgWindowType(xwin, h); }
+
+// True when the X window belongs to the widget tree below `top`.
+bool in_tree(Window xwin, Widget top) {
+  if (!top || !xdisplay()) return false;
+  for (Widget w = XtWindowToWidget(xdisplay(), xwin); w; w = XtParent(w))
+    if (w == top) return true;
+  return false;
 }
 
 // The window that owns an X window: the window itself, or the toolkit window
@@ -128,15 +138,23 @@ int mouse_modifiers(unsigned state) {
 
 // Modal levels and semi-modeless objects let through only the events of their own windows.
 bool yyMsgBlockEvent(const XEvent& ev) {
-  if (!mq.bModalMessageLoop && mq.nSemi == 0) return false;
+  if (mq.nModal == 0 && mq.nSemi == 0) return false;
   switch (ev.type) {
     case KeyPress: case KeyRelease: case ButtonPress: case ButtonRelease: case MotionNotify:
     case EnterNotify: case LeaveNotify: case FocusIn: case FocusOut: break;
     default: return false;
   }
+  if (mq.nModal > 0) {
+    const int top = mq.nModal - 1;
+    if (in_tree(ev.xany.window, mq.wtModal[top])) return false;
+    for (int h = 0; h <= zelvy_win::state().iWinMax; ++h)
+      if (zelvy_win::state().wWindow[h] && zelvy_win::state().WinInfo[h].FreezeWindow == ev.xany.window) return true;
+    const int h = owner_of(ev.xany.window);
+    if (h < 0) return false;
+    return h != mq.iModal[top];
+  }
   const int h = owner_of(ev.xany.window);
   if (h < 0) return false;
-  if (mq.bModalMessageLoop && mq.nModal > 0) return h != mq.iModal[mq.nModal - 1];
   return !(mq.iObjCurType == 1 && h == mq.iObjCur);
 }
 
@@ -209,8 +227,17 @@ void button_event(XEvent& ev) {
     }
     return;
   }
+  if ((code == 11 || code == 12) && press) {
+    // A pane's title bar, or a dialog in a window: the focus goes to that window.
+    if (code == 11) XSetInputFocus(xdisplay(), zelvy_win::state().wClient[h], RevertToParent, ev.xbutton.time);
+    yyWindowFocusSub(h);
+    return;
+  }
   if (code != 2) return;
-  if (press) XSetInputFocus(xdisplay(), zelvy_win::state().wClient[h], RevertToParent, ev.xbutton.time);
+  if (press) {
+    XSetInputFocus(xdisplay(), zelvy_win::state().wClient[h], RevertToParent, ev.xbutton.time);
+    yyWindowFocusSub(h);
+  }
   const int mods = mouse_modifiers(ev.xbutton.state);
   if (press) {
     const bool dbl = enabled(MouseDoubleClick) && static_cast<int>(button) == mq.lastButton &&
@@ -324,7 +351,31 @@ bool yyMsgProcessEvent(XEvent& ev) {
   }
 }
 
-// One X event through the toolkit, in the order: toolkit, then the widgets.
+}  // namespace
+
+int yyMsgProcessMessage(XEvent& ev) {
+  // Menus and accelerators see every event first.
+  MenuMessage made;
+  if (yyMenuProcessEvent(ev, made)) {
+    if (made.type == MenuSelect && made.value2 != -1) {
+      // A text menu's choice stays inside the toolkit.
+      if (mq.hooks.textMenu) mq.hooks.textMenu(made.value2, made.value1);
+      return mq.ZelvMessage.type;
+    }
+    if (made.type != 0) yyMsgSend(made.type, made.value1, made.value2, 0, 0, made.x, made.y, made.win, made.time);
+    return mq.ZelvMessage.type;
+  }
+  if (yyMsgProcessEvent(ev)) return mq.ZelvMessage.type;
+  if (mq.hooks.editEvent && mq.hooks.editEvent(ev)) return mq.ZelvMessage.type;
+  if (mq.hooks.viewerEvent && mq.hooks.viewerEvent(ev)) return mq.ZelvMessage.type;
+  if (mq.hooks.dialogEvent && mq.hooks.dialogEvent(ev)) return mq.ZelvMessage.type;
+  XtDispatchEvent(&ev);
+  return mq.ZelvMessage.type;
+}
+
+namespace {
+
+// One X event through the toolkit.
 int yyMsgInterpret() {
   XEvent ev;
   XtAppNextEvent(zelvy_x::state().ixContext, &ev);
@@ -336,9 +387,15 @@ int yyMsgInterpret() {
     if (zelvy_x::state().AltKeySym == XK_Mode_switch && (ev.xkey.state & 8192))
       ev.xkey.state = (ev.xkey.state & ~8192u) | zelvy_x::state().AltMask;
   }
-  // Menus and accelerators see every event first.
-  if (yyMenuProcessEvent(ev)) return mq.ZelvMessage.type;
-  if (!yyMsgProcessEvent(ev)) XtDispatchEvent(&ev);
+  yyMsgProcessMessage(ev);
+  // An editor or grid window sees a message made for it before anyone else.
+  Pending& m = mq.ZelvMessage;
+  const int w = m.rec.Win;
+  if (m.type != 0 && m.type != TimerExpired && w >= 1 && w <= zelvy_win::state().iWinMax && yywindowexists(w)) {
+    const int kind = zelvy_win::state().WinInfo[w].Kind;
+    if (kind == 1 && mq.hooks.editMessage) mq.hooks.editMessage(m.type, m.rec);
+    else if (kind == 4 && mq.hooks.gridMessage) mq.hooks.gridMessage(m.type, m.rec);
+  }
   return mq.ZelvMessage.type;
 }
 
@@ -617,18 +674,121 @@ void yyMsgPostFieldChanged(int field, int x, int y, int win) {
   post_to_root(kTagFieldChanged, field, x, y, win);
 }
 
+namespace {
+
+void push_level(Widget level, int owner) {
+  if (mq.nModal >= kModalDepth) {
+    ++mq.nModalOverflow;
+    return;
+  }
+  const auto n = static_cast<std::size_t>(mq.nModal);
+  mq.wtModal[n] = level;
+  mq.wModal[n] = level && XtIsRealized(level) ? XtWindow(level) : 0;
+  mq.iModal[n] = owner;
+  mq.frozenBy[n].clear();
+  // Every other window keeps its picture and takes no input.
+  for (int h = 0; h <= zelvy_win::state().iWinMax; ++h) {
+    if (h == owner || !zelvy_win::state().wWindow[h] || !zelvy_win::state().wtShell[h]) continue;
+    yyWindowFreeze(h);
+    mq.frozenBy[n].push_back(h);
+  }
+  ++mq.nModal;
+  yyMsgClearEvents();
+  yyMsgResizeControl();
+}
+
+void pop_level() {
+  if (mq.nModalOverflow > 0) {
+    --mq.nModalOverflow;
+    return;
+  }
+  if (mq.nModal == 0) return;
+  --mq.nModal;
+  const auto n = static_cast<std::size_t>(mq.nModal);
+  for (int h : mq.frozenBy[n]) yyWindowThaw(h);
+  mq.frozenBy[n].clear();
+  mq.wtModal[n] = nullptr;
+  mq.wModal[n] = 0;
+  mq.iModal[n] = -1;
+  yyMsgResizeControl();
+}
+
+}  // namespace
+
+void yymessagemodal(int direction, Widget level) {
+  if (!xdisplay()) return;
+  if (direction == 1) push_level(level, -1);
+  else pop_level();
+}
+
+int yyMsgModalDepth() { return mq.nModal + mq.nModalOverflow; }
+
+void yyMsgClearEvents() {
+  Display* dpy = xdisplay();
+  if (!dpy) return;
+  XSync(dpy, False);
+  XEvent ev;
+  while (XCheckMaskEvent(dpy, KeyPressMask | KeyReleaseMask | ButtonPressMask | ButtonReleaseMask |
+                                   PointerMotionMask | ButtonMotionMask, &ev)) {}
+}
+
+int yyMsgWindowType(Window xwin, int& h) {
+  h = -1;
+  if (!xwin) return -1;
+  const auto& ws = zelvy_win::state();
+  if ((h = yyGetWindowIndex(1, xwin)) >= 0) return 1;
+  if ((h = yyGetWindowIndex(2, xwin)) >= 0) return 2;
+  if ((h = yyGetWindowIndex(3, xwin)) >= 0) return 3;
+  int code = -1, index = -1;
+  if (yyMenuFind(xwin, code, index)) {
+    h = -1;
+    return code;
+  }
+  if ((h = yyGetWindowIndex(8, xwin)) >= 0) return 8;
+  for (int k = 0; k <= ws.iWinMax; ++k) {
+    const Widget label = ws.wWindow[k] ? ws.WinInfo[k].TitleLabel : nullptr;
+    if (label && XtIsRealized(label) && XtWindow(label) == xwin) {
+      h = k;
+      return 11;
+    }
+  }
+  for (int k = 0; k <= ws.iWinMax; ++k)
+    if (ws.wWindow[k] && ws.WinInfo[k].Kind == 3 && in_tree(xwin, ws.wtClient[k])) {
+      h = k;
+      return 12;
+    }
+  h = -1;
+  return -1;
+}
+
+int yyMsgWindowType(Window xwin) {
+  int h = -1;
+  return yyMsgWindowType(xwin, h);
+}
+
+void yyAttachLoopHooks(const LoopHooks& hooks) {
+  // Each subsystem attaches its own hooks and leaves the others' alone.
+  auto take = [](auto& mine, auto theirs) {
+    if (theirs) mine = theirs;
+  };
+  take(mq.hooks.dialogEvent, hooks.dialogEvent);
+  take(mq.hooks.editEvent, hooks.editEvent);
+  take(mq.hooks.viewerEvent, hooks.viewerEvent);
+  take(mq.hooks.editMessage, hooks.editMessage);
+  take(mq.hooks.gridMessage, hooks.gridMessage);
+  take(mq.hooks.textMenu, hooks.textMenu);
+}
+
 void yyMsgModalLoop(int win) {
   if (mq.nModal >= kModalDepth || !xdisplay()) return;
-  mq.iModal[mq.nModal++] = win;
+  push_level(nullptr, win);
   mq.ZelvMessage = Pending{};
   mq.bModalMessageLoop = true;
-  yyMsgResizeControl();
   while (mq.bModalMessageLoop) {
     yyMsgInterpret();
     mq.ZelvMessage = Pending{};
   }
-  --mq.nModal;
-  yyMsgResizeControl();
+  pop_level();
   if (mq.nModal > 0) mq.bModalMessageLoop = true;
 }
 

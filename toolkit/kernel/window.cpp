@@ -45,18 +45,12 @@ int sbar_height(int h) {
 // Height the frame adds to the client: menu bar and status bar.
 int extra_height(int h) { return menu_height(h) + sbar_height(h); }
 
-void set_title(int h, std::string_view title) {
-  ws.WinInfo[h].Title = std::string(title);
-  if (!ws.wShell[h]) return;
-  const std::string t(title);
-  XStoreName(xdisplay(), ws.wShell[h], t.c_str());
-  XSetIconName(xdisplay(), ws.wShell[h], t.c_str());
-}
-
 void yyWindowWMCloseCB(Widget, XtPointer client, XtPointer) {
   const int h = static_cast<int>(reinterpret_cast<std::intptr_t>(client));
   if (!yywindowexists(h) || ws.WinInfo[h].Locked) return;
-  // Editors, viewers and grid windows handle their own close when they exist.
+  // A split window asks its panes first; editors, viewers and grid windows
+  // handle their own close when they exist.
+  if (ws.WinInfo[h].Kind == 5 && !yyWindowSplitClose(h)) return;
   yyMsgSend(CloseRequest, 0, 0, 0, 0, 0, 0, h, 0);
 }
 
@@ -76,6 +70,7 @@ struct OpenRequest {
   std::string_view title;
   int parent = -1;
   int colour = -1;
+  int colourcount = 16;
 };
 
 // Dialogs, menus and toolbars come from the resource tables; an identifier
@@ -259,7 +254,7 @@ void finish_window(int h, const OpenRequest& q, const Geometry& g, const char* r
   hints.height = g.fh;
   XSetWMNormalHints(dpy, ws.wShell[h], &hints);
   yyWindowSizeHints(h);
-  set_title(h, q.title);
+  yyWindowTitle(h, q.title);
 
   if (!ws.aWMProtocols) {
     ws.aWMProtocols = XInternAtom(dpy, "WM_PROTOCOLS", False);
@@ -276,7 +271,11 @@ void finish_window(int h, const OpenRequest& q, const Geometry& g, const char* r
   }
   yyWindowResize(h);
   yyMsgApplyMasks(h);
-  if (g.with_dialog) dialog_engine().combine(q.dialogid, h);
+  if (g.with_dialog) yyWindowDialog(h, q.dialogid);
+  if (h == 0) {
+    yyDefaultPalette(zelvy_x::state().iDispDepth, q.colourcount);
+    yyResourceProgramIconShow(ws.wtShell[h]);
+  }
 
   if (!(q.flags & 128)) XtMapWidget(ws.wtShell[h]);
   XFlush(dpy);
@@ -293,17 +292,26 @@ bool open_window(int h, const OpenRequest& q, const char* routine) {
   return true;
 }
 
-void close_window(int h) {
+}  // namespace
+
+void yyWindowCloseChild2(int h) {
   if (!yywindowexists(h)) return;
   for (int c = 1; c <= ws.iWinMax; ++c)
-    if (c != h && ws.wWindow[c] && ws.WinInfo[c].Parent == h) close_window(c);
+    if (c != h && ws.wWindow[c] && ws.WinInfo[c].Parent == h) yyWindowCloseChild2(c);
   Display* dpy = xdisplay();
-  if (!ws.WinInfo[h].Keep) XtUnmapWidget(ws.wtShell[h]);
+  WindowRecord& r = ws.WinInfo[h];
+  // A pane has no shell: its frame lives in the parent's client area.
+  Widget top = ws.wtShell[h] ? ws.wtShell[h] : ws.wtWindow[h];
+  while (r.FreezeCount > 0) yyWindowThaw(h);
+  if (!r.Keep) XtUnmapWidget(top);
   yyWindowStatusBarShutdown(h);
   yyMenuWindowClosed(h);
-  XmRemoveWMProtocolCallback(ws.wtShell[h], ws.aWMDeleteWindow, yyWindowWMCloseCB,
-                             reinterpret_cast<XtPointer>(static_cast<std::intptr_t>(h)));
-  XtDestroyWidget(ws.wtShell[h]);
+  if (r.KindShutdown) r.KindShutdown(h);
+  if (ws.wtShell[h]) yyResourceIconForget(ws.wtShell[h]);
+  if (ws.wtShell[h])
+    XmRemoveWMProtocolCallback(ws.wtShell[h], ws.aWMDeleteWindow, yyWindowWMCloseCB,
+                               reinterpret_cast<XtPointer>(static_cast<std::intptr_t>(h)));
+  XtDestroyWidget(top);
   ws.WinInfo[h] = WindowRecord{};
   ws.wtShell[h] = ws.wtWindow[h] = ws.wtClient[h] = nullptr;
   ws.wShell[h] = ws.wWindow[h] = ws.wClient[h] = 0;
@@ -312,6 +320,8 @@ void close_window(int h) {
   zelvy_data::data().iwflags[h] = -1;
   XSync(dpy, False);
 }
+
+namespace {
 
 void adjust_winmax() {
   while (ws.iWinMax >= 0 && !ws.wWindow[ws.iWinMax]) --ws.iWinMax;
@@ -364,6 +374,7 @@ int yyGetWindowIndex(int code, Window xwin) {
 void yyWindowSizeHints(int h) {
   if (!yywindowexists(h)) return;
   const WindowRecord& r = ws.WinInfo[h];
+  if (!ws.wShell[h]) return;  // a pane: the split sizes it
   XSizeHints hints{};
   long supplied = 0;
   XGetWMNormalHints(xdisplay(), ws.wShell[h], &hints, &supplied);
@@ -379,7 +390,9 @@ void yyWindowSizeHints(int h) {
 void yyWindowResize(int h) {
   if (!yywindowexists(h)) return;
   WindowRecord& r = ws.WinInfo[h];
-  const int top = menu_height(h);
+  const int title = r.TitleLabel ? kPaneTitleHeight : 0;
+  if (r.TitleLabel) XtConfigureWidget(r.TitleLabel, 0, 0, std::max(1, r.FrameWidth), kPaneTitleHeight, 0);
+  const int top = title + menu_height(h);
   const int cw = std::max(1, r.FrameWidth);
   const int ch = std::max(1, r.FrameHeight - top - sbar_height(h));
   XtConfigureWidget(ws.wtClient[h], 0, top, cw, ch, 0);
@@ -393,6 +406,28 @@ void yyWindowResize(int h) {
     zelvy_data::data().iwinwid = cw;
     zelvy_data::data().iwinhgt = ch;
   }
+  if (r.Kind == 5) yyWindowSplitLayout(h);
+}
+
+void yyWindowTitle(int h, std::string_view title) {
+  WindowRecord& r = ws.WinInfo[h];
+  r.Title = std::string(title);
+  const std::string t(title);
+  if (r.TitleLabel) {
+    // A pane shows its title in its own bar, behind one blank.
+    const std::string shown = " " + t;
+    XmString xs = XmStringCreateLocalized(const_cast<char*>(shown.c_str()));
+    XtVaSetValues(r.TitleLabel, XmNlabelString, xs, nullptr);
+    XmStringFree(xs);
+    return;
+  }
+  if (!ws.wShell[h]) return;
+  XStoreName(xdisplay(), ws.wShell[h], t.c_str());
+  XSetIconName(xdisplay(), ws.wShell[h], t.c_str());
+}
+
+void yyWindowDialog(int h, int dialogid) {
+  if (dialog_engine().combine) dialog_engine().combine(dialogid, h);
 }
 
 bool yywindowgrselect(int h) {
@@ -404,11 +439,9 @@ bool yywindowgrselect(int h) {
   return true;
 }
 
-void WindowOpen(std::optional<int> flags, std::optional<int> x, std::optional<int> y,
-                std::optional<int> width, std::optional<int> height, std::optional<int> menuid,
-                std::span<const int> toolbarids, std::optional<int> dialogid, std::string_view title,
-                std::optional<int> colourcount, std::optional<int> colour) {
-  (void)colourcount;  // the palette ramps matter only on displays of 8 bits or less
+void yywindowopen(int flags, int x, int y, int width, int height, int menuid,
+                  std::span<const int> toolbarids, int dialogid, std::string_view title, int colour,
+                  int colourcount) {
   if (zelvy_data::data().brootopen) return;
   if (!xdisplay()) {
     yyerror(1122, "WindowOpen");
@@ -417,16 +450,17 @@ void WindowOpen(std::optional<int> flags, std::optional<int> x, std::optional<in
   ws.iWinMax = 0;
   yyMsgResetFilter();
   OpenRequest q;
-  q.flags = flags.value_or(7);
-  q.x = x.value_or(kDefault);
-  q.y = y.value_or(kDefault);
-  q.width = width.value_or(0);
-  q.height = height.value_or(0);
-  q.menuid = menuid.value_or(0);
+  q.flags = flags;
+  q.x = x;
+  q.y = y;
+  q.width = width;
+  q.height = height;
+  q.menuid = menuid;
   q.toolbars = toolbarids;
-  q.dialogid = dialogid.value_or(0);
+  q.dialogid = dialogid;
   q.title = title;
-  q.colour = colour.value_or(-1);
+  q.colour = colour;
+  q.colourcount = colourcount;
   if (dialog_engine().init) dialog_engine().init();
   open_window(0, q, "WindowOpen");
   zelvy_data::data().brootopen = true;
@@ -435,21 +469,31 @@ void WindowOpen(std::optional<int> flags, std::optional<int> x, std::optional<in
   zelvy_data::data().icurdialog = ws.WinInfo[0].Kind == 3 ? q.dialogid : 0;
   take_selection(0);
   yyMsgApplyMasks(0);
+  IGrInit();
 }
 
-void WindowOpenChild(int& handle, std::optional<int> flags, std::optional<int> x,
-                     std::optional<int> y, std::optional<int> width, std::optional<int> height,
-                     std::optional<int> menuid, std::span<const int> toolbarids,
-                     std::optional<int> dialogid, std::string_view title,
-                     std::optional<int> parent, std::optional<int> colour) {
+void WindowOpen(std::optional<int> flags, std::optional<int> x, std::optional<int> y,
+                std::optional<int> width, std::optional<int> height, std::optional<int> menuid,
+                std::span<const int> toolbarids, std::optional<int> dialogid, std::string_view title,
+                std::optional<int> colourcount, std::optional<int> colour) {
+  int count = colourcount.value_or(16);
+  if (count != 16 && count != 32 && count != 64 && count != 128) count = 16;
+  yywindowopen(flags.value_or(7), x.value_or(kDefault), y.value_or(kDefault), width.value_or(0),
+               height.value_or(0), menuid.value_or(0), toolbarids, dialogid.value_or(0), title,
+               colour.value_or(-1), count);
+}
+
+void yywindowopenchild(int& handle, int flags, int x, int y, int width, int height, int menuid,
+                       std::span<const int> toolbarids, int dialogid, std::string_view title,
+                       int parent, int colour) {
   handle = -1;
   if (!xdisplay()) {
     yyerror(1122, "WindowOpenChild");
     return;
   }
   OpenRequest q;
-  q.flags = flags.value_or(7);
-  q.parent = parent.value_or(-1);
+  q.flags = flags;
+  q.parent = parent;
   const int h = free_handle();
   if (h < 0) {
     yyerror(1121, "WindowOpenChild");
@@ -468,24 +512,18 @@ void WindowOpenChild(int& handle, std::optional<int> flags, std::optional<int> x
       yyerror(ws.WinInfo[q.parent].Kind == 3 ? 1046 : 1056, "WindowOpenChild");
       return;
     }
-    // Window units of the parent, with a default of 8000 units.
-    const int pw = ws.WinInfo[q.parent].ClientWidth, ph = ws.WinInfo[q.parent].ClientHeight;
-    q.x = x ? yyunitstopixels(*x, pw) : kDefault;
-    q.y = y ? yyunitstopixels(*y, ph) : kDefault;
-    q.width = yyunitstopixels(width.value_or(8000), pw);
-    q.height = yyunitstopixels(height.value_or(8000), ph);
-  } else {
-    if (q.parent >= 0 && !yywindowexists(q.parent)) q.parent = -1;
-    q.x = x.value_or(kDefault);
-    q.y = y.value_or(kDefault);
-    q.width = width.value_or(0);
-    q.height = height.value_or(0);
+  } else if (q.parent >= 0 && !yywindowexists(q.parent)) {
+    q.parent = -1;
   }
-  q.menuid = menuid.value_or(0);
+  q.x = x;
+  q.y = y;
+  q.width = width;
+  q.height = height;
+  q.menuid = menuid;
   q.toolbars = toolbarids;
-  q.dialogid = dialogid.value_or(0);
+  q.dialogid = dialogid;
   q.title = title;
-  q.colour = colour.value_or(-1);
+  q.colour = colour;
   if (ws.iWinMax < 0) ws.iWinMax = 0;
   if (!open_window(h, q, "WindowOpenChild")) {
     yyerror(1122, "WindowOpenChild");
@@ -497,12 +535,39 @@ void WindowOpenChild(int& handle, std::optional<int> flags, std::optional<int> x
   yyMsgApplyMasks(h);
 }
 
+void WindowOpenChild(int& handle, std::optional<int> flags, std::optional<int> x,
+                     std::optional<int> y, std::optional<int> width, std::optional<int> height,
+                     std::optional<int> menuid, std::span<const int> toolbarids,
+                     std::optional<int> dialogid, std::string_view title,
+                     std::optional<int> parent, std::optional<int> colour) {
+  const int f = flags.value_or(7);
+  const int p = parent.value_or(-1);
+  int px = x.value_or(kDefault), py = y.value_or(kDefault);
+  int pw = width.value_or(0), ph = height.value_or(0);
+  if ((f & 16) && yywindowexists(p)) {
+    // Window units of the parent, with a default of 8000 units.
+    const int cw = ws.WinInfo[p].ClientWidth, ch = ws.WinInfo[p].ClientHeight;
+    px = x ? yyunitstopixels(*x, cw) : kDefault;
+    py = y ? yyunitstopixels(*y, ch) : kDefault;
+    pw = yyunitstopixels(width.value_or(8000), cw);
+    ph = yyunitstopixels(height.value_or(8000), ch);
+  }
+  yywindowopenchild(handle, f, px, py, pw, ph, menuid.value_or(0), toolbarids, dialogid.value_or(0),
+                    title, p, colour.value_or(-1));
+}
+
 void WindowCloseChild(int handle) {
   if (handle < 1 || !yywindowexists(handle)) {
     yyerror(1003, "WindowCloseChild");
     return;
   }
-  close_window(handle);
+  // A pane goes with its whole split: the parent turns plain again.
+  const int parent = ws.WinInfo[handle].Parent;
+  if (yywindowexists(parent) && ws.WinInfo[parent].Kind == 5 && !ws.wtShell[handle]) {
+    yyWindowSplitUndo(parent);
+  } else {
+    yyWindowCloseChild2(handle);
+  }
   adjust_winmax();
   zelvy_data::data().iwflags[handle] = -1;
   if (!yywindowexists(ws.iWinCur) && yywindowexists(0)) take_selection(0);
@@ -511,9 +576,9 @@ void WindowCloseChild(int handle) {
 void WindowClose() {
   if (!zelvy_data::data().brootopen) return;
   for (int h = ws.iWinMax; h >= 1; --h)
-    if (ws.wWindow[h]) close_window(h);
+    if (ws.wWindow[h]) yyWindowCloseChild2(h);
   if (dialog_engine().shutdown) dialog_engine().shutdown();  // while the windows the dialogs live in still exist
-  close_window(0);
+  yyWindowCloseChild2(0);
   ws.iWinMax = -1;
   ws.iWinCur = 0;
   yyMsgRestoreFilter();
@@ -534,6 +599,7 @@ namespace {
 // showing leaves children that were hidden on their own as they are.
 void yyWindowShowHide(int h, bool show) {
   WindowRecord& r = ws.WinInfo[h];
+  if (!ws.wtShell[h]) return;
   if (show) {
     r.Visible = 1;
     XtMapWidget(ws.wtShell[h]);
@@ -552,7 +618,7 @@ void yyWindowShowHide(int h, bool show) {
 
 void yywindowsizepos(int x, int y, int width, int height, int show) {
   const int h = ws.iWinCur;
-  if (!yywindowexists(h)) return;
+  if (!yywindowexists(h) || !ws.wtShell[h]) return;  // panes are placed by their split
   WindowRecord& r = ws.WinInfo[h];
   Display* dpy = xdisplay();
   Position sx = 0, sy = 0;
@@ -577,22 +643,26 @@ void yywindowsizepos(int x, int y, int width, int height, int show) {
 }
 
 void yywindowtitle(int iconid, int settitle, int& status, std::string_view title) {
-  (void)iconid;  // icons come from the image resources with the toolbars
   status = 0;
   const int h = ws.iWinCur;
   if (!yywindowexists(h)) {
     status = 1003;
     return;
   }
-  if (settitle == 1) set_title(h, title);
+  if (settitle == 1) yyWindowTitle(h, title);
+  if (iconid != -1 && ws.wtShell[h]) status = yyResourceIconShow(ws.wtShell[h], iconid);
   XFlush(xdisplay());
 }
 
 void yywindowraise() {
   const int h = ws.iWinCur;
   if (!yywindowexists(h)) return;
-  XRaiseWindow(xdisplay(), ws.wShell[h]);
-  XSetInputFocus(xdisplay(), ws.wShell[h], RevertToParent, CurrentTime);
+  // Panes have no shell: the topmost window that holds them is raised.
+  int top = h;
+  while (!ws.wShell[top] && yywindowexists(ws.WinInfo[top].Parent)) top = ws.WinInfo[top].Parent;
+  if (!ws.wShell[top]) return;
+  XRaiseWindow(xdisplay(), ws.wShell[top]);
+  XSetInputFocus(xdisplay(), ws.wShell[h] ? ws.wShell[h] : ws.wClient[h], RevertToParent, CurrentTime);
   XFlush(xdisplay());
 }
 

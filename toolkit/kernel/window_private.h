@@ -8,6 +8,7 @@
 #include <X11/Intrinsic.h>
 
 #include <array>
+#include <span>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -37,6 +38,34 @@ struct WindowRecord {
   // Geometry as opened, for WInfoWindow's restore items.
   int RestoreX = 0, RestoreY = 0, RestoreWidth = 0, RestoreHeight = 0;
   int X = 0, Y = 0;  // position as WInfoWindow reports it
+  // What a converted window's kind (editor, viewer, grid) leaves behind: the
+  // routine that frees KindData when the window reverts or closes.
+  void (*KindShutdown)(int handle) = nullptr;
+  // The kept picture a window shows while a modal level freezes it.
+  Window FreezeWindow = 0;
+  Pixmap FreezePixmap = 0;
+  int FreezeCount = 0;
+};
+
+// A window split into two panes. Split flags: 1 the panes lie above each
+// other (else side by side), 2 keep the proportions on resize, 4 the second
+// pane keeps its size. A pane with flag 64 can't be resized by the sash.
+inline constexpr unsigned kSplitAbove = 1, kSplitProportional = 2, kSplitKeepSecond = 4;
+inline constexpr unsigned kPaneFixed = 64, kPaneNoTitle = 1024;
+inline constexpr int kSashWidth = 4;
+inline constexpr int kPaneTitleHeight = 18;
+struct SplitRecord {
+  Widget Sash = nullptr;
+  int Parent = -1;
+  std::array<int, 2> Pane{-1, -1};
+  unsigned Flags = 0;
+  std::array<unsigned, 2> PaneFlags{};
+  double Proportion = 0.5;  // share of the first pane in what the sash leaves
+  int SashPos = 0;          // extent of the first pane in pixels
+  int LastWidth = 0, LastHeight = 0;
+  Widget FocusWidget = nullptr;
+  int MenuPane = -1;        // the pane whose menu the bar shows, -1 none
+  bool Dragging = false;
 };
 
 namespace zelvy_win {
@@ -65,6 +94,47 @@ State& state();
 
 }  // namespace zelvy_win
 
+
+// The bodies of WindowOpen and WindowOpenChild; handle -1 on failure.
+void yywindowopen(int flags, int x, int y, int width, int height, int menuid,
+                  std::span<const int> toolbarids, int dialogid, std::string_view title, int colour,
+                  int colourcount);
+void yywindowopenchild(int& handle, int flags, int x, int y, int width, int height, int menuid,
+                       std::span<const int> toolbarids, int dialogid, std::string_view title,
+                       int parent, int colour);
+// Closes one window and, first, the windows whose parent it is.
+void yyWindowCloseChild2(int h);
+// Sets WM_NAME and WM_ICON_NAME of a shell, or a pane's title bar.
+void yyWindowTitle(int h, std::string_view title);
+// Shows a resource dialog as the content of a window's client area.
+void yyWindowDialog(int h, int dialogid);
+// Splits the selected window into two panes (handles out). position is the
+// first pane's extent in pixels, below 0 the middle. status 0, 1038, 1046,
+// 1121 or 1122.
+void yywindowsplit(unsigned splitflags, unsigned flags1, unsigned flags2, int position,
+                   std::string_view title1, std::string_view title2, int& pane1, int& pane2,
+                   int& status);
+// The sash's translations: <Enter>, <Btn1Down>, <MouseMoved> and <Btn1Up>.
+void yyWindowSplitProc(Widget sash, XEvent* event, String* params, Cardinal* count);
+// Closes both panes of a split window; the window turns plain again.
+void yyWindowSplitUndo(int h);
+// True when both panes of a split window agree to close.
+bool yyWindowSplitClose(int h);
+// Places the panes and the sash of a split window in its client area.
+void yyWindowSplitLayout(int h);
+// The split record of a split window (kind 5), null for others.
+SplitRecord* yyWindowSplitRecord(int h);
+// Turns the selected window of kind 1, 2 or 4 back into a plain one; status 0 or 1096.
+void yywindowrevert(int& status);
+// Components of a window that yyWindowComponent hands out.
+enum WindowComponent { kCompShell = 1, kCompFrame, kCompClient, kCompContent, kCompTitle, kCompSash };
+// A widget of a window, null when it has none.
+Widget yyWindowComponent(int h, int component);
+// A client got the focus: title bar colours of the panes, the active pane's menu.
+void yyWindowFocusSub(int h);
+// Modal freeze: the window keeps the picture it shows now and takes no input.
+void yyWindowFreeze(int h);
+void yyWindowThaw(int h);
 
 // True when h names an open window.
 bool yywindowexists(int h);

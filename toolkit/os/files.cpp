@@ -5,7 +5,6 @@
 #include <pwd.h>
 #include <sys/stat.h>
 #include <sys/utsname.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -21,12 +20,11 @@
 #include <vector>
 
 #include "toolkit/base/error.h"
-#include "toolkit/base/zelvy_data.h"
-#include "toolkit/os/datetime.h"
 #include "toolkit/base/fixed_text.h"
 #include "toolkit/base/text.h"
-
-extern char** environ;
+#include "toolkit/base/zelvy_data.h"
+#include "toolkit/os/command.h"
+#include "toolkit/os/datetime.h"
 
 namespace {
 
@@ -52,34 +50,14 @@ std::vector<std::string> command_line() {
   return args;
 }
 
-// Runs a command through /bin/sh, its error output discarded, and waits for it.
-// The exit code is the command's business; only a failure to run it or its death
-// by a signal is an error (13, with the error number in iapierr).
-int run_shell(const std::string& command) {
-  const std::string line = command + " 2> /dev/null";
-  std::fflush(nullptr);
-  const pid_t pid = ::fork();
-  if (pid < 0) {
-    zelvy_data::data().iapierr = errno;
-    return 13;
-  }
-  if (pid == 0) {
-    const char* argv[] = {"sh", "-c", line.c_str(), nullptr};
-    ::execve("/bin/sh", const_cast<char* const*>(argv), environ);
-    ::_exit(127);  // no exit handlers in the child: they belong to the parent
-  }
-  int status = 0;
-  while (::waitpid(pid, &status, 0) < 0) {
-    if (errno != EINTR) {
-      zelvy_data::data().iapierr = errno;
-      return 13;
-    }
-  }
-  if (!WIFEXITED(status)) {
-    zelvy_data::data().iapierr = 0;
-    return 13;
-  }
-  return 0;
+// Runs a command through the shell, waiting for it, its error output discarded.
+// The exit code is the command's business; a failure to run it is raised under
+// the caller's name, error 13 with the system's number in iapierr.
+void run_shell(std::string_view command, std::string_view routine) {
+  CommandStatus status;
+  const int err = yyoscommand(command, kCmdWait | kCmdDiscardErrors, -1, status);
+  if (err == 13) os_error(status.os_error, routine);
+  else if (err != 0) yyerror(err, routine);
 }
 
 // A name with an unescaped blank goes to the shell in double quotes.
@@ -101,23 +79,11 @@ std::string shell_pattern(const std::string& name) {
   return out;
 }
 
-// The glob patterns of a pattern text: separated by blanks, or in double quotes.
+// The glob patterns of a pattern text, parsed once for a whole listing.
 std::vector<std::string> split_patterns(std::string_view text) {
   std::vector<std::string> out;
-  std::size_t i = 0;
-  while (i < text.size()) {
-    if (text[i] == ' ' || text[i] == '\0') {
-      ++i;
-    } else if (text[i] == '"') {
-      const auto end = text.find('"', i + 1);
-      out.emplace_back(text.substr(i + 1, end == std::string_view::npos ? std::string_view::npos : end - i - 1));
-      i = end == std::string_view::npos ? text.size() : end + 1;
-    } else {
-      const auto end = std::min(text.find_first_of(std::string_view(" \0", 2), i), text.size());
-      out.emplace_back(text.substr(i, end - i));
-      i = end;
-    }
-  }
+  std::size_t pos = 0;
+  for (std::string p; yylocatevalue(text, pos, p);) out.push_back(std::move(p));
   return out;
 }
 
@@ -127,47 +93,46 @@ struct DirEntry {
   int size = 0;
 };
 
-struct DirCloser {
-  void operator()(DIR* d) const { ::closedir(d); }
-};
-
 int clamp_int(long long v) { return v > INT_MAX ? INT_MAX : v < INT_MIN ? INT_MIN : static_cast<int>(v); }
 
+bool matches_any(const std::vector<std::string>& patterns, const std::string& name, bool period) {
+  if (patterns.empty()) return true;
+  for (const auto& p : patterns)
+    if (yyosdirmatch(name, p, period)) return true;
+  return false;
+}
+
 // The entries a listing takes, in directory order, at most `limit` of them.
-std::vector<DirEntry> list_entries(std::string_view dir, std::string_view pattern, int flags, std::size_t limit) {
-  std::vector<DirEntry> out;
+// Returns the system's error number of a failed open or read.
+int list_entries(std::string_view dir, std::string_view pattern, int flags, std::size_t limit,
+                 std::vector<DirEntry>& out) {
+  out.clear();
   std::string base = plain(dir);
   if (base.empty()) base = ".";
-  std::unique_ptr<DIR, DirCloser> d(::opendir(base.c_str()));
-  if (!d) return out;
+  OsDir d;
+  if (int err = yyosdiropen(base, d)) return err;
   const std::vector<std::string> patterns = split_patterns(trimmed(pattern));
-  const int match_flags = (flags & kDirMatchPeriod) ? FNM_PERIOD : 0;
+  const bool period = flags & kDirMatchPeriod;
   const int info = zelvy_data::data().idirinfo;
+  std::string name;
   while (out.size() < limit) {
-    const dirent* e = ::readdir(d.get());
-    if (!e) break;
-    const std::string name = e->d_name;
-    const bool dots = name == "." || name == "..";
+    if (int err = yyosdirread(d, name)) return err;
+    if (name.empty()) break;
     if (name[0] == '.' && !(flags & kDirHidden)) continue;
     long long size = 0, mtime = 0;
     int mode = 0;
-    const bool exists = yyosstat(base + "/" + name, size, mtime, mode) == 0;
-    const int type = !exists ? kPathNone : S_ISDIR(mode) ? kPathDirectory : kPathFile;
-    if (type == kPathFile && !(info & 1)) continue;
-    if (type == kPathDirectory && (!(info & 2) || (dots && (flags & kDirNoDots)))) continue;
-    if (type == kPathNone) continue;
-    if (!patterns.empty()) {
-      bool matched = false;
-      for (const auto& p : patterns)
-        if (::fnmatch(p.c_str(), name.c_str(), match_flags) == 0) {
-          matched = true;
-          break;
-        }
-      if (!matched) continue;
+    // A link that leads nowhere has no type and is no entry of either kind.
+    if (yyosstat(base + "/" + name, size, mtime, mode) != 0) continue;
+    if (S_ISDIR(mode)) {
+      const bool dots = name == "." || name == "..";
+      if (!(info & 2) || (dots && (flags & kDirNoDots))) continue;
+    } else if (!(info & 1)) {
+      continue;
     }
+    if (!matches_any(patterns, name, period)) continue;
     out.push_back({name, clamp_int(mtime), clamp_int(size)});
   }
-  return out;
+  return 0;
 }
 
 std::string lowered(std::string s) {
@@ -184,13 +149,47 @@ std::string extension_of(const std::string& name, bool no_case) {
 // Day and second of a time stamp in local time, for ordering by date.
 std::pair<int, int> day_and_second(int stamp) {
   int y = 0, mo = 0, d = 0, h = 0, mi = 0, s = 0;
-  iosfiledate(stamp, y, mo, d);
-  iosfiletime(stamp, h, mi, s);
+  yyosfiledate(stamp, y, mo, d);
+  yyosfiletime(stamp, h, mi, s);
   return {yyjulianday(y, mo, d), h * 3600 + mi * 60 + s};
 }
 
-// Selection sort in place: the listings are small, and the order of equal keys
-// is that of this sort.
+// Selection sort: each step swaps the first best of the rest into place, which
+// fixes the order of equal keys. A tournament tree over the positions finds that
+// entry in logarithmic time, so a directory of thousands of files sorts at once
+// with the same outcome.
+template <class Better>
+std::vector<std::size_t> selection_order(std::size_t n, const Better& better) {
+  constexpr std::size_t kNone = SIZE_MAX;
+  std::vector<std::size_t> at(n);  // entry standing at each position
+  for (std::size_t i = 0; i < n; ++i) at[i] = i;
+  std::size_t leaves = 1;
+  while (leaves < n) leaves *= 2;
+  // Node: the position of its range's first best entry, kNone when empty.
+  std::vector<std::size_t> tree(2 * leaves, kNone);
+  const auto winner = [&](std::size_t left, std::size_t right) {
+    if (left == kNone) return right;
+    if (right == kNone) return left;
+    return better(at[right], at[left]) ? right : left;  // a tie keeps the earlier position
+  };
+  const auto replay = [&](std::size_t pos) {
+    for (std::size_t node = (leaves + pos) / 2; node >= 1; node /= 2)
+      tree[node] = winner(tree[2 * node], tree[2 * node + 1]);
+  };
+  for (std::size_t i = 0; i < n; ++i) tree[leaves + i] = i;
+  for (std::size_t node = leaves - 1; node >= 1; --node) tree[node] = winner(tree[2 * node], tree[2 * node + 1]);
+  for (std::size_t i = 0; i < n; ++i) {
+    const std::size_t pick = tree[1];
+    if (pick != i) {
+      std::swap(at[i], at[pick]);
+      replay(pick);
+    }
+    tree[leaves + i] = kNone;
+    replay(i);
+  }
+  return at;
+}
+
 void sort_entries(std::vector<DirEntry>& v, int flags) {
   const int key = (flags & kDirSortName) ? kDirSortName
                   : (flags & kDirSortDate) ? kDirSortDate
@@ -199,42 +198,41 @@ void sort_entries(std::vector<DirEntry>& v, int flags) {
                                                 : kDirSortName;
   const bool no_case = flags & kDirNoCase;
   const bool reverse = flags & kDirReverse;
-  // Keys are made once per entry: the sort compares each pair.
-  struct Keyed {
-    DirEntry entry;
+  // Keys are made once per entry, not once per comparison.
+  struct Keys {
     std::string name, extension;
     std::pair<int, int> when;
   };
-  std::vector<Keyed> k;
+  std::vector<Keys> k;
   k.reserve(v.size());
-  for (auto& e : v) {
-    Keyed x{std::move(e), {}, {}, {}};
-    x.name = no_case ? lowered(x.entry.name) : x.entry.name;
-    if (key == kDirSortExtension) x.extension = extension_of(x.entry.name, no_case);
-    if (key == kDirSortDate) x.when = day_and_second(x.entry.date);
+  for (const auto& e : v) {
+    Keys x{no_case ? lowered(e.name) : e.name, {}, {}};
+    if (key == kDirSortExtension) x.extension = extension_of(e.name, no_case);
+    if (key == kDirSortDate) x.when = day_and_second(e.date);
     k.push_back(std::move(x));
   }
-  auto less = [&](const Keyed& a, const Keyed& b) {
+  const auto less = [&](std::size_t a, std::size_t b) {
     switch (key) {
-      case kDirSortDate: return a.when < b.when;
-      case kDirSortSize: return a.entry.size < b.entry.size;
-      case kDirSortExtension: return a.extension != b.extension ? a.extension < b.extension : a.name < b.name;
-      default: return a.name < b.name;
+      case kDirSortDate: return k[a].when < k[b].when;
+      case kDirSortSize: return v[a].size < v[b].size;
+      case kDirSortExtension:
+        return k[a].extension != k[b].extension ? k[a].extension < k[b].extension : k[a].name < k[b].name;
+      default: return k[a].name < k[b].name;
     }
   };
-  for (std::size_t i = 0; i + 1 < k.size(); ++i) {
-    std::size_t pick = i;
-    for (std::size_t j = i + 1; j < k.size(); ++j)
-      if (reverse ? less(k[pick], k[j]) : less(k[j], k[pick])) pick = j;
-    if (pick != i) std::swap(k[i], k[pick]);
-  }
-  for (std::size_t i = 0; i < k.size(); ++i) v[i] = std::move(k[i].entry);
+  const auto order =
+      selection_order(v.size(), [&](std::size_t a, std::size_t b) { return reverse ? less(b, a) : less(a, b); });
+  std::vector<DirEntry> sorted;
+  sorted.reserve(v.size());
+  for (const std::size_t i : order) sorted.push_back(std::move(v[i]));
+  v = std::move(sorted);
 }
 
-void split_stamp(int stamp, std::tm& tm) {
-  const std::time_t t = stamp;
-  tm = {};
+std::tm local_time(long long stamp) {
+  const auto t = static_cast<std::time_t>(stamp);
+  std::tm tm{};
   localtime_r(&t, &tm);
+  return tm;
 }
 
 [[noreturn]] void exit_with_line(std::string_view message, const std::string& code_field, int code) {
@@ -290,6 +288,94 @@ int yyosstat(std::string_view path, long long& size, long long& mtime, int& mode
   mtime = st.st_mtime;
   mode = static_cast<int>(st.st_mode);
   return 0;
+}
+
+// The handle is the system's stream itself under an opaque name: nothing to
+// allocate, and the public header stays free of the system's types.
+namespace {
+DIR* stream_of(OsDirStream* s) { return reinterpret_cast<DIR*>(s); }
+}  // namespace
+
+void OsDirClose::operator()(OsDirStream* stream) const { ::closedir(stream_of(stream)); }
+
+int yyosdiropen(std::string_view dir, OsDir& handle) {
+  handle.reset();
+  DIR* d = ::opendir(std::string(dir).c_str());
+  if (!d) return errno;
+  handle.reset(reinterpret_cast<OsDirStream*>(d));
+  return 0;
+}
+
+int yyosdirread(OsDir& handle, std::string& name) {
+  name.clear();
+  if (!handle) return 0;
+  errno = 0;  // readdir tells the end from a failure only by errno
+  const dirent* e = ::readdir(stream_of(handle.get()));
+  if (!e) return errno;
+  name = e->d_name;
+  return 0;
+}
+
+bool yyosdirmatch(std::string_view name, std::string_view pattern, bool period) {
+  return ::fnmatch(std::string(pattern).c_str(), std::string(name).c_str(), period ? FNM_PERIOD : 0) == 0;
+}
+
+int yyosdirclose(OsDir& handle) {
+  if (!handle) return 0;
+  return ::closedir(stream_of(handle.release())) == 0 ? 0 : errno;
+}
+
+bool yylocatevalue(std::string_view text, std::size_t& pos, std::string& value) {
+  value.clear();
+  const auto separator = [](char c) { return c == ' ' || c == '\0'; };
+  while (pos < text.size() && separator(text[pos])) ++pos;
+  if (pos >= text.size()) return false;
+  if (text[pos] == '"') {
+    const auto end = text.find('"', pos + 1);
+    const auto stop = end == std::string_view::npos ? text.size() : end;
+    value = text.substr(pos + 1, stop - pos - 1);
+    pos = end == std::string_view::npos ? text.size() : end + 1;
+    return true;
+  }
+  const auto start = pos;
+  while (pos < text.size() && !separator(text[pos])) ++pos;
+  value = text.substr(start, pos - start);
+  return true;
+}
+
+int yyosfileinfo(std::string_view path, std::array<int, kFileInfoCount>& values) {
+  values.fill(0);
+  values[0] = -1;
+  long long size = 0, mtime = 0;
+  int mode = 0;
+  if (path.empty()) return ENOENT;
+  if (int err = yyosstat(path, size, mtime, mode)) return err;
+  const std::tm tm = local_time(mtime);
+  values = {clamp_int(size),
+            tm.tm_year + 1900,
+            tm.tm_mon + 1,
+            tm.tm_mday,
+            tm.tm_hour,
+            tm.tm_min,
+            tm.tm_sec,
+            mode,
+            clamp_int((size + 1023) / 1024),
+            S_ISDIR(mode) ? kPathDirectory : kPathFile};
+  return 0;
+}
+
+void yyosfiledate(long long stamp, int& year, int& month, int& day) {
+  const std::tm tm = local_time(stamp);
+  year = tm.tm_year + 1900;
+  month = tm.tm_mon + 1;
+  day = tm.tm_mday;
+}
+
+void yyosfiletime(long long stamp, int& hour, int& minute, int& second) {
+  const std::tm tm = local_time(stamp);
+  hour = tm.tm_hour;
+  minute = tm.tm_min;
+  second = tm.tm_sec;
 }
 
 int yyosdeletefile(std::string_view file) { return ::unlink(std::string(file).c_str()) == 0 ? 0 : errno; }
@@ -385,17 +471,20 @@ void iosdeletetree(std::string_view dir) {
   struct stat st {};
   if (root.empty() || ::lstat(root.c_str(), &st) != 0 || !S_ISDIR(st.st_mode)) return;
   {
-    std::unique_ptr<DIR, DirCloser> d(::opendir(root.c_str()));
-    if (!d) {
-      os_error(errno, "IOsDeleteTree");
-      return;
-    }
+    OsDir d;
     std::vector<std::string> names;
-    while (const dirent* e = ::readdir(d.get())) {
-      const std::string name = e->d_name;
+    int err = yyosdiropen(root, d);
+    for (std::string name; err == 0;) {
+      err = yyosdirread(d, name);
+      if (name.empty()) break;
       if (name != "." && name != "..") names.push_back(name);
     }
-    d.reset();
+    if (err != 0) {
+      os_error(err, "IOsDeleteTree");
+      return;
+    }
+    // Closed before the entries go: a deep tree holds no descriptor per level.
+    yyosdirclose(d);
     for (const auto& name : names) {
       const std::string path = root + "/" + name;
       struct stat est {};
@@ -426,14 +515,18 @@ void iosdirentrytype(std::string_view options) {
 }
 
 void IOsDirCount(std::string_view dir, std::string_view pattern, int& count, std::optional<int> flags) {
-  count = static_cast<int>(list_entries(dir, pattern, flags.value_or(kDirSortName), SIZE_MAX).size());
+  std::vector<DirEntry> entries;
+  const int err = list_entries(dir, pattern, flags.value_or(kDirSortName), SIZE_MAX, entries);
+  count = static_cast<int>(entries.size());
+  if (err != 0) os_error(err, "IOsDirCount");
 }
 
 void IOsDirInfo(std::string_view dir, std::string_view pattern, std::span<std::string> names, int& count,
                 std::span<int> dates, std::span<int> sizes, std::optional<int> flags) {
   const int f = flags.value_or(kDirSortName);
   const std::size_t room = count <= 0 ? 0 : std::min(static_cast<std::size_t>(count), names.size());
-  std::vector<DirEntry> entries = list_entries(dir, pattern, f, room);
+  std::vector<DirEntry> entries;
+  const int err = list_entries(dir, pattern, f, room, entries);
   sort_entries(entries, f);
   for (std::size_t i = 0; i < entries.size(); ++i) {
     assign_out(names[i], entries[i].name);
@@ -441,6 +534,7 @@ void IOsDirInfo(std::string_view dir, std::string_view pattern, std::span<std::s
     if (i < sizes.size()) sizes[i] = entries[i].size;
   }
   count = static_cast<int>(entries.size());
+  if (err != 0) os_error(err, "IOsDirInfo");
 }
 
 void IOsCopyFile(std::string_view source, std::string_view target) {
@@ -455,7 +549,7 @@ void IOsCopyFile(std::string_view source, std::string_view target) {
     yyerror(55, "IOsCopyFile");
     return;
   }
-  if (int err = run_shell("cp " + shell_word(from) + " " + shell_word(to))) yyerror(err, "IOsCopyFile");
+  run_shell("cp " + shell_word(from) + " " + shell_word(to), "IOsCopyFile");
 }
 
 void IOsDeleteFile(std::string_view file, std::optional<int> flags) {
@@ -465,49 +559,19 @@ void IOsDeleteFile(std::string_view file, std::optional<int> flags) {
     if (int err = yyosdeletefile(name)) os_error(err, "IOsDeleteFile");
     return;
   }
-  if (int err = run_shell("rm " + shell_pattern(name))) yyerror(err, "IOsDeleteFile");
+  run_shell("rm " + shell_pattern(name), "IOsDeleteFile");
 }
 
 void iosfileinfo(std::string_view file, std::span<int> values, int count) {
-  const std::size_t n = std::min<std::size_t>({values.size(), 10, static_cast<std::size_t>(std::max(count, 1))});
-  if (n == 0) return;
-  long long size = 0, mtime = 0;
-  int mode = 0;
-  const std::string path = plain(file);
-  int out[10] = {-1, 0, 0, 0, 0, 0, 0, 0, 0, 0};
-  if (!path.empty() && yyosstat(path, size, mtime, mode) == 0) {
-    std::tm tm{};
-    const std::time_t t = static_cast<std::time_t>(mtime);
-    localtime_r(&t, &tm);
-    out[0] = clamp_int(size);
-    out[1] = tm.tm_year + 1900;
-    out[2] = tm.tm_mon + 1;
-    out[3] = tm.tm_mday;
-    out[4] = tm.tm_hour;
-    out[5] = tm.tm_min;
-    out[6] = tm.tm_sec;
-    out[7] = mode;
-    out[8] = clamp_int((size + 1023) / 1024);
-    out[9] = S_ISDIR(mode) ? kPathDirectory : kPathFile;
-  }
-  std::copy_n(out, n, values.begin());
+  std::array<int, kFileInfoCount> all{};
+  yyosfileinfo(plain(file), all);
+  const auto n = std::min({values.size(), all.size(), static_cast<std::size_t>(std::max(count, 1))});
+  std::copy_n(all.begin(), n, values.begin());
 }
 
-void iosfiledate(int stamp, int& year, int& month, int& day) {
-  std::tm tm{};
-  split_stamp(stamp, tm);
-  year = tm.tm_year + 1900;
-  month = tm.tm_mon + 1;
-  day = tm.tm_mday;
-}
+void iosfiledate(int stamp, int& year, int& month, int& day) { yyosfiledate(stamp, year, month, day); }
 
-void iosfiletime(int stamp, int& hour, int& minute, int& second) {
-  std::tm tm{};
-  split_stamp(stamp, tm);
-  hour = tm.tm_hour;
-  minute = tm.tm_min;
-  second = tm.tm_sec;
-}
+void iosfiletime(int stamp, int& hour, int& minute, int& second) { yyosfiletime(stamp, hour, minute, second); }
 
 void iosfullpathname(std::string_view path, std::string& full) {
   std::string p = plain(path);

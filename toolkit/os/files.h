@@ -7,6 +7,8 @@
 // system's error number, 0 for success.
 #pragma once
 
+#include <array>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -108,6 +110,36 @@ int yyosdirdelete(std::string_view dir);
 int yyospathtype(std::string_view path);
 // Size in bytes, modification time stamp, mode bits; follows links.
 int yyosstat(std::string_view path, long long& size, long long& mtime, int& mode);
+
+// An open directory stream. It closes itself when it goes, so that no early
+// return leaves a descriptor behind; yyosdirclose closes it sooner.
+struct OsDirStream;
+struct OsDirClose {
+  void operator()(OsDirStream* stream) const;
+};
+using OsDir = std::unique_ptr<OsDirStream, OsDirClose>;
+
+int yyosdiropen(std::string_view dir, OsDir& handle);
+// The next name in directory order, "." and ".." included; an empty name at the
+// end. A closed handle reads as ended.
+int yyosdirread(OsDir& handle, std::string& name);
+// True if the name matches one glob pattern. With `period` a leading dot of the
+// name must be matched by a dot of the pattern.
+bool yyosdirmatch(std::string_view name, std::string_view pattern, bool period);
+int yyosdirclose(OsDir& handle);
+
+// The next value of a text of values separated by blanks, a value holding blanks
+// standing in double quotes. `pos` is where to go on from, 0 at first; false
+// when none is left.
+bool yylocatevalue(std::string_view text, std::size_t& pos, std::string& value);
+
+// Values of a file, as iosfileinfo gives them; a failed look-up leaves the size
+// -1 and the rest 0.
+constexpr std::size_t kFileInfoCount = 10;
+int yyosfileinfo(std::string_view path, std::array<int, kFileInfoCount>& values);
+// A time stamp split in local time.
+void yyosfiledate(long long stamp, int& year, int& month, int& day);
+void yyosfiletime(long long stamp, int& hour, int& minute, int& second);
 int yyosdeletefile(std::string_view file);
 int yyosrenamefile(std::string_view from, std::string_view to);
 // 0 and the value when set, ENOENT when unset.

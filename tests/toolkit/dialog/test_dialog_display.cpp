@@ -299,9 +299,9 @@ TEST_F(DialogDisplay, SpinnerStepsInsideItsRange) {
 
 TEST_F(DialogDisplay, EditsAreReportedWhenAsked) {
   int err = -1;
-  yydialogfieldoptions(1002, 3, 1, err);
+  yydialogfieldoptions_(1002, 3, 1, err);
   EXPECT_EQ(err, 0);
-  yydialogfieldoptions(1001, 4, 1, err);  // a label has no empty-number rule
+  yydialogfieldoptions_(1001, 4, 1, err);  // a label has no empty-number rule
   EXPECT_EQ(err, 1006);
   focus_window();
   click_and_settle(field(1002).widget);

@@ -119,7 +119,7 @@ class DialogLook : public MainFormTest {
     place(id, x, y, w, h);
     click_at_root(client(), x + w - 6, y + h / 2);
     for (int i = 0; i < 20; ++i) {
-      Widget list = XtNameToWidget(field(id).widget, "*List");
+      Widget list = XtNameToWidget(field(id).widget, "*ComboList");
       if (viewable(list)) return list;
       settle();
     }

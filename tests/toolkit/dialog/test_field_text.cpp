@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>  // before the X headers, whose macros it would trip over
 
 #include <X11/Xlib.h>
-#include <Xm/ComboBox.h>
 #include <Xm/Text.h>
 #include <Xm/Xm.h>
 
@@ -199,10 +198,10 @@ TEST_F(FieldText, ComboListsFitTheirEntriesInTheDialogFont) {
   const FieldRecord& twin = d.fields[static_cast<std::size_t>(yyDialogFindField(1030, zelvy_dialog::state().iDlgCur))];
   const FieldRecord& format = d.fields[static_cast<std::size_t>(yyDialogFindField(1014, zelvy_dialog::state().iDlgCur))];
   int rows = 0;
-  XtVaGetValues(twin.widget, XmNvisibleItemCount, &rows, nullptr);
+  XtVaGetValues(XtNameToWidget(twin.widget, "*ComboList"), XmNvisibleItemCount, &rows, nullptr);
   EXPECT_EQ(rows, 3);
   XmRenderTable rt = nullptr;
-  XtVaGetValues(format.widget, XmNrenderTable, &rt, nullptr);
+  XtVaGetValues(XtNameToWidget(format.widget, "*ComboList"), XmNrenderTable, &rt, nullptr);
   EXPECT_NE(rt, nullptr);
 }
 

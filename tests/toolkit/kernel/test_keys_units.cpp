@@ -5,6 +5,8 @@
 #include <X11/keysym.h>
 #include <unistd.h>
 
+#include <array>
+
 #include "toolkit/kernel/display_private.h"
 #include "toolkit/kernel/message.h"
 #include "toolkit/kernel/window.h"
@@ -121,6 +123,38 @@ TEST(FileParts, AbsoluteDirectoryAndName) {
   char cwd[4096];
   ASSERT_NE(getcwd(cwd, sizeof cwd), nullptr);
   EXPECT_EQ(yyGetFilePart(0, "job.omb"), std::string(cwd) == "/" ? "/" : std::string(cwd));
+}
+
+TEST(DefaultPalette, OnlyDisplaysOfFewColoursGetOne) {
+  using Rgb = std::array<unsigned short, 3>;
+  const auto sixteen = yyPaletteTable(16);
+  ASSERT_EQ(sixteen.size(), 16u);
+  EXPECT_EQ(sixteen.front(), (Rgb{0xFFFF, 0xFFFF, 0xFFFF}));
+  EXPECT_EQ(sixteen[4], (Rgb{0xBFFF, 0, 0}));  // red at three quarters
+  EXPECT_EQ(sixteen[7], (Rgb{0x3FFF, 0x3FFF, 0x3FFF}));
+  EXPECT_EQ(sixteen[12], (Rgb{0xFFFF, 0, 0}));
+  EXPECT_EQ(sixteen.back(), (Rgb{0, 0, 0}));
+  EXPECT_EQ(yyPaletteTable(8)[1], (Rgb{0, 0, 0xFFFF}));
+  EXPECT_EQ(yyPaletteTable(2).size(), 2u);
+  // The ramps start in grey and head for red first.
+  for (int n : {32, 64, 128}) {
+    const auto ramp = yyPaletteTable(n);
+    ASSERT_EQ(ramp.size(), static_cast<std::size_t>(n));
+    EXPECT_EQ(ramp.front(), (Rgb{0x8000, 0x8000, 0x8000}));
+  }
+  const auto ramp = yyPaletteTable(32);
+  EXPECT_GT(ramp[4][0], 0xE000);
+  EXPECT_LT(ramp[4][1], 0x1100);
+  EXPECT_EQ(ramp[4][1], ramp[4][2]);
+
+  yyDefaultPalette(24, 64);
+  EXPECT_TRUE(zelvy_x::state().defaultPalette.empty());
+  yyDefaultPalette(8, 64);
+  EXPECT_EQ(zelvy_x::state().defaultPalette.size(), 64u);
+  yyDefaultPalette(8, 100);  // not a ramp: sixteen colours
+  EXPECT_EQ(zelvy_x::state().defaultPalette.size(), 16u);
+  yyDefaultPalette(1, 64);
+  EXPECT_EQ(zelvy_x::state().defaultPalette.size(), 2u);
 }
 
 }  // namespace

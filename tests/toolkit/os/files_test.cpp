@@ -212,29 +212,6 @@ TEST_F(OsFilesTest, DeleteTreeRemovesEverythingButFollowsNoLink) {
   EXPECT_TRUE(iosfileexists(outside + "/keep"));
 }
 
-TEST_F(OsFilesTest, FileInfoAndTimeStamps) {
-  const std::string f = make("info", 1025, 1700000000);
-  std::vector<int> v(10, -7);
-  iosfileinfo(f, v, 10);
-  EXPECT_EQ(v[0], 1025);
-  int y, mo, d, h, mi, s;
-  iosfiledate(1700000000, y, mo, d);
-  iosfiletime(1700000000, h, mi, s);
-  EXPECT_EQ((std::vector<int>{v[1], v[2], v[3], v[4], v[5], v[6]}), (std::vector<int>{y, mo, d, h, mi, s}));
-  EXPECT_TRUE(S_ISREG(v[7]));
-  EXPECT_EQ(v[8], 2);  // kilobytes, rounded up
-  EXPECT_EQ(v[9], 1);
-  std::vector<int> one(10, -7);
-  iosfileinfo(dir_ + "/none", one, 2);
-  EXPECT_EQ(one[0], -1);
-  EXPECT_EQ(one[2], -7);  // only `count` values are written
-  iosfileinfo(dir_, one, 10);
-  EXPECT_EQ(one[9], 2);
-  // 2000-01-01 12:00:00 UTC is that day in any time zone.
-  iosfiledate(946728000, y, mo, d);
-  EXPECT_EQ(y * 10000 + mo * 100 + d, 20000101);
-}
-
 TEST_F(OsFilesTest, FullPathName) {
   IOsDirChange(dir_);
   for (auto [path, want] : {std::pair<std::string, std::string>{"./x.omb", dir_ + "/x.omb"},

@@ -388,4 +388,57 @@ TEST_F(MenuLogic, DynamicMenusFollowTheOrderOfTheirRecords) {
   EXPECT_EQ(yyMenuMatchAccel(t, XK_F3, 1), 0);
 }
 
+TEST_F(MenuLogic, MergedMenusHoldTheItemsAndAcceleratorsOfBoth) {
+  const std::vector<MenuDescriptor> window = {
+      {true, "File", 0, "", 201, kMenuHasSub, 0, 0, 0},
+      {true, "Save", 0, "Keeps the job", 202, 0, 4, XK_S, 0},
+      {true, "Close", 0, "", 203, 0, 4, XK_W, 0},
+      {true, "Help", 0, "", 204, kMenuHasSub, 0, 0, 0},
+      {true, "About", 0, "", 205, 0, 0, XK_F1, 0},
+  };
+  const std::vector<MenuDescriptor> grid = {
+      {true, "Edit", 0, "", 301, kMenuHasSub, 0, 0, 0},
+      {true, "Copy", 0, "Copies the cells", 302, kMenuGreyed, 4, XK_C, 0},
+      {true, "Keep", 0, "", 202, 0, 4, XK_K, 0},  // the window's Save: left out
+      {true, "Rows", 0, "", 303, kMenuHasSub, 0, 0, 0},
+      {true, "Insert", 0, "", 304, 0, 4, XK_S, 0},  // Ctrl+S is the window's
+      {true, "Delete", 0, "", 305, 0, 0, XK_Delete, 0},
+  };
+  const auto a = yyMenuLoadDynamicMenu(window), b = yyMenuLoadDynamicMenu(grid);
+  const auto m = yyMenuMergeMenus(*a, *b);
+  EXPECT_EQ(ids_from(*m, m->PopupFirstItem[0]), (std::vector<int>{201, 204, 301, 303}));
+  EXPECT_EQ(ids_from(*m, m->ItemChild[m->find(201)]), (std::vector<int>{202, 203}));
+  EXPECT_EQ(ids_from(*m, m->ItemChild[m->find(301)]), (std::vector<int>{302}));
+  EXPECT_EQ(ids_from(*m, m->ItemChild[m->find(303)]), (std::vector<int>{304, 305}));
+  EXPECT_EQ(m->PopupCount, 5);
+  EXPECT_TRUE(m->greyed(m->find(302)));
+  EXPECT_EQ(m->ItemText[static_cast<std::size_t>(m->find(304))], "Insert");
+  EXPECT_EQ(m->Prompts.at(202), "Keeps the job");
+  EXPECT_EQ(m->Prompts.at(302), "Copies the cells");
+  // Neither source changed.
+  EXPECT_EQ(a->ItemCount(), 5);
+  EXPECT_EQ(b->ItemCount(), 6);
+
+  const AccelTable t = yyMenuMergeAccel(yyMenuLoadDynamicAccel(window), yyMenuLoadDynamicAccel(grid));
+  EXPECT_EQ(yyMenuMatchAccel(t, XK_s, 4), 202);
+  EXPECT_EQ(yyMenuMatchAccel(t, XK_w, 4), 203);
+  EXPECT_EQ(yyMenuMatchAccel(t, XK_c, 4), 302);
+  EXPECT_EQ(yyMenuMatchAccel(t, XK_Delete, 0), 305);
+  EXPECT_EQ(yyMenuMatchAccel(t, XK_F1, 0), 205);
+
+  // With nothing on one side the merge is a copy of the other.
+  const auto empty = std::make_unique<MenuRecord>();
+  EXPECT_EQ(ids_from(*yyMenuMergeMenus(*empty, *b), 0), (std::vector<int>{301, 303}));
+}
+
+TEST_F(MenuLogic, ItemArraysGrowWithFreeSlots) {
+  auto m = make_menu({{0, 10, "&One"}, {0, 11, "&Two"}});
+  yyMenuReAlloc(*m, 5);
+  EXPECT_EQ(m->ItemCount(), 5);
+  EXPECT_FALSE(m->live(3));
+  EXPECT_EQ(ids_from(*m, m->PopupFirstItem[0]), (std::vector<int>{10, 11}));
+  yyMenuReAlloc(*m, 2);  // never shrinks
+  EXPECT_EQ(m->ItemCount(), 5);
+}
+
 }  // namespace

@@ -1,0 +1,1 @@
+// Message boxes: a question or a notice, and the answer.
