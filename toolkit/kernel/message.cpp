@@ -49,6 +49,7 @@ struct State {
   int iFocusCount = 0;
   bool bModalMessageLoop = false;
   zelv::Slots<int, kModalDepth> iModal{};
+  zelv::Slots<Window, kModalDepth> iModalWindow{};
   int nModal = 0;
   int nSemi = 0, iObjCur = -1, iObjCurType = 0;
   std::map<int, std::pair<int, int>> dialogSaved;  // semi-modeless predecessors kept for dialogs
@@ -119,6 +120,14 @@ int owner_of(Window xwin) {
   return -1;
 }
 
+// Whether an X window is the shell window given or lies in its widget tree.
+bool within(Window xwin, Window shell) {
+  if (!shell || !xwin) return false;
+  for (Widget w = XtWindowToWidget(xdisplay(), xwin); w; w = XtParent(w))
+    if (XtIsRealized(w) && XtWindow(w) == shell) return true;
+  return xwin == shell;
+}
+
 int key_modifiers(unsigned state) { return ((state & ControlMask) ? 1 : 0) + ((state & ShiftMask) ? 2 : 0); }
 
 int mouse_modifiers(unsigned state) {
@@ -134,6 +143,8 @@ bool yyMsgBlockEvent(const XEvent& ev) {
     case EnterNotify: case LeaveNotify: case FocusIn: case FocusOut: break;
     default: return false;
   }
+  if (mq.bModalMessageLoop && mq.nModal > 0 && within(ev.xany.window, mq.iModalWindow[mq.nModal - 1]))
+    return false;
   const int h = owner_of(ev.xany.window);
   if (h < 0) return false;
   if (mq.bModalMessageLoop && mq.nModal > 0) return h != mq.iModal[mq.nModal - 1];
@@ -617,8 +628,9 @@ void yyMsgPostFieldChanged(int field, int x, int y, int win) {
   post_to_root(kTagFieldChanged, field, x, y, win);
 }
 
-void yyMsgModalLoop(int win) {
+void yyMsgModalLoop(int win, unsigned long levelWindow) {
   if (mq.nModal >= kModalDepth || !xdisplay()) return;
+  mq.iModalWindow[mq.nModal] = levelWindow;
   mq.iModal[mq.nModal++] = win;
   mq.ZelvMessage = Pending{};
   mq.bModalMessageLoop = true;
