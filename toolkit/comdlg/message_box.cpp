@@ -302,12 +302,13 @@ void yyComDlgMessageBox(int buttonSet, int icon, int defaultButton, int& result,
   XtSetArg(a[n], XmNnoResize, True); ++n;
   XtSetArg(a[n], XmNresizePolicy, XmRESIZE_NONE); ++n;
   XtSetArg(a[n], XmNdialogStyle, XmDIALOG_FULL_APPLICATION_MODAL); ++n;
-  XtSetArg(a[n], XmNdialogType, kDialogTypes[icon]); ++n;
   XtSetArg(a[n], XmNdefaultButtonType, kPlaceChild[layout.defaultPlace]); ++n;
   XtSetArg(a[n], XmNdefaultPosition, False); ++n;
   XtSetArg(a[n], XmNautoUnmanage, False); ++n;
   b.box = XmCreateMessageDialog(box_parent(), const_cast<char*>("messageBox"), a, n);
   b.shell = XtParent(b.box);
+  // The creation routine sets the plain message type over ours.
+  XtVaSetValues(b.box, XmNdialogType, kDialogTypes[icon], nullptr);
   XmStringFree(message);
   XmStringFree(caption);
   XtVaSetValues(b.shell, XmNdeleteResponse, XmDO_NOTHING, XmNtitle, title.empty() ? " " : std::string(title).c_str(),
@@ -333,7 +334,6 @@ void yyComDlgMessageBox(int buttonSet, int icon, int defaultButton, int& result,
     XtVaSetValues(button, XmNlabelString, label, nullptr);
     XmStringFree(label);
     XtAddCallback(b.box, kPlaceCallback[place], place_cb, reinterpret_cast<XtPointer>(static_cast<std::intptr_t>(value)));
-    XtInsertEventHandler(button, KeyPressMask, False, escape_eh, nullptr, XtListHead);
     style_button(button);
     if (place == layout.defaultPlace) b.defaultWidget = button;
   }
