@@ -133,24 +133,39 @@ void freeze_other_windows(bool on) { local_freeze(on); }
 
 // ---- Building the box ------------------------------------------------------
 
-// The widget the box hangs on: the dialog that holds the keyboard, else the
-// root window's shell while it is on the screen, else the invisible root.
-Widget box_parent() {
+// The widget of what holds the keyboard: a dialog's widget, or a window's
+// client area; null when the focus is elsewhere.
+Widget focus_holder() {
   Display* dpy = xdisplay();
   Window focus = 0;
   int revert = 0;
   XGetInputFocus(dpy, &focus, &revert);
-  if (focus != None && focus != PointerRoot)
-    if (Widget w = XtWindowToWidget(dpy, focus))
-      if (DialogRecord* d = yyDialogFromWidget(w); d && d->widget && XtIsRealized(d->widget)) return d->widget;
-  if (zelvy_data::data().icurdialog != 0 && zelvy_dialog::state().iDlgCur >= 0) {
-    const DialogRecord& d = zelvy_dialog::state().wDialogInfo[zelvy_dialog::state().iDlgCur];
-    if (d.identifier != -1 && d.shownMode != -1 && d.widget && XtIsRealized(d.widget)) return d.widget;
+  if (focus == None || focus == PointerRoot) return nullptr;
+  Widget w = XtWindowToWidget(dpy, focus);
+  if (!w) return nullptr;
+  // The focus may sit on a dialog's shell rather than inside the dialog.
+  if (XtIsShell(w)) {
+    WidgetList kids = nullptr;
+    Cardinal count = 0;
+    XtVaGetValues(w, XtNchildren, &kids, XtNnumChildren, &count, nullptr);
+    if (count > 0) w = kids[0];
   }
+  if (DialogRecord* d = yyDialogFromWidget(w); d && d->widget && XtIsRealized(d->widget)) return d->widget;
+  const auto& ws = zelvy_win::state();
+  for (; w; w = XtParent(w))
+    for (int h = 0; h <= ws.iWinMax; ++h)
+      if (ws.wWindow[h] && (ws.wtShell[h] == w || ws.wtClient[h] == w)) return ws.wtClient[h];
+  return nullptr;
+}
+
+// The widget the box hangs on: what holds the keyboard, else the root
+// window's shell while it is on the screen, else the invisible root.
+Widget box_parent() {
+  if (Widget w = focus_holder()) return w;
   Widget root = zelvy_win::state().wtShell[0];
   if (root && XtIsRealized(root)) {
     XWindowAttributes at{};
-    if (XGetWindowAttributes(dpy, XtWindow(root), &at) && at.map_state == IsViewable) return root;
+    if (XGetWindowAttributes(xdisplay(), XtWindow(root), &at) && at.map_state == IsViewable) return root;
   }
   return zelvy_x::state().rootWidget;
 }

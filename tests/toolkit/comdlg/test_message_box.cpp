@@ -178,7 +178,15 @@ std::vector<unsigned long> picture(Window w, int width, int height) {
   return px;
 }
 
-class MessageBoxTest : public MainFormTest {};
+class MessageBoxTest : public MainFormTest {
+ protected:
+  static const FieldRecord& first_text_field() {
+    const auto& d = zelvy_dialog::state().wDialogInfo[zelvy_dialog::state().iDlgCur];
+    for (const FieldRecord& f : d.fields)
+      if (f.type == zelvy_dialog::kString && f.widget) return f;
+    return d.fields.front();
+  }
+};
 
 }  // namespace
 
@@ -295,12 +303,20 @@ TEST_F(MessageBoxTest, LongMessageIsWrappedAndStaysOnScreen) {
 TEST_F(MessageBoxTest, WindowBehindKeepsItsPictureAndTakesNoInput) {
   Widget shell0 = zelvy_win::state().wtShell[0];
   XMapRaised(xdisplay(), XtWindow(shell0));
+  // No text field holds the keyboard before or after, so no caret blinks
+  // into the pictures.
+  const Screen* sc = DefaultScreenOfDisplay(xdisplay());
+  const std::string away = "mousemove " + std::to_string(WidthOfScreen(sc) - 2) + " " + std::to_string(HeightOfScreen(sc) - 2);
+  xdotool(away);
+  XSetInputFocus(xdisplay(), DefaultRootWindow(xdisplay()), RevertToParent, CurrentTime);
   settle();
   const Window client = zelvy_win::state().wClient[0];
   const Rect main = on_screen(zelvy_win::state().wtClient[0]);
   const auto before = picture(client, main.w, main.h);
   ASSERT_FALSE(before.empty());
 
+  std::string typed;
+  WDialogGetString(first_text_field().identifier, typed);
   bool covered = false;
   box_answered(1, 2, 1, "Is the form frozen?", [&](Widget box) {
     const Rect b = on_screen(XtParent(box));
@@ -308,12 +324,16 @@ TEST_F(MessageBoxTest, WindowBehindKeepsItsPictureAndTakesNoInput) {
     // A click on the menu bar and typing into the form go nowhere.
     const Rect frame = on_screen(shell0);
     xdotool("mousemove " + std::to_string(frame.x + 12) + " " + std::to_string(frame.y + 8) + " click 1");
-    xdotool("mousemove " + std::to_string(main.x + main.w - 20) + " " + std::to_string(main.y + 20) +
+    const Rect field = on_screen(first_text_field().widget);
+    xdotool("mousemove " + std::to_string(field.x + 5) + " " + std::to_string(field.y + field.h / 2) +
             " click 1 type --delay 10 zz");
     EXPECT_FALSE(yyMenuIsOpen());
-    xdotool("key Escape");
+    xdotool(away + " key Escape");
   });
   EXPECT_TRUE(covered) << "the box should lie over the main window";
+  std::string after_text;
+  WDialogGetString(first_text_field().identifier, after_text);
+  EXPECT_EQ(after_text, typed);
   EXPECT_EQ(WInfoDialog(15), kAnswerCancel);  // Escape still reached the box
   EXPECT_FALSE(yyMenuIsOpen());
   int type = 0;
@@ -326,7 +346,40 @@ TEST_F(MessageBoxTest, WindowBehindKeepsItsPictureAndTakesNoInput) {
     if (type == -1) break;
   }
   settle();
-  EXPECT_EQ(picture(client, main.w, main.h), before);
+  const auto after = picture(client, main.w, main.h);
+  ASSERT_EQ(after.size(), before.size());
+  int x0 = main.w, y0 = main.h, x1 = -1, y1 = -1;
+  for (std::size_t i = 0; i < after.size(); ++i)
+    if (after[i] != before[i]) {
+      const int x = static_cast<int>(i) % main.w, y = static_cast<int>(i) / main.w;
+      x0 = std::min(x0, x), y0 = std::min(y0, y), x1 = std::max(x1, x), y1 = std::max(y1, y);
+    }
+  EXPECT_EQ(x1, -1) << "changed: " << x0 << "," << y0 << " to " << x1 << "," << y1;
+}
+
+TEST_F(MessageBoxTest, DialogBesideTheBoxTakesNoClicks) {
+  WDialogLoad(gombrel_ids::dialog::about);
+  WDialogShow();
+  const auto& ds = zelvy_dialog::state();
+  const DialogRecord& d = ds.wDialogInfo[ds.iDlgCur];
+  // At the top right, clear of the box in the middle.
+  const Rect at = on_screen(d.shell);
+  XMoveWindow(xdisplay(), XtWindow(d.shell), WidthOfScreen(XtScreen(d.shell)) - at.w - 4, 4);
+  settle();
+  Widget ok = field(1).widget;  // OK
+  // Counted at the widget: the box's loop would drop the message anyway.
+  static int activations;
+  activations = 0;
+  XtAddCallback(ok, XmNactivateCallback, [](Widget, XtPointer, XtPointer) { ++activations; }, nullptr);
+  const Rect b = on_screen(ok);
+  const std::string click = "mousemove " + std::to_string(b.x + 4) + " " + std::to_string(b.y + 4) + " click 1";
+  EXPECT_EQ(box_answered(0, 4, 1, "The dialog waits", [&](Widget) { xdotool(click + " key Return"); }), kAnswerOk);
+  EXPECT_EQ(activations, 0) << "the click reached the dialog behind the box";
+  xdotool(click);
+  settle();
+  EXPECT_EQ(activations, 1) << "the same click once the box is gone";
+  WDialogSelect(gombrel_ids::dialog::about);
+  WDialogUnload();
 }
 
 TEST_F(MessageBoxTest, BoxOverAModalDialog) {
@@ -341,6 +394,9 @@ TEST_F(MessageBoxTest, BoxOverAModalDialog) {
     auto* r = static_cast<Run*>(data);
     const auto& ds = zelvy_dialog::state();
     r->aboutWidget = ds.wDialogInfo[ds.iDlgCur].widget;
+    // The keyboard goes to the dialog, as a window manager would give it.
+    XSetInputFocus(xdisplay(), XtWindow(ds.wDialogInfo[ds.iDlgCur].shell), RevertToParent, CurrentTime);
+    XSync(xdisplay(), False);
     r->box = box_answered(3, 2, 1, "Over the dialog", [r](Widget box) {
       r->parent = XtParent(XtParent(box));
       xdotool("key Escape");
@@ -388,4 +444,56 @@ TEST_F(MessageBoxTest, SupportLibraryMessagesComeUpInBoxes) {
   EXPECT_EQ(WInfoDialog(15), kAnswerYes);
   lorx_io_messages::message_box_hook = nullptr;
   yySetErrorBoxSink(nullptr);
+}
+
+TEST_F(MessageBoxTest, LibraryErrorBoxShowsTheReportOnThreeLines) {
+  yyComdlgAttach();
+  std::string title, text, buttons;
+  Pending p{[&](Widget box) {
+    char* t = nullptr;
+    XtVaGetValues(XtParent(box), XmNtitle, &t, nullptr);
+    title = t ? t : "";
+    XmString s = nullptr;
+    XtVaGetValues(box, XmNmessageString, &s, nullptr);
+    text = text_of(s);
+    XmStringFree(s);
+    buttons = buttons_of(box);
+    xdotool("key Return");  // OK: the program goes on
+  }};
+  XtAppAddTimeOut(zelvy_x::state().ixContext, kPollMs, poll, &p);
+  IDebugLevel(4);
+  yyerror(1007, "WDialogLoad");
+  IDebugLevel(0);
+  EXPECT_EQ(title, "Library Error");
+  EXPECT_EQ(text, "Routine:WDialogLoad\nError=1007\nDialog not present in resource");
+  EXPECT_EQ(buttons, "[OK] Cancel");
+  EXPECT_EQ(WInfoError(1), 1007);
+  lorx_io_messages::message_box_hook = nullptr;
+  yySetErrorBoxSink(nullptr);
+}
+
+namespace {
+
+// No window open: the box hangs on the invisible root.
+class BoxWithoutWindow : public MainFormTest {
+ protected:
+  void SetUp() override { ASSERT_EQ(zelvy_win::state().wWindow[0], 0u); }
+  void TearDown() override {}
+};
+
+}  // namespace
+
+TEST_F(BoxWithoutWindow, HangsOnTheRootWidgetAndIsCentred) {
+  Widget parent = nullptr;
+  Rect r;
+  const int got = box_answered(1, 1, 1, "Before any window", [&](Widget box) {
+    parent = XtParent(XtParent(box));
+    r = on_screen(XtParent(box));
+    press(box, "Cancel");
+  });
+  EXPECT_EQ(got, kAnswerCancel);
+  EXPECT_EQ(parent, zelvy_x::state().rootWidget);
+  const Screen* sc = DefaultScreenOfDisplay(xdisplay());
+  EXPECT_NEAR(r.x, (WidthOfScreen(sc) - r.w) / 2, 1);
+  EXPECT_NEAR(r.y, (HeightOfScreen(sc) - r.h) / 2, 1);
 }
