@@ -178,6 +178,37 @@ std::vector<unsigned long> picture(Window w, int width, int height) {
   return px;
 }
 
+// What a box shows.
+struct Seen {
+  std::string title, text, buttons;
+  unsigned char type = 0;
+};
+
+Seen look_at(Widget box) {
+  Seen seen;
+  char* t = nullptr;
+  XtVaGetValues(XtParent(box), XmNtitle, &t, nullptr);
+  seen.title = t ? t : "";
+  XmString s = nullptr;
+  XtVaGetValues(box, XmNmessageString, &s, XmNdialogType, &seen.type, nullptr);
+  seen.text = text_of(s);
+  XmStringFree(s);
+  seen.buttons = buttons_of(box);
+  return seen;
+}
+
+// Runs a report that comes up in a box, and answers with Return.
+Seen reported(const std::function<void()>& report) {
+  Seen seen;
+  Pending p{[&](Widget box) {
+    seen = look_at(box);
+    xdotool("key Return");
+  }};
+  XtAppAddTimeOut(zelvy_x::state().ixContext, kPollMs, poll, &p);
+  report();
+  return seen;
+}
+
 class MessageBoxTest : public MainFormTest {
  protected:
   static const FieldRecord& first_text_field() {
@@ -194,22 +225,22 @@ TEST_F(MessageBoxTest, EachSetShowsItsButtonsAndReturnGivesTheDefault) {
   struct Case {
     int set, def;
     const char* buttons;
-    int answer;
+    int answer, answerClass;  // WInfoDialog(15), (4)
   };
   const Case cases[] = {
-      {0, 1, "[OK]", kAnswerOk},
-      {1, 1, "[OK] Cancel", kAnswerOk},
-      {1, 3, "OK [Cancel]", kAnswerCancel},
-      {2, 1, "[Retry] Cancel", kAnswerRetry},
-      {2, 2, "Retry [Cancel]", kAnswerCancel},
-      {3, 1, "[Yes] No", kAnswerYes},
-      {3, 2, "Yes [No]", kAnswerNo},
-      {4, 1, "[Yes] No Cancel", kAnswerYes},
-      {4, 2, "Yes [No] Cancel", kAnswerNo},
-      {4, 3, "Yes No [Cancel]", kAnswerCancel},
-      {5, 1, "Abort [Retry] Ignore", kAnswerRetry},
-      {5, 2, "[Abort] Retry Ignore", kAnswerAbort},
-      {5, 3, "Abort Retry [Ignore]", kAnswerIgnore},
+      {0, 1, "[OK]", kAnswerOk, 1},
+      {1, 1, "[OK] Cancel", kAnswerOk, 1},
+      {1, 3, "OK [Cancel]", kAnswerCancel, 0},
+      {2, 1, "[Retry] Cancel", kAnswerRetry, 1},
+      {2, 2, "Retry [Cancel]", kAnswerCancel, 0},
+      {3, 1, "[Yes] No", kAnswerYes, 1},
+      {3, 2, "Yes [No]", kAnswerNo, 2},
+      {4, 1, "[Yes] No Cancel", kAnswerYes, 1},
+      {4, 2, "Yes [No] Cancel", kAnswerNo, 2},
+      {4, 3, "Yes No [Cancel]", kAnswerCancel, 0},
+      {5, 1, "Abort [Retry] Ignore", kAnswerRetry, 1},
+      {5, 2, "[Abort] Retry Ignore", kAnswerAbort, 2},
+      {5, 3, "Abort Retry [Ignore]", kAnswerIgnore, 0},
   };
   for (const Case& c : cases) {
     std::string seen;
@@ -219,60 +250,46 @@ TEST_F(MessageBoxTest, EachSetShowsItsButtonsAndReturnGivesTheDefault) {
     });
     EXPECT_EQ(seen, c.buttons) << "set " << c.set << " default " << c.def;
     EXPECT_EQ(got, c.answer) << "set " << c.set << " default " << c.def;
-    EXPECT_EQ(WInfoDialog(4), yyComDlgResultClass(c.answer));
+    EXPECT_EQ(WInfoDialog(4), c.answerClass);
   }
 }
 
 TEST_F(MessageBoxTest, EscapeAndCloseGiveTheSameAnswer) {
-  const int escape[] = {kAnswerOk, kAnswerCancel, kAnswerCancel, kAnswerNo, kAnswerCancel, kAnswerIgnore};
+  const int escape[] = {kAnswerOk, kAnswerCancel, kAnswerCancel, kAnswerNo, kAnswerCancel, kAnswerIgnore, 0};
   for (int set = 0; set < 6; ++set) {
     EXPECT_EQ(box_answered(set, 3, 1, "Escape", [](Widget) { xdotool("key Escape"); }), escape[set]) << set;
     EXPECT_EQ(box_answered(set, 3, 1, "Close", wm_close), escape[set]) << set;
   }
 }
 
-TEST_F(MessageBoxTest, ClickedButtonsAnswerAndTheClassFollows) {
+TEST_F(MessageBoxTest, ClickedButtonsAnswer) {
   EXPECT_EQ(box_answered(5, 1, 1, "Disk?", [](Widget b) { press(b, "Ignore"); }), kAnswerIgnore);
-  EXPECT_EQ(WInfoDialog(4), 0);
   EXPECT_EQ(box_answered(5, 1, 1, "Disk?", [](Widget b) { press(b, "Abort"); }), kAnswerAbort);
-  EXPECT_EQ(WInfoDialog(4), 2);
-  EXPECT_EQ(box_answered(1, 0, 1, "Sure?", [](Widget b) { press(b, "Cancel"); }), kAnswerCancel);
-  EXPECT_EQ(WInfoDialog(4), 0);
 }
 
 TEST_F(MessageBoxTest, TitleIconAndCentre) {
-  std::string title, text;
-  unsigned char type = 0;
+  Seen seen;
   Rect r;
   box_answered(4, 4, 1, "First line\rSecond line   ", [&](Widget box) {
-    char* t = nullptr;
-    XtVaGetValues(XtParent(box), XmNtitle, &t, nullptr);
-    title = t ? t : "";
-    XmString s = nullptr;
-    XtVaGetValues(box, XmNmessageString, &s, XmNdialogType, &type, nullptr);
-    text = text_of(s);
-    XmStringFree(s);
+    seen = look_at(box);
     r = on_screen(XtParent(box));
     std::filesystem::create_directories(ZELV_BINARY_DIR "/shots");
     ASSERT_EQ(std::system("xwd -root -silent | convert xwd:- png:" ZELV_BINARY_DIR "/shots/message-box.png"), 0);
     xdotool("key Escape");
   }, "Save changes   ");
-  EXPECT_EQ(title, "Save changes");
-  EXPECT_EQ(text, "First line\nSecond line");
-  EXPECT_EQ(type, XmDIALOG_INFORMATION);
+  EXPECT_EQ(seen.title, "Save changes");
+  EXPECT_EQ(seen.text, "First line\nSecond line");
+  EXPECT_EQ(seen.type, XmDIALOG_INFORMATION);
   const Screen* sc = DefaultScreenOfDisplay(xdisplay());
   EXPECT_NEAR(r.x, (WidthOfScreen(sc) - r.w) / 2, 1);
   EXPECT_NEAR(r.y, (HeightOfScreen(sc) - r.h) / 2, 1);
 
   box_answered(0, 0, 1, "No title", [&](Widget box) {
-    char* t = nullptr;
-    XtVaGetValues(XtParent(box), XmNtitle, &t, XmNdialogType, &type, nullptr);
-    title = t ? t : "";
-    XtVaGetValues(box, XmNdialogType, &type, nullptr);
+    seen = look_at(box);
     xdotool("key Escape");
   }, "");
-  EXPECT_EQ(title, " ");
-  EXPECT_EQ(type, XmDIALOG_MESSAGE);
+  EXPECT_EQ(seen.title, " ");
+  EXPECT_EQ(seen.type, XmDIALOG_MESSAGE);
 }
 
 TEST_F(MessageBoxTest, LongMessageIsWrappedAndStaysOnScreen) {
@@ -346,15 +363,7 @@ TEST_F(MessageBoxTest, WindowBehindKeepsItsPictureAndTakesNoInput) {
     if (type == -1) break;
   }
   settle();
-  const auto after = picture(client, main.w, main.h);
-  ASSERT_EQ(after.size(), before.size());
-  int x0 = main.w, y0 = main.h, x1 = -1, y1 = -1;
-  for (std::size_t i = 0; i < after.size(); ++i)
-    if (after[i] != before[i]) {
-      const int x = static_cast<int>(i) % main.w, y = static_cast<int>(i) / main.w;
-      x0 = std::min(x0, x), y0 = std::min(y0, y), x1 = std::max(x1, x), y1 = std::max(y1, y);
-    }
-  EXPECT_EQ(x1, -1) << "changed: " << x0 << "," << y0 << " to " << x1 << "," << y1;
+  EXPECT_TRUE(picture(client, main.w, main.h) == before) << "the form looks different after the box";
 }
 
 TEST_F(MessageBoxTest, DialogBesideTheBoxTakesNoClicks) {
@@ -419,54 +428,29 @@ TEST_F(MessageBoxTest, BoxOverAModalDialog) {
   WDialogUnload();
 }
 
-TEST_F(MessageBoxTest, SupportLibraryMessagesComeUpInBoxes) {
+TEST_F(MessageBoxTest, ReportsComeUpInBoxes) {
   yyComdlgAttach();
-  std::string title;
-  unsigned char type = 0;
-  auto look = [&](Widget box) {
-    char* t = nullptr;
-    XtVaGetValues(XtParent(box), XmNtitle, &t, nullptr);
-    title = t ? t : "";
-    XtVaGetValues(box, XmNdialogType, &type, nullptr);
-    xdotool("key Return");
-  };
-  Pending p{look};
-  XtAppAddTimeOut(zelvy_x::state().ixContext, kPollMs, poll, &p);
-  lorx_io_messages::error_message("The cell is missing");
-  EXPECT_EQ(title, "Error Message");
-  EXPECT_EQ(type, XmDIALOG_WARNING);
+  Seen seen = reported([] { lorx_io_messages::error_message("The cell is missing"); });
+  EXPECT_EQ(seen.title, "Error Message");
+  EXPECT_EQ(seen.text, "The cell is missing");
+  EXPECT_EQ(seen.type, XmDIALOG_WARNING);
+  EXPECT_EQ(seen.buttons, "[OK]");
 
-  Pending q{look};
-  XtAppAddTimeOut(zelvy_x::state().ixContext, kPollMs, poll, &q);
-  lorx_io_messages::stop_message("Stop the run?");
-  EXPECT_EQ(title, " ");
-  EXPECT_EQ(type, XmDIALOG_ERROR);
+  seen = reported([] { lorx_io_messages::stop_message("Stop the run?"); });
+  EXPECT_EQ(seen.title, " ");
+  EXPECT_EQ(seen.type, XmDIALOG_ERROR);
+  EXPECT_EQ(seen.buttons, "[Yes] No");
   EXPECT_EQ(WInfoDialog(15), kAnswerYes);
-  lorx_io_messages::message_box_hook = nullptr;
-  yySetErrorBoxSink(nullptr);
-}
 
-TEST_F(MessageBoxTest, LibraryErrorBoxShowsTheReportOnThreeLines) {
-  yyComdlgAttach();
-  std::string title, text, buttons;
-  Pending p{[&](Widget box) {
-    char* t = nullptr;
-    XtVaGetValues(XtParent(box), XmNtitle, &t, nullptr);
-    title = t ? t : "";
-    XmString s = nullptr;
-    XtVaGetValues(box, XmNmessageString, &s, nullptr);
-    text = text_of(s);
-    XmStringFree(s);
-    buttons = buttons_of(box);
-    xdotool("key Return");  // OK: the program goes on
-  }};
-  XtAppAddTimeOut(zelvy_x::state().ixContext, kPollMs, poll, &p);
-  IDebugLevel(4);
-  yyerror(1007, "WDialogLoad");
-  IDebugLevel(0);
-  EXPECT_EQ(title, "Library Error");
-  EXPECT_EQ(text, "Routine:WDialogLoad\nError=1007\nDialog not present in resource");
-  EXPECT_EQ(buttons, "[OK] Cancel");
+  // The toolkit's own error report at the box level; OK goes on.
+  seen = reported([] {
+    IDebugLevel(4);
+    yyerror(1007, "WDialogLoad");
+    IDebugLevel(0);
+  });
+  EXPECT_EQ(seen.title, "Library Error");
+  EXPECT_EQ(seen.text, "Routine:WDialogLoad\nError=1007\nDialog not present in resource");
+  EXPECT_EQ(seen.buttons, "[OK] Cancel");
   EXPECT_EQ(WInfoError(1), 1007);
   lorx_io_messages::message_box_hook = nullptr;
   yySetErrorBoxSink(nullptr);
