@@ -7,6 +7,7 @@
 #include "app/data_param.h"
 #include "app/resources/gombrel_ids.h"
 #include "app/resources/gombrel_resources.h"
+#include "toolkit/comdlg/message_box.h"
 #include "toolkit/dialog/dialog.h"
 #include "toolkit/grid/grid.h"
 #include "toolkit/kernel/resources.h"
@@ -64,6 +65,7 @@ void main_window() {
   yyrcinstall(gombrel_resource_tables());
   yyDialogAttach();
   yyGridAttach();
+  yyComdlgAttach();
   WInitialise("");
   const int toolbars[4] = {gombrel_ids::toolbar::main, 0, 0, 0};
   WindowOpen(35, 15, 15, std::nullopt, std::nullopt, gombrel_ids::menu::main, toolbars, gombrel_ids::dialog::main_form,

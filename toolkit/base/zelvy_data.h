@@ -73,6 +73,7 @@ struct Data {
   int icderr = 0;
   std::array<int, 3> icdopt{8, 25, 10};
   std::array<int, 2> wcomdlgpos{20, 20};  // default position of the common dialogs
+  int icdlgbut = 0;                       // the button that answered the last message box
 };
 
 Data& data();

@@ -735,6 +735,7 @@ int yyinfodialog_(int item) {
     case 1: return ds.iModalButton;
     case 2: return ds.iModalField;
     case 3: return zelvy_data::data().icurdialog;
+    case 4: return yyComDlgResultClass(zelvy_comdlg::data().icdlgbut);
     case 5: return ds.iModalDialog;
     case 10: return d ? (d->kind == 3 ? 4 : d->kind == 1 ? 3 : 1) : 0;
     case 11: return static_cast<int>(std::count_if(ds.wDialogInfo.begin(), ds.wDialogInfo.end(),
@@ -756,6 +757,7 @@ int yyinfodialog_(int item) {
       return ((item == 8 || item == 12) ? w : h) + extra;
     }
     case 14: return d && d->anchorFieldId != 0 ? 1 : 0;
+    case 15: return zelvy_comdlg::data().icdlgbut;
     case 18: return zelvy_x::state().iDialogEncoding;
     default: return 0;
   }

@@ -207,6 +207,11 @@ DialogFontMetrics yyDialogMetricsFromSample(int sampleWidth, int sampleHeight, i
 inline constexpr std::string_view kDialogSample = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
 // Packed grid cell code of a 0-based column and row.
 constexpr int yyDialogCellCode(int column, int row) { return ((column + 1) * 262144) | (row + 1); }
+// What a common dialog's answer amounts to: 1 for OK, Retry or Yes (1, 4, 6),
+// 2 for Abort or No (3, 7), 0 for Cancel, Ignore or nothing.
+constexpr int yyComDlgResultClass(int button) {
+  return (button == 1 || button == 4 || button == 6) ? 1 : (button == 3 || button == 7) ? 2 : 0;
+}
 bool yyDialogNumericOutOfRange(double minimum, double maximum, double number);
 // Whether a typed character is allowed in a numeric field of kind 3..5; may
 // change the character (lower-case exponent letters become upper case).

@@ -779,16 +779,20 @@ void yyAttachLoopHooks(const LoopHooks& hooks) {
   take(mq.hooks.textMenu, hooks.textMenu);
 }
 
-void yyMsgModalLoop(int win) {
+void yyMsgModalLoop(int win, unsigned long levelWindow) {
   if (mq.nModal >= kModalDepth || !xdisplay()) return;
-  push_level(nullptr, win);
+  // A caller that froze the other windows before showing its shell (so that
+  // their pictures were taken without it) has pushed this level already.
+  Widget level = levelWindow ? XtWindowToWidget(xdisplay(), levelWindow) : nullptr;
+  const bool pushed = level && mq.nModal > 0 && mq.wtModal[static_cast<std::size_t>(mq.nModal - 1)] == level;
+  if (!pushed) push_level(level, win);
   mq.ZelvMessage = Pending{};
   mq.bModalMessageLoop = true;
   while (mq.bModalMessageLoop) {
     yyMsgInterpret();
     mq.ZelvMessage = Pending{};
   }
-  pop_level();
+  if (!pushed) pop_level();
   if (mq.nModal > 0) mq.bModalMessageLoop = true;
 }
 

@@ -66,7 +66,9 @@ void yyMsgApplyMasks(int handle);
 // FieldChanged with Value1 = Value2 = field, Value3 1, and X, Y as given.
 void yyMsgPostFieldChanged(int field, int x, int y, int win);
 // Runs events until the modal level that this pushes is ended by yyMsgModalEnd.
-void yyMsgModalLoop(int win);
+// levelWindow, when given, is the X window of a shell that belongs to the
+// level though it is no toolkit window (a message box): its input passes.
+void yyMsgModalLoop(int win, unsigned long levelWindow = 0);
 void yyMsgModalEnd();
 // Semi-modeless stack: direction 1 push, -1 pop; kind 1 window, 2 dialog.
 void yyMsgSemiModelessStack(int direction, int kind, int handle);
