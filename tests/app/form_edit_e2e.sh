@@ -35,22 +35,31 @@ retype() {
 }
 save() {
   xdotool key alt+f Down Down Down Return
-  sleep 0.5
+  sleep 0.3
   alive "$1"
 }
-messages() { grep -c "$1" out.txt; }
+# A bad field answers a Save with an error box; the box goes with Return.
+error_box() {
+  "$xhelper" wait "Error Message" 10 > /dev/null || fail "no error box for $1"
+  sleep 0.3
+  [ -n "$2" ] && import -window root "$out/$2" 2>/dev/null
+  xdotool key Return
+  sleep 0.3
+  if "$xhelper" wait "Error Message" 0.5 > /dev/null 2>&1; then fail "the error box stayed open ($1)"; fi
+  alive "$1"
+}
 
 # A cell of five numbers.
 retype 200 66 "5.4307 5.4307 5.4307 90 90"
 save "cell of five numbers"
-[ "$(messages 'Bad Cell Parameters were introduced!')" -eq 1 ] || fail "no message for a cell of five numbers"
+error_box "a cell of five numbers" form_bad_cell_message.png
 cmp -s si.omb original.omb || fail "a bad cell changed the job file"
 retype 200 66 "5.4307 5.4307 5.4307 90 90 90"
 
 # A transformation matrix of eight numbers.
 retype 200 154 "1 0 0 0 1 0 0 0"
 save "matrix of eight numbers"
-[ "$(messages 'Incorrect Transformation Matrix!')" -eq 1 ] || fail "no message for a matrix of eight numbers"
+error_box "a matrix of eight numbers"
 cmp -s si.omb original.omb || fail "a bad matrix changed the job file"
 retype 200 154 ""
 
