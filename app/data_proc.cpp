@@ -6,9 +6,21 @@
 #include "app/data_param.h"
 #include "app/form.h"
 #include "app/resources/gombrel_ids.h"
+#include "support/lorx_io_messages.h"
+#include "toolkit/base/fixed_text.h"
+#include "toolkit/comdlg/file_selector.h"
 #include "toolkit/dialog/dialog.h"
+#include "toolkit/editor/editor.h"
+#include "toolkit/kernel/display.h"
 #include "toolkit/kernel/menu.h"
 #include "toolkit/kernel/message.h"
+#include "toolkit/kernel/statusbar.h"
+#include "toolkit/kernel/window.h"
+#include "toolkit/os/command.h"
+#include "toolkit/os/files.h"
+
+#include <string>
+#include <string_view>
 
 namespace data_proc {
 
@@ -24,18 +36,131 @@ void set_job_items(int value) {
   WMenuSetState(ids::menu::run, 1, value);
 }
 
-// The push buttons of the form come with the remaining commands.
-void evento_pushbutton() {}
+constexpr std::string_view kJobFilter = "Ombrel Input Files (*.omb) |*.omb|";
+constexpr std::string_view kReflectionFilter = "Reflection Files (*.hkl) |*.hkl|*.int|";
+// Selector flags: 42 opens, 43 saves; both ask where the Part of the name
+// needs it and leave the process in the chosen directory.
+constexpr int kOpenFlags = 42;
+constexpr int kSaveFlags = 43;
+constexpr int kConfirmed = 1;
+constexpr int kWaitFlags = 2;
+constexpr int kBusyCursor = 1, kNormalCursor = 0;
+// The editor of the views: semi-modeless, default options, font type 4.
+constexpr int kEditorMode = 3, kEditorFont = 4;
+constexpr int kEditorWindowFlags = 39;
+// The field of the reflection file, and its Browse button.
+constexpr int kBrowseButton = ids::main_form::browse_reflection_file;
+constexpr int kHelpKey = 9;
+
+// The answer of the last common dialog.
+bool confirmed() { return WInfoDialog(4) == kConfirmed; }
+
+// The path the selector gave, split into the job's directory, file and
+// name; the status bar shows the directory and the name.
+void split_path(std::string_view path) {
+  const auto p = path.rfind(var_sep[0]);
+  if (p == std::string_view::npos) return;
+  working_dir = path.substr(0, p);
+  WindowOutStatusBar(2, working_dir.trim());
+  file_inp = trimmed(path.substr(p + 1));
+  const std::string name(file_inp.trim());
+  const auto dot = name.find('.');
+  codefile = dot == std::string::npos ? name : name.substr(0, dot);
+  WindowOutStatusBar(4, codefile.trim());
+}
+
+// The job's results are named from the job: a job written by this program
+// names them after its file name, as the reduction code will.
+std::string results_name() {
+  if (!file_out.blank()) return std::string(file_out.trim());
+  return std::string(codefile.trim());
+}
+
+void open_job() {
+  data_init::init_variables();
+  std::string path(255, ' ');
+  WSelectFile(kJobFilter, kOpenFlags, path, "Open Ombrel Files");
+  if (!confirmed()) return;
+  split_path(trimmed(path));
+  read_ombrel_file();
+  if (exit_code == 0) {
+    write_dialog_info();
+    set_job_items(1);
+  } else {
+    set_job_items(0);
+  }
+}
 
 // Save: the form is read and checked first; a bad field has shown its message
-// and stops the command. The job name in the form names the file until the
-// file selector lets the user choose another.
+// and stops the command. The job name in the form proposes the file name.
 void save() {
   read_dialog_info();
   if (exit_code != 0) return;
   if (!codefile.blank()) file_inp = std::string(codefile.trim()) + ".omb";
-  if (file_inp.blank()) return;
+  std::string path = padded(file_inp.trim(), 256);
+  WSelectFile(kJobFilter, kSaveFlags, path, "Save Ombrel Files");
+  if (!confirmed()) return;
+  split_path(trimmed(path));
+  // The results the reduction code writes carry the name of the file just
+  // saved, and the views look for them under it.
+  file_out = codefile.view();
   write_ombrel_file();
+}
+
+// Whether the shell finds a program of that name on its search path, as it
+// will when the job is run.
+bool on_search_path(std::string_view program) {
+  int status = -1;
+  IOsCommand("command -v " + std::string(program), kCmdWait | kCmdDiscardOutput | kCmdDiscardErrors, {}, nullptr,
+             &status);
+  return status == 0;
+}
+
+void run() {
+  if (codefile.blank()) {
+    lorx_io_messages::info_message("The input file passed to Ombrel program was empty!");
+    return;
+  }
+  if (!on_search_path("ombrel")) {
+    lorx_io_messages::error_message(
+        "The reduction program \"ombrel\" was not found on the search path (PATH); the job was not run.");
+    return;
+  }
+  WCursorShape(kBusyCursor);
+  IOsCommand("ombrel  " + std::string(codefile.trim()), kWaitFlags);
+  WCursorShape(kNormalCursor);
+  view_file_with_editor("out", results_name() + ".out");
+}
+
+void manual(std::size_t limit) {
+  if (tarnhold_suite.blank()) return;
+  const std::string sep(var_sep.view());
+  std::string path = std::string(tarnhold_suite.trim()) + sep +
+                     (var_system.trim() == "WIND" ? "Help" + sep + "ombrel.chm" : "Html" + sep + "ombrel.html");
+  if (path.size() > limit) path.resize(limit);
+  // The help launcher comes with the printing and help work; until then the
+  // manual's path is shown in the status bar.
+  WindowOutStatusBar(1, path);
+}
+
+void browse() {
+  std::string path(256, ' ');
+  WSelectFile(kReflectionFilter, kOpenFlags, path, "Select Reflections Files");
+  if (!confirmed()) return;
+  WDialogPutString(ids::main_form::reflection_file, trimmed(path));
+  WMenuSetState(ids::menu::file_save, 1, 1);
+  WMenuSetState(ids::menu::run, 1, 1);
+  // The selector left the process in the reflections' directory; the job,
+  // its results and Run stay in the job's.
+  if (!working_dir.blank()) IOsDirChange(working_dir.trim());
+}
+
+void evento_pushbutton() {
+  switch (mensaje.Value1) {
+    case kBrowseButton: browse(); break;
+    case kHelpKey: manual(256); break;
+    default: break;
+  }
 }
 
 void about() {
@@ -55,8 +180,29 @@ void evento_menu() {
       set_job_items(0);
       write_dialog_info();
       break;
+    case ids::menu::file_open:
+      open_job();
+      break;
     case ids::menu::file_save:
       save();
+      break;
+    case ids::menu::run:
+      run();
+      break;
+    case ids::menu::view_output:
+      view_file_with_editor("", results_name() + ".out");
+      break;
+    case ids::menu::view_input:
+      view_file_with_editor("", std::string(codefile.trim()) + ".omb");
+      break;
+    case ids::menu::view_intensities:
+      view_file_with_editor("", results_name() + ".int");
+      break;
+    case ids::menu::view_rejected:
+      view_file_with_editor("", results_name() + ".rej");
+      break;
+    case ids::menu::help_manual:
+      manual(255);
       break;
     case ids::menu::file_exit:
       exit_code = -1;
@@ -70,6 +216,25 @@ void evento_menu() {
 }
 
 }  // namespace
+
+void view_file_with_editor(std::string_view extension, std::optional<std::string_view> file) {
+  std::string name = file ? std::string(*file)
+                          : std::string(codefile.trim()) + "." + std::string(trimmed(extension));
+  if (name.size() > 80) name.resize(80);
+  name = std::string(trimmed(name));
+  if (!IOsFileExists(name)) {
+    lorx_io_messages::info_message("The file " + name + " does not exist!");
+    return;
+  }
+  int handle = 0;
+  WindowOpenChild(handle, kEditorWindowFlags, {}, {}, {}, {}, "Ombrel Text Editor");
+  WEditFile(name, kEditorMode, 0, 0, kEditorFont);
+  // Everything for the main form waits until the editor is closed.
+  do {
+    WMessage(evento, mensaje);
+  } while (evento != CloseRequest);
+  WindowCloseChild(handle);
+}
 
 void main_procedure() {
   WMessageEnable(FieldChanged, 1);
