@@ -7,6 +7,7 @@
 #include <X11/keysym.h>
 
 #include <array>
+#include <string>
 #include <cstdint>
 #include <list>
 #include <map>
@@ -854,4 +855,44 @@ void yyMsgSemiModelessStack(int direction, int kind, int handle) {
     }
   }
   yyMsgResizeControl();
+}
+
+namespace {
+struct CommandWait {
+  std::string savedText;
+  int shownSeconds = -1;
+};
+CommandWait command_wait;
+constexpr int kWaitPart = 1;
+}  // namespace
+
+// While the program waits for a command it started: its windows repaint,
+// what the user types or clicks is dropped, and the main window's status bar
+// counts the seconds.
+void yyMsgCommandWait(int elapsed_ms) {
+  Display* dpy = xdisplay();
+  if (!dpy) return;
+  const bool bar = zelvy_win::state().wWindow[0] != 0;
+  if (elapsed_ms == 0) {
+    command_wait = {};
+    if (bar) command_wait.savedText = yyWindowStatusBarText(0, kWaitPart);
+  }
+  while (XPending(dpy)) {
+    XEvent ev;
+    XNextEvent(dpy, &ev);
+    switch (ev.type) {
+      case KeyPress: case KeyRelease: case ButtonPress: case ButtonRelease: case MotionNotify:
+        break;
+      default:
+        if (!XFilterEvent(&ev, None)) yyMsgProcessMessage(ev);
+        break;
+    }
+  }
+  if (elapsed_ms < 0) {
+    if (bar) WindowOutStatusBar(kWaitPart, command_wait.savedText, 0);
+  } else if (bar && elapsed_ms / 1000 != command_wait.shownSeconds) {
+    command_wait.shownSeconds = elapsed_ms / 1000;
+    WindowOutStatusBar(kWaitPart, "Running: " + std::to_string(command_wait.shownSeconds) + " s", 0);
+  }
+  XFlush(dpy);
 }

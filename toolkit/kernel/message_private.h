@@ -50,3 +50,7 @@ struct LoopHooks {
 // dialog engine's yyDialogProcessEvent, the editor's yyEditProcessMessage and
 // the grid window's yyGridProcessMessage. A hook not attached does nothing.
 void yyAttachLoopHooks(const LoopHooks& hooks);
+
+// The screen kept alive while a started command is waited for: events other
+// than input are served, input is dropped, the status bar shows the time.
+void yyMsgCommandWait(int elapsed_ms);

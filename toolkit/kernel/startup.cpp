@@ -1,5 +1,7 @@
 // Toolkit start-up: the order of WInitialise, zelvy.ini, environment, system facts.
 #include "toolkit/kernel/startup.h"
+#include "toolkit/os/command.h"
+#include "toolkit/kernel/message_private.h"
 
 #include <langinfo.h>
 #include <locale.h>
@@ -185,6 +187,8 @@ void WInitialise(std::string_view inifile, std::optional<int> flags, std::option
     kernel_os::exit_program("Cannot open X display. Check DISPLAY environment variable.", 9);
 
   yywinitialise();
+  // A command waited for keeps the windows painted.
+  yyossetcommandwaithook(yyMsgCommandWait);
 
   d.ierr = d.istat = d.iapierr = d.ioetype = 0;
   zelvy_comdlg::data().icderr = 0;

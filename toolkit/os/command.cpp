@@ -3,6 +3,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <csignal>
@@ -48,7 +49,36 @@ int ended(int wait_status, CommandStatus& status) {
   return kNoError;
 }
 
+CommandWaitHook wait_hook = nullptr;
+constexpr int kHookInterval = 50;
+
+// Waits for ever, calling the hook between looks at the child.
+int wait_with_hook(pid_t pid, CommandStatus& status) {
+  int wait_status = 0;
+  wait_hook(0);
+  timespec start{};
+  ::clock_gettime(CLOCK_MONOTONIC, &start);
+  for (;;) {
+    const pid_t got = ::waitpid(pid, &wait_status, WNOHANG);
+    if (got == pid) break;
+    if (got < 0 && errno != EINTR) {
+      status.os_error = errno;
+      wait_hook(-1);
+      return kSystemError;
+    }
+    sleep_ms(kHookInterval);
+    timespec now{};
+    ::clock_gettime(CLOCK_MONOTONIC, &now);
+    const long ms = (now.tv_sec - start.tv_sec) * 1000L + (now.tv_nsec - start.tv_nsec) / 1000000L;
+    wait_hook(static_cast<int>(std::min(ms, static_cast<long>(INT_MAX))));
+  }
+  wait_hook(-1);
+  return ended(wait_status, status);
+}
+
 }  // namespace
+
+void yyossetcommandwaithook(CommandWaitHook hook) { wait_hook = hook; }
 
 int yyoscommand2(const std::string& command, int flags, int timeout_ms, CommandStatus& status) {
   status = {};
@@ -67,6 +97,7 @@ int yyoscommand2(const std::string& command, int flags, int timeout_ms, CommandS
   if (!(flags & kCmdWait)) return kNoError;
 
   int wait_status = 0;
+  if (timeout_ms < 0 && wait_hook) return wait_with_hook(pid, status);
   if (timeout_ms < 0) {
     // Only this child is waited for: the statuses of others stay for their owners.
     while (::waitpid(pid, &wait_status, 0) < 0) {

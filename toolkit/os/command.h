@@ -23,6 +23,13 @@ enum CommandFlags : int {
 void IOsCommand(std::string_view command, std::optional<int> flags = {}, std::optional<int> timeout = {},
                 int* process_id = nullptr, int* exit_code = nullptr);
 
+// A command waited for without end may take minutes: the layers above keep
+// the screen alive meanwhile. The hook is called before the first look at the
+// command (0), about every 50 ms with the milliseconds waited so far, and
+// once it has ended (-1). Null: the wait just blocks.
+using CommandWaitHook = void (*)(int elapsed_ms);
+void yyossetcommandwaithook(CommandWaitHook hook);
+
 // ---------------------------------------------------------------------------
 // The layer below. Results are toolkit error codes: 0, 13 with the system's
 // error number in `os_error` (0 for a command ended by a signal), or 1034.

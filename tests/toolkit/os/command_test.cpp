@@ -12,6 +12,7 @@
 #include <sstream>
 #include <string>
 #include <tuple>
+#include <vector>
 
 #include "tests/toolkit/os/os_test_support.h"
 #include "toolkit/os/command.h"
@@ -151,6 +152,33 @@ TEST_F(OsCommandTest, CommandEndedBySignalIsAnError) {
     EXPECT_EQ(WInfoError(3), 0);
     EXPECT_EQ(exit_code, -1);
   }
+}
+
+}  // namespace
+
+namespace {
+
+std::vector<int> g_ticks;
+
+// The layers above see a long wait begin, go on and end, in that order.
+TEST_F(OsCommandTest, AWaitWithoutEndReportsItsProgress) {
+  g_ticks.clear();
+  yyossetcommandwaithook([](int ms) { g_ticks.push_back(ms); });
+  int code = -1;
+  IOsCommand("sleep 0.3; exit 4", kCmdWait, {}, nullptr, &code);
+  yyossetcommandwaithook(nullptr);
+  EXPECT_EQ(code, 4);
+  ASSERT_GE(g_ticks.size(), 4u);
+  EXPECT_EQ(g_ticks.front(), 0);
+  EXPECT_EQ(g_ticks.back(), -1);
+  for (std::size_t i = 2; i + 1 < g_ticks.size(); ++i) EXPECT_GE(g_ticks[i], g_ticks[i - 1]);
+  EXPECT_GE(g_ticks[g_ticks.size() - 2], 250);
+  // A bounded wait keeps its own schedule and calls no hook.
+  g_ticks.clear();
+  yyossetcommandwaithook([](int ms) { g_ticks.push_back(ms); });
+  IOsCommand("true", kCmdWait | kCmdMilliseconds, 1000, nullptr, &code);
+  yyossetcommandwaithook(nullptr);
+  EXPECT_TRUE(g_ticks.empty());
 }
 
 }  // namespace
