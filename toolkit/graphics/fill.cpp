@@ -5,6 +5,7 @@
 #include "toolkit/graphics/graphics_private.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 using zelvy_graph::state;
@@ -232,8 +233,7 @@ void gradient_run(int x1, int x2, int y, int rgb) {
   xxhcif(zg::OpColour);
 }
 
-int mix(int a, int b, float t, int steps) {
-  if (steps > 1) t = std::round(t * static_cast<float>(steps - 1)) / static_cast<float>(steps - 1);
+int mix(int a, int b, float t) {
   int out = 0;
   for (int shift : {0, 8, 16}) {
     const float ca = static_cast<float>((a >> shift) & 0xFF), cb = static_cast<float>((b >> shift) & 0xFF);
@@ -242,7 +242,28 @@ int mix(int a, int b, float t, int steps) {
   return out;
 }
 
-void gradient_triangle(const int* idx, int steps) {
+// Bands of a stepped gradient: each component falls to one of `steps` levels
+// spread over the range its vertices span.
+struct Bands {
+  int steps = 0;
+  std::array<int, 3> lo{255, 255, 255}, hi{0, 0, 0};
+  int apply(int rgb) const {
+    if (steps < 2) return rgb;
+    int out = 0;
+    for (size_t k = 0; k < 3; ++k) {
+      const int shift = static_cast<int>(8 * k), v = (rgb >> shift) & 0xFF, span = hi[k] - lo[k];
+      int q = lo[k];
+      if (span > 0) {
+        const int level = static_cast<int>(std::lround(static_cast<double>(v - lo[k]) / span * (steps - 1)));
+        q = lo[k] + static_cast<int>(std::lround(static_cast<double>(level) * span / (steps - 1)));
+      }
+      out |= std::clamp(q, 0, 255) << shift;
+    }
+    return out;
+  }
+};
+
+void gradient_triangle(const int* idx, const Bands& bands) {
   const auto& s = state();
   const auto& X = s.ishadex;
   const auto& Y = s.ishadey;
@@ -259,7 +280,7 @@ void gradient_triangle(const int* idx, int steps) {
       if (Y[i] == Y[j] || y < std::min(Y[i], Y[j]) || y > std::max(Y[i], Y[j])) continue;
       const float t = static_cast<float>(y - Y[j]) / static_cast<float>(Y[i] - Y[j]);
       const int x = static_cast<int>(static_cast<float>(X[j]) * (1 - t) + static_cast<float>(X[i]) * t + 0.5f);
-      const int c = mix(C[j], C[i], t, 0);
+      const int c = mix(C[j], C[i], t);
       if (!any || x < xa) { xa = x; ca = c; }
       if (!any || x > xb) { xb = x; cb = c; }
       any = true;
@@ -269,7 +290,7 @@ void gradient_triangle(const int* idx, int steps) {
     int runstart = lo, runcolour = -1;
     for (int x = lo; x <= hi; ++x) {
       const float t = xb > xa ? static_cast<float>(x - xa) / static_cast<float>(xb - xa) : 0.0f;
-      const int c = mix(ca, cb, t, steps);
+      const int c = bands.apply(mix(ca, cb, t));
       if (c != runcolour) {
         if (runcolour >= 0) gradient_run(runstart, x - 1, y, runcolour);
         runstart = x;
@@ -427,7 +448,15 @@ void yygradientfill(int /*iymin*/, int /*iymax*/, int /*ixmin*/, int /*ixmax*/, 
     std::vector<float> fx(gx.begin(), gx.end()), fy(gy.begin(), gy.end());
     yypolygondecompose(fx, fy, tri);
   }
-  for (size_t t = 0; t + 2 < tri.size(); t += 3) gradient_triangle(&tri[t], steps);
+  Bands bands;
+  bands.steps = steps;
+  for (int c : gc)
+    for (size_t k = 0; k < 3; ++k) {
+      const int v = (c >> (8 * k)) & 0xFF;
+      bands.lo[k] = std::min(bands.lo[k], v);
+      bands.hi[k] = std::max(bands.hi[k], v);
+    }
+  for (size_t t = 0; t + 2 < tri.size(); t += 3) gradient_triangle(&tri[t], bands);
 }
 
 void yypolygondecompose(const std::vector<float>& x, const std::vector<float>& y, std::vector<int>& triangles) {

@@ -28,6 +28,7 @@ struct PostState {
   int lintyp = 0, lthick = 0;
   bool setfont = true;
   int pageno = 1;
+  bool shown = false;  // a showpage has been written
 };
 PostState& ps() {
   static PostState p;
@@ -264,6 +265,7 @@ void end_page() {
   std::snprintf(buf, sizeof buf, "/#copies %3d def", std::min(s.ihcopt[zelv_graphics::kOptCopies], 999));
   yygrhcwriteline(kUnit, buf);
   yygrhcwriteline(kUnit, "gsave showpage grestore");
+  p.shown = true;
   if (s.igpar2 == 0) {
     ++p.pageno;
     std::snprintf(buf, sizeof buf, "%%%%Page: %4d%4d", p.pageno, p.pageno);
@@ -273,10 +275,15 @@ void end_page() {
 
 void close_file() {
   auto& s = state();
+  // A document with nothing on it still has its one page.
+  if (!eps() && !ps().shown) {
+    s.igpar2 = 1;
+    end_page();
+  }
   yygrhcwriteline(kUnit, "%%EOF");
   if (!eps()) {
-    yygrhcwriteline(kUnit, "initgraphics");
-    if (s.ihcopt[kOptCtrlD] != 0) yygrhcwrite(kUnit, " \x04");
+    if (s.ihcopt[kOptCtrlD] != 0) yygrhcwrite(kUnit, "initgraphics \x04");
+    else yygrhcwriteline(kUnit, "initgraphics");
   }
   yygrhcclose(kUnit);
 }
