@@ -41,6 +41,16 @@ void on_path(int path, F&& body) {
   s.ighcpy = hcpy;
 }
 
+// A half-tone made of lines: the fill colour and the background in turn.
+void yy2col(int row, int colour, int model) {
+  auto& s = state();
+  s.icmodel = 0;
+  s.ichnalgl = row % 2 ? s.ibackcol : (model == 1 && colour >= 0 && colour < zg::kPaletteSize
+                                                ? s.irgb256[static_cast<size_t>(colour)]
+                                                : colour & 0xFFFFFF);
+  yygdrv(zg::OpColour);
+}
+
 // Scan lines across the polygon in the work arrays; rows, or columns with `columns`.
 bool scan_fill(int path, bool columns) {
   auto& s = state();
@@ -95,12 +105,7 @@ bool scan_fill(int path, bool columns) {
     xs.clear();
     for (const Edge* e : active) xs.push_back(e->xhigh + (line - e->yhigh) * e->slope);
     std::sort(xs.begin(), xs.end());
-    if (twocolour) {  // half-tone as lines of two colours in turn
-      s.icmodel = 0;
-      s.ichnalgl = row % 2 ? 0xFFFFFF : yycolourrgb(colour);
-      s.icmodel = model;
-      yygdrv(zg::OpColour);
-    }
+    if (twocolour) yy2col(row, colour, model);
     for (size_t k = 0; k + 1 < xs.size(); k += 2) emit(xs[k], xs[k + 1], line);
   }
   if (twocolour) {
@@ -111,9 +116,21 @@ bool scan_fill(int path, bool columns) {
   return ok;
 }
 
+// Crossings in order along a hatch line: few by exchange, many by a sort.
+void yysortverts(std::vector<std::pair<float, float>>& hits) {
+  constexpr size_t kExchangeLimit = 7;
+  if (hits.size() >= kExchangeLimit) {
+    std::sort(hits.begin(), hits.end());
+    return;
+  }
+  for (size_t i = 0; i + 1 < hits.size(); ++i)
+    for (size_t j = i + 1; j < hits.size(); ++j)
+      if (hits[j] < hits[i]) std::swap(hits[i], hits[j]);
+}
+
 // Diagonal hatch lines, aligned to multiples of the step so that neighbouring
 // shapes line up.
-void hatch_fill(int path) {
+void yygrpolygonhatch(int path) {
   auto& s = state();
   float xstep = 2, ystep = 2, inset = 0;
   int sx = 2, sy = 2;
@@ -152,19 +169,48 @@ void hatch_fill(int path) {
         IGrIntersectLine(ax, ay, bx, by, px[i], py[i], px[j], py[j], cx, cy, status);
         if (status == 5) hits.emplace_back(cx, cy);
       }
-      std::sort(hits.begin(), hits.end());
+      yysortverts(hits);
       for (size_t m = 0; m + 1 < hits.size(); m += 2)
         yylini(hits[m].first, hits[m].second, hits[m + 1].first, hits[m + 1].second);
     }
   }
 }
 
-void outline(bool closed) {
+void yygrpolygonoutline(int count, bool closed) {
   auto& s = state();
   if (s.ifbord == 0) return;
-  const size_t n = s.xwork.size();
+  const size_t n = std::min(static_cast<size_t>(std::max(count, 0)), s.xwork.size());
   for (size_t i = 0; i + 1 < n; ++i) yylini(s.xwork[i], s.ywork[i], s.xwork[i + 1], s.ywork[i + 1]);
   if (closed && n > 2) yylini(s.xwork[n - 1], s.ywork[n - 1], s.xwork[0], s.ywork[0]);
+}
+
+// The border of a rectangle in raster coordinates.
+void yyrect(float x1, float y1, float x2, float y2) {
+  yylini(x1, y1, x2, y1);
+  yylini(x2, y1, x2, y2);
+  yylini(x2, y2, x1, y2);
+  yylini(x1, y2, x1, y1);
+}
+
+// The screen's device fill: the half-tone (odd operation) in the mean of the
+// previous and the present colour.
+void yyfact(int op) {
+  auto& s = state();
+  if (s.igscrn <= 0) return;
+  if (op % 2 == 0) {
+    yygdrv(op);
+    return;
+  }
+  const int colour = s.ichnalgl, model = s.icmodel, current = yycolourrgb(colour), prev = s.iprevcol;
+  int mean = 0;
+  for (int sh : {0, 8, 16}) mean |= ((((current >> sh) & 0xFF) + ((prev >> sh) & 0xFF)) / 2) << sh;
+  s.icmodel = 0;
+  s.ichnalgl = mean;
+  yygdrv(zg::OpColour);
+  yygdrv(op);
+  s.icmodel = model;
+  s.ichnalgl = colour;
+  yygdrv(zg::OpColour);
 }
 
 // The common body of polygon and rectangle fills; `deviceop` is the half-tone
@@ -173,7 +219,7 @@ void fill_shape(int deviceop) {
   auto& s = state();
   const int style = s.ifstyl;
   if (style >= 3) {
-    if (s.ifmeth[0] == 0) yygdrv(deviceop + style - 3);
+    if (s.ifmeth[0] == 0) yyfact(deviceop + style - 3);
     if (s.ifmeth[0] == 0 && s.ighcpy <= 0) return;
   }
   const auto savedx = s.xwork, savedy = s.ywork;
@@ -188,10 +234,14 @@ void fill_shape(int deviceop) {
     on_path(path, [&] {
       s.xwork = savedx;
       s.ywork = savedy;
-      if (style < 3) outline(true);
+      if (style < 3 && deviceop == zg::OpRectHalf) {
+        if (s.ifbord != 0) yyrect(s.xwork[0], s.ywork[0], s.xwork[2], s.ywork[2]);
+      } else if (style < 3) {
+        yygrpolygonoutline(static_cast<int>(s.xwork.size()), true);
+      }
       if (style == 0) return;
       if (style < 3 && (s.ifangl == 1 || s.ifangl == 2)) {
-        hatch_fill(path);
+        yygrpolygonhatch(path);
       } else if (style == 1 && s.ifangl == 4) {
         scan_fill(path, true);
       } else if (scan_fill(path, false) && style == 2) {
@@ -263,7 +313,7 @@ struct Bands {
   }
 };
 
-void gradient_triangle(const int* idx, const Bands& bands) {
+void yygradienttriangle(const int* idx, const Bands& bands) {
   const auto& s = state();
   const auto& X = s.ishadex;
   const auto& Y = s.ishadey;
@@ -456,7 +506,7 @@ void yygradientfill(int /*iymin*/, int /*iymax*/, int /*ixmin*/, int /*ixmax*/, 
       bands.lo[k] = std::min(bands.lo[k], v);
       bands.hi[k] = std::max(bands.hi[k], v);
     }
-  for (size_t t = 0; t + 2 < tri.size(); t += 3) gradient_triangle(&tri[t], bands);
+  for (size_t t = 0; t + 2 < tri.size(); t += 3) yygradienttriangle(&tri[t], bands);
 }
 
 void yypolygondecompose(const std::vector<float>& x, const std::vector<float>& y, std::vector<int>& triangles) {
@@ -530,7 +580,8 @@ void IGrCircle(float x, float y, float radius, float ratio) {
   s.gry = {cy, r * ratio, 0};
   s.igrx = {static_cast<int>(cx), static_cast<int>(r)};
   s.igry = {static_cast<int>(cy), static_cast<int>(r * ratio)};
-  yygdrv(s.ifstyl >= 3 ? zg::OpEllipseHalf + s.ifstyl - 3 : zg::OpCircle);
+  if (s.ifstyl >= 3) yyfact(zg::OpEllipseHalf + s.ifstyl - 3);
+  else yygdrv(zg::OpCircle);
   s.igpar1 = 1;
   yyhdrv(zg::OpEllipseHalf);
   s.igpar1 = -1;
@@ -554,7 +605,7 @@ void pie(float x, float y, float radius, float startdeg, float enddeg, bool fill
     yyhdrv(zg::OpArc);
     return;
   }
-  if (s.ifstyl >= 3) yygdrv(zg::OpPieHalf + s.ifstyl - 3);
+  if (s.ifstyl >= 3) yyfact(zg::OpPieHalf + s.ifstyl - 3);
   else yygdrv(zg::OpArc);
   s.igpar1 = 1;
   yyhdrv(zg::OpPieHalf);

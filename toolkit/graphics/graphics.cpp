@@ -6,9 +6,13 @@
 #include "toolkit/base/zelvy_data.h"
 #include "toolkit/graphics/graphics_private.h"
 #include "toolkit/kernel/window.h"
+#include "toolkit/os/command.h"
+
+#include <unistd.h>
 
 #include <algorithm>
 #include <cmath>
+#include <filesystem>
 
 namespace zelvy_graph {
 State& state() {
@@ -32,19 +36,45 @@ constexpr int kFileBuffer = 1 << 16;
 
 struct DriverEntry {
   int number;
-  void (*routine)(int);
+  void (*routine)(int);  // null: not built yet, and not selectable
   const char* file;
 };
-// Drivers built so far; the others of the numbering are not selectable yet.
 constexpr DriverEntry kDrivers[] = {
+    {1, nullptr, "zelvplot.plt"},
     {zelv_graphics::kDriverPostScript, xxpost, "zelvplot.ps"},
     {zelv_graphics::kDriverSvg, xxsvg, "zelvplot.svg"},
+    {4, nullptr, "zelvplot.prn"},
+    {6, nullptr, "zelvplot.png"},
+    {8, nullptr, "zelvplot.dxf"},
+    {9, nullptr, "zelvplot.cgm"},
+    {12, nullptr, "zelvplot.plt"},
 };
+constexpr int kFlagPrintCommand = 8;
+constexpr std::string_view kPrintMark = " @ ";
 
 const DriverEntry* driver_entry(int number) {
   for (const auto& d : kDrivers)
-    if (d.number == number) return &d;
+    if (d.number == number && d.routine) return &d;
   return nullptr;
+}
+
+// The temporary file a print command prints, made once per process.
+const std::string& temporary_file() {
+  auto& f = state().cdeffile[4];
+  if (f.empty()) f = (std::filesystem::temp_directory_path() / ("zelvplot" + std::to_string(getpid()) + ".tmp")).string();
+  return f;
+}
+
+// Runs a waiting print command on the temporary file, then removes the file.
+void run_print_command() {
+  auto& s = state();
+  if (s.cprintcmd.empty()) return;
+  const auto at = s.cprintcmd.find('@');
+  const std::string command = s.cprintcmd.substr(0, at) + temporary_file() + s.cprintcmd.substr(at + 1);
+  s.cprintcmd.clear();
+  IOsCommand(command, kCmdWait);
+  std::error_code ec;
+  std::filesystem::remove(temporary_file(), ec);
 }
 
 void set_raster(int width, int height) {
@@ -64,7 +94,9 @@ void update_aspect() {
   s.asprat = s.igscrn > 0 ? static_cast<float>(s.nxpixl) / static_cast<float>(std::max(s.nypixl, 1)) : s.asprath;
 }
 
-void draw_area_on_drawable() {
+}  // namespace
+
+void yygrareadrawable() {
   auto& s = state();
   const float fx = static_cast<float>(s.nxpixl) / static_cast<float>(s.nxgraf);
   const float fy = static_cast<float>(s.nypixl) / static_cast<float>(s.nygraf);
@@ -81,6 +113,8 @@ void draw_area_on_drawable() {
   s.igxpxlen = s.igxmxpx - s.igxmnpx + 1;
   s.igypxlen = s.igymxpx - s.igymnpx + 1;
 }
+
+namespace {
 
 void apply_area() {
   auto& s = state();
@@ -232,7 +266,7 @@ void yygrarea(float x1, float y1, float x2, float y2) {
   s.ypxlen = s.ymaxpx - s.yminpx;
   s.ixpxlen = s.ixmxpx - s.ixmnpx + 1;
   s.iypxlen = s.iymxpx - s.iymnpx + 1;
-  draw_area_on_drawable();
+  yygrareadrawable();
   yygdrv(zg::OpClip);
 }
 
@@ -379,7 +413,7 @@ void yyresn(int /*type*/, int /*id*/, int width, int height) {
     yyhdrv(zg::OpStart);
     IGrArea(s.xgamin, s.ygamin, s.xgamax, s.ygamax);
   } else {
-    draw_area_on_drawable();
+    yygrareadrawable();
     yygdrv(zg::OpClip);
   }
 }
@@ -417,6 +451,11 @@ void yygrhcwrite(int unit, std::string_view text) {
 void yygrhcwriteline(int unit, std::string_view text) {
   yygrhcwrite(unit, text);
   yygrhcwrite(unit, "\n");
+}
+
+void yygrhcwritebuffer(int unit, std::string_view text, bool addend) {
+  yygrhcwrite(unit, text);
+  if (addend) yygrhcwrite(unit, "\r\n");
 }
 
 void yygrhcclose(int unit) {
@@ -672,11 +711,18 @@ void IGrHardcopy(std::string_view filename, std::string_view title) {
     xxhcif(zg::OpClose);
     s.ighcpy = 0;
   }
-  if (filename == "S" || filename == "s") return;
+  if (filename == "S" || filename == "s") {
+    run_print_command();
+    return;
+  }
   s.igpar2 = zg::kAskDriver;
   xxhcif(zg::OpInit);
   if (s.ihcdrv == 0 || !driver_entry(s.ihcdrv)) return;
   s.copsys = filename.empty() ? s.cdeffile[2] : std::string(filename);
+  if ((s.ihcdrvflags & kFlagPrintCommand) != 0 && s.copsys.find(kPrintMark) != std::string::npos) {
+    s.cprintcmd = s.copsys;
+    s.copsys = temporary_file();
+  }
   s.cwrkstr = std::string(title.substr(0, 200));
   s.igrx[0] = title.empty() ? 0 : 1;
   if (s.igscrn <= 0) {
@@ -705,4 +751,19 @@ void IGrEndPage(std::string_view /*options*/) {
   s.igpar1 = 12;  // form feed as the page character
   s.igpar2 = 0;
   yyhdrv(zg::OpEndPage);
+}
+
+void IGrPrintImageSelect(int mode) {
+  auto& s = state();
+  constexpr int kPostScript = 2, kPrinter = 4;
+  s.iprtimg = mode;
+  if (mode == kPostScript) {
+    s.cprtimgfile = "zelvdump.ps";
+    s.iprtimgmargins = {43, 28, 43, 27};
+    s.iprtimgflags = 11;
+  } else if (mode == kPrinter) {
+    s.cprtimgfile = "zelvdump.prn";
+    s.iprtimgpage = {576, 432};
+    s.iprtimgmargins = {0, 0, 0, 0};
+  }
 }

@@ -72,8 +72,12 @@ void IGrCharOut(float x, float y, std::string_view text);
 void IGrHardcopySelect(int option, int driver);
 void IGrHardcopyOptions(int option, int value);
 // Opens the hardcopy on a file (blank: the driver's default); "S" closes it.
+// A PostScript name holding " @ " is a print command: the drawing goes to a
+// temporary file, printed by the command ("@" standing for its name) on "S".
 void IGrHardcopy(std::string_view filename = {}, std::string_view title = {});
 void IGrEndPage(std::string_view options = {});
+// Screen dumps: 2 PostScript, 4 printer.
+void IGrPrintImageSelect(int mode);
 
 // Crossing of two segments; status 5 on both, 4 second only, 3 first only,
 // 2 neither, 1 parallel, 0 on one line.

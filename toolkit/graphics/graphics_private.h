@@ -89,6 +89,12 @@ struct State {
   int ihcolours = 256;
   std::array<int, 3> ihcres{};  // resolution x, y
   std::string copsys, cwrkstr, cerrsub;
+  std::string cprintcmd;  // a print command waiting for the hardcopy to close
+  // Screen dump choice.
+  int iprtimg = 0, iprtimgflags = 0;
+  std::string cprtimgfile;
+  std::array<int, 4> iprtimgmargins{};
+  std::array<int, 2> iprtimgpage{};
   float plotx = kUnknownPoint, ploty = kUnknownPoint;
   std::array<std::unique_ptr<std::FILE, FileCloser>, kUnits> units;
   std::array<std::vector<char>, kUnits> unitbuffers;
@@ -102,6 +108,8 @@ State& state();
 void yye2i(float x, float y, float& rx, float& ry);
 void yyi2e(float rx, float ry, float& x, float& y);
 void yygrarea(float x1, float y1, float x2, float y2);
+// The clip box on the screen target's own pixel size.
+void yygrareadrawable();
 bool yygrinbox(float x, float y);
 void yygrclip(float& x1, float& y1, float& x2, float& y2, bool& visible);
 void yylini(float x1, float y1, float x2, float y2);
@@ -132,6 +140,7 @@ void yygrtextvectors();
 void yygrhcopen(int unit);
 void yygrhcwrite(int unit, std::string_view text);
 void yygrhcwriteline(int unit, std::string_view text);
+void yygrhcwritebuffer(int unit, std::string_view text, bool addend);
 void yygrhcclose(int unit);
 
 // Fill.

@@ -68,10 +68,17 @@ unsigned long pixel_of(int rgb) {
   return pixel;
 }
 
-int px(float x) { return static_cast<int>(std::lround(x * static_cast<float>(state().nxpixl) / static_cast<float>(state().nxgraf))); }
+// Pixel coordinates, kept inside what the protocol's 16-bit fields can carry.
+constexpr float kCoordLimit = 30000.0f;
+int px(float x) {
+  const auto& s = state();
+  const float v = x * static_cast<float>(s.nxpixl) / static_cast<float>(s.nxgraf);
+  return static_cast<int>(std::lround(std::clamp(v, -kCoordLimit, kCoordLimit)));
+}
 int py(float y) {
   const auto& s = state();
-  return static_cast<int>(std::lround((s.yngraf - y) * static_cast<float>(s.nypixl) / static_cast<float>(s.nygraf)));
+  const float v = (s.yngraf - y) * static_cast<float>(s.nypixl) / static_cast<float>(s.nygraf);
+  return static_cast<int>(std::lround(std::clamp(v, -kCoordLimit, kCoordLimit)));
 }
 int plen(float v) { return std::max(static_cast<int>(std::lround(v)), 0); }
 
@@ -95,14 +102,6 @@ bool target() {
 }
 
 void set_colour(int rgb) { XSetForeground(scr().display, scr().gc, pixel_of(rgb)); }
-
-int halftone_rgb() {
-  const auto& s = state();
-  const int a = yycolourrgb(s.ichnalgl), b = s.iprevcol;
-  int out = 0;
-  for (int sh : {0, 8, 16}) out |= ((((a >> sh) & 0xFF) + ((b >> sh) & 0xFF)) / 2) << sh;
-  return out;
-}
 
 void line_attributes() {
   const auto& s = state();
@@ -147,15 +146,6 @@ void arc(bool fill, bool pieslice) {
   else
     XDrawArc(scr().display, scr().drawable, scr().gc, cx - rx, cy - ry, static_cast<unsigned>(2 * rx),
              static_cast<unsigned>(2 * ry), a0, extent);
-}
-
-// Fill operations: the odd one of a pair is the half-tone.
-template <typename F>
-void filled(int op, F&& draw) {
-  const auto& s = state();
-  if (op % 2 == 1) set_colour(halftone_rgb());
-  draw();
-  if (op % 2 == 1) set_colour(yycolourrgb(s.ichnalgl));
 }
 
 }  // namespace
@@ -203,11 +193,11 @@ void yygapi(int op) {
       return;
     case zg::OpEllipseHalf:
     case zg::OpEllipseSolid:
-      filled(op, [] { arc(true, false); });
+      arc(true, false);
       return;
     case zg::OpPieHalf:
     case zg::OpPieSolid:
-      filled(op, [] { arc(true, true); });
+      arc(true, true);
       return;
     case zg::OpArc:
       arc(false, true);
@@ -219,24 +209,23 @@ void yygapi(int op) {
       return;
     case zg::OpRectHalf:
     case zg::OpRectSolid:
-      filled(op, [&] {
-        const int x1 = px(s.grx[0]), x2 = px(s.grx[1]), y1 = py(s.gry[1]), y2 = py(s.gry[0]);
-        XFillRectangle(d, w, gc, x1, y1, static_cast<unsigned>(x2 - x1 + 1), static_cast<unsigned>(y2 - y1 + 1));
-      });
+    {
+      const int x1 = px(s.grx[0]), x2 = px(s.grx[1]), y1 = py(s.gry[1]), y2 = py(s.gry[0]);
+      XFillRectangle(d, w, gc, x1, y1, static_cast<unsigned>(x2 - x1 + 1), static_cast<unsigned>(y2 - y1 + 1));
       return;
+    }
     case zg::OpPolyHalf:
     case zg::OpPolySolid:
     case zg::OpTriHalf:
     case zg::OpTriSolid:
     case zg::OpParallelHalf:
     case zg::OpParallelSolid:
-      filled(op, [&] {
-        std::vector<XPoint> pts;
-        points_from_work(pts);
-        if (pts.size() >= 3 && pts.size() <= 65535)
-          XFillPolygon(d, w, gc, pts.data(), static_cast<int>(pts.size()), Complex, CoordModeOrigin);
-      });
+    {
+      std::vector<XPoint> pts;
+      points_from_work(pts);
+      if (pts.size() >= 3) XFillPolygon(d, w, gc, pts.data(), static_cast<int>(pts.size()), Complex, CoordModeOrigin);
       return;
+    }
     case zg::OpClear: {
       XGCValues old;
       XGetGCValues(d, gc, GCForeground, &old);

@@ -134,7 +134,7 @@ void close_file() {
   yygrhcclose(kUnit);
 }
 
-void pie(int op) {
+void yysvg2(int op) {
   const auto& s = state();
   const float cx = s.grx[0], cy = s.gry[0], rx = s.grx[1], ry = s.gry[1], a0 = s.grx[2], a1 = s.gry[2];
   auto at = [&](std::string& out, float a) {
@@ -216,7 +216,7 @@ void fill(int op) {
       yygrhcwriteline(kUnit, line + "\"/>");
       return;
     case zg::OpPieHalf:
-      pie(op);
+      yysvg2(op);
       return;
     default:
       points_element("<polygon points=\"",
@@ -371,7 +371,7 @@ void xxsvg(int op) {
       return;
     case zg::OpArc:
       s.bdopause = true;
-      pie(op);
+      yysvg2(op);
       return;
     case zg::OpStart:
       s.xscale = static_cast<float>(s.ihcopt[1]) / s.xngraf;

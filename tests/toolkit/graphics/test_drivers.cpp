@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <cctype>
+#include <filesystem>
+#include <fstream>
 
 namespace {
 
@@ -181,6 +183,46 @@ TEST_F(SvgTest, LongPolylineWrapsInsideOneElement) {
     if (!l.empty() && std::isdigit(static_cast<unsigned char>(l[0]))) ++wrapped;
   }
   EXPECT_GT(wrapped, 5);
+}
+
+}  // namespace
+
+namespace {
+
+class OutputTest : public GraphicsTest {};
+
+TEST_F(OutputTest, PrintCommandGetsTheTemporaryFile) {
+  const auto dest = std::filesystem::temp_directory_path() / "zelv_graphics_printed.ps";
+  std::filesystem::remove(dest);
+  IGrHardcopySelect(1, kDriverPostScript);
+  IGrHardcopy("cp @ " + dest.string());
+  const std::string temporary = gs().copsys;
+  EXPECT_NE(temporary.find("zelvplot"), std::string::npos);
+  IGrJoin(0.1f, 0.1f, 0.9f, 0.9f);
+  IGrHardcopy("S");
+  std::ifstream in(dest);
+  std::string first;
+  std::getline(in, first);
+  EXPECT_EQ(first, "%!PS-Adobe-3.0");
+  EXPECT_FALSE(std::filesystem::exists(temporary));
+  std::filesystem::remove(dest);
+}
+
+TEST_F(OutputTest, DriverDefaultsAndKeptOptions) {
+  IGrHardcopySelect(1, kDriverSvg);
+  EXPECT_EQ(gs().cdeffile[2], "zelvplot.svg");
+  EXPECT_EQ(gs().ihcopt[kOptPageWidth], 640);
+  IGrHardcopySelect(1, 5);  // no such driver: the selection stands
+  EXPECT_EQ(gs().ihcdrv, kDriverSvg);
+  IGrHardcopySelect(1, kDriverPostScript);
+  EXPECT_EQ(gs().cdeffile[2], "zelvplot.ps");
+  EXPECT_EQ(gs().ihcopt[kOptPageWidth], 842 - 86);  // A4 landscape less the margins
+  EXPECT_EQ(gs().ihcopt[kOptPageHeight], 595 - 55);
+  IGrHardcopyOptions(kOptCopies, 3);
+  IGrInit("HP");
+  EXPECT_EQ(gs().ihcopt[kOptCopies], 3);
+  IGrInit("H");
+  EXPECT_EQ(gs().ihcopt[kOptCopies], 1);
 }
 
 }  // namespace
