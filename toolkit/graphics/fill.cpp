@@ -87,6 +87,10 @@ bool scan_fill(int path, bool columns) {
   std::sort(edges.begin(), edges.end(), [](const Edge& a, const Edge& b) { return a.ylow < b.ylow; });
   float line = lo;
   if (path == kPathScreen) line = lo >= 0 ? std::floor(lo) + 0.5f : std::ceil(lo) - 0.5f;
+  // Rows outside the clip box would be cut away: skip them, keeping the phase.
+  const float boxlo = columns ? s.xminpx : s.yminpx, boxhi = columns ? s.xmaxpx : s.ymaxpx;
+  if (line < boxlo) line += std::floor((boxlo - line) / step) * step;
+  hi = std::min(hi, boxhi + step);
   std::vector<const Edge*> active;
   std::vector<float> xs;
   size_t next = 0;
@@ -151,8 +155,20 @@ void yygrpolygonhatch(int path) {
     // step's own slope and walk its offset over the box.
     const float w = x1 - x0, h = y1 - y0;
     const float slope = static_cast<float>(sy) / static_cast<float>(sx);
-    const int count = static_cast<int>((w * slope + h) / static_cast<float>(sy)) + 2;
-    for (int k = 0; k <= count; ++k) {
+    // Only the lines that can cross the clip box are drawn.
+    const double step = sy, cx0 = s.xminpx - x0, cx1 = s.xmaxpx - x0;
+    double klo, khi;
+    if (rising) {
+      klo = (y1 + cx0 * slope - s.ymaxpx) / step;
+      khi = (y1 + cx1 * slope - s.yminpx) / step;
+    } else {
+      klo = (s.yminpx - y0 + cx0 * slope) / step;
+      khi = (s.ymaxpx - y0 + cx1 * slope) / step;
+    }
+    const double count = (static_cast<double>(w) * slope + h) / step + 2;
+    const int first = static_cast<int>(std::clamp(std::floor(klo), 0.0, count));
+    const int last = static_cast<int>(std::clamp(std::ceil(khi), 0.0, count));
+    for (int k = first; k <= last; ++k) {
       float ax, ay, bx, by;
       if (rising) {  // y = y1 - k*sy + (x - x0)*slope, lower left to upper right
         ax = x0; ay = y1 - static_cast<float>(k * sy);
@@ -329,7 +345,7 @@ void yygradienttriangle(const int* idx, const Bands& bands) {
       const auto i = static_cast<size_t>(idx[e]), j = static_cast<size_t>(idx[(e + 1) % 3]);
       if (Y[i] == Y[j] || y < std::min(Y[i], Y[j]) || y > std::max(Y[i], Y[j])) continue;
       const float t = static_cast<float>(y - Y[j]) / static_cast<float>(Y[i] - Y[j]);
-      const int x = static_cast<int>(static_cast<float>(X[j]) * (1 - t) + static_cast<float>(X[i]) * t + 0.5f);
+      const int x = yytrunc(static_cast<float>(X[j]) * (1 - t) + static_cast<float>(X[i]) * t + 0.5f);
       const int c = mix(C[j], C[i], t);
       if (!any || x < xa) { xa = x; ca = c; }
       if (!any || x > xb) { xb = x; cb = c; }
@@ -438,8 +454,8 @@ void yygrpolygoncomplex(const float* x, const float* y, int count, int raster) {
   if (outside_clip(rx, ry)) return;
   const auto [xlo, xhi] = std::minmax_element(rx.begin(), rx.end());
   const auto [ylo, yhi] = std::minmax_element(ry.begin(), ry.end());
-  s.igrx = {static_cast<int>(*xlo), static_cast<int>(*xhi)};
-  s.igry = {static_cast<int>(*ylo), static_cast<int>(*yhi)};
+  s.igrx = {yytrunc(*xlo), yytrunc(*xhi)};
+  s.igry = {yytrunc(*ylo), yytrunc(*yhi)};
   s.grx[0] = rx[0];
   s.gry[0] = ry[0];
   s.igpar2 = static_cast<int>(rx.size());
@@ -461,8 +477,8 @@ void yygrrectangle(float x1, float y1, float x2, float y2, bool report) {
   if (ay > by) std::swap(ay, by);
   if (bx < s.xminp2 || ax > s.xmaxp2 || by < s.yminp2 || ay > s.ymaxp2) return;
   s.grx[0] = ax; s.gry[0] = ay; s.grx[1] = bx; s.gry[1] = by;
-  s.igrx = {std::max(static_cast<int>(ax), s.ixmnpx), std::min(static_cast<int>(bx), s.ixmxpx)};
-  s.igry = {std::max(static_cast<int>(ay), s.iymnpx), std::min(static_cast<int>(by), s.iymxpx)};
+  s.igrx = {std::max(yytrunc(ax), s.ixmnpx), std::min(yytrunc(bx), s.ixmxpx)};
+  s.igry = {std::max(yytrunc(ay), s.iymnpx), std::min(yytrunc(by), s.iymxpx)};
   s.xwork = {ax, bx, bx, ax};
   s.ywork = {ay, ay, by, by};
   s.igpar2 = 4;
@@ -578,8 +594,8 @@ void IGrCircle(float x, float y, float radius, float ratio) {
   if (cx + r < s.xminp2 || cx - r > s.xmaxp2 || cy + r * ratio < s.yminp2 || cy - r * ratio > s.ymaxp2) return;
   s.grx = {cx, r, ratio * s.xgalen / s.ygalen};
   s.gry = {cy, r * ratio, 0};
-  s.igrx = {static_cast<int>(cx), static_cast<int>(r)};
-  s.igry = {static_cast<int>(cy), static_cast<int>(r * ratio)};
+  s.igrx = {yytrunc(cx), yytrunc(r)};
+  s.igry = {yytrunc(cy), yytrunc(r * ratio)};
   if (s.ifstyl >= 3) yyfact(zg::OpEllipseHalf + s.ifstyl - 3);
   else yygdrv(zg::OpCircle);
   s.igpar1 = 1;
@@ -598,8 +614,8 @@ void pie(float x, float y, float radius, float startdeg, float enddeg, bool fill
   while (enddeg < startdeg) enddeg += 360;
   s.grx = {cx, r, static_cast<float>(startdeg * kRadian)};
   s.gry = {cy, r, static_cast<float>(enddeg * kRadian)};
-  s.igrx = {static_cast<int>(cx), static_cast<int>(r)};
-  s.igry = {static_cast<int>(cy), static_cast<int>(r)};
+  s.igrx = {yytrunc(cx), yytrunc(r)};
+  s.igry = {yytrunc(cy), yytrunc(r)};
   if (!filled) {
     yygdrv(zg::OpArc);
     yyhdrv(zg::OpArc);
@@ -626,8 +642,10 @@ void IGrGradient(std::span<const float> x, std::span<const float> y, std::span<c
   for (size_t i = 0; i < n; ++i) {
     float rx, ry;
     yye2i(x[i], y[i], rx, ry);
-    s.ishadex[i] = static_cast<int>(rx);
-    s.ishadey[i] = static_cast<int>(ry);
+    // Far-off vertices are held where the scan arithmetic cannot overflow.
+    constexpr float kFar = 1.0e6f;
+    s.ishadex[i] = yytrunc(std::clamp(rx, -kFar, kFar));
+    s.ishadey[i] = yytrunc(std::clamp(ry, -kFar, kFar));
   }
   s.nshvert = static_cast<int>(n);
   yygradientfill(s.iymnpx, s.iymxpx, s.ixmnpx, s.ixmxpx, steps);

@@ -281,9 +281,9 @@ void yygrclip(float& x1, float& y1, float& x2, float& y2, bool& visible) {
   visible = true;
   if (in1 && in2) return;
   const float lx = s.xminpx, hx = s.xmaxpx, ly = s.yminpx, hy = s.ymaxpx;
-  if (static_cast<int>(x1) == static_cast<int>(x2) || static_cast<int>(y1) == static_cast<int>(y2)) {
+  if (yytrunc(x1) == yytrunc(x2) || yytrunc(y1) == yytrunc(y2)) {
     // Vertical or horizontal on the raster: cut directly.
-    if (static_cast<int>(x1) == static_cast<int>(x2)) {
+    if (yytrunc(x1) == yytrunc(x2)) {
       if (x1 < s.xminp2 || x1 > s.xmaxp2) { visible = false; return; }
       if (std::max(y1, y2) < ly || std::min(y1, y2) > hy) { visible = false; return; }
       y1 = std::clamp(y1, ly, hy);
@@ -296,12 +296,13 @@ void yygrclip(float& x1, float& y1, float& x2, float& y2, bool& visible) {
     }
     return;
   }
-  // Crossings of the line with the four sides, as parameters along it.
-  const float dx = x2 - x1, dy = y2 - y1;
-  float t0 = 0, t1 = 1;
-  auto cut = [&](float p, float q) {
+  // Crossings of the line with the four sides, as parameters along it; in
+  // double, since far-off ends would leave a float crossing pixels astray.
+  const double dx = static_cast<double>(x2) - x1, dy = static_cast<double>(y2) - y1;
+  double t0 = 0, t1 = 1;
+  auto cut = [&](double p, double q) {
     if (p == 0) return q >= 0;
-    const float r = q / p;
+    const double r = q / p;
     if (p < 0) {
       if (r > t1) return false;
       t0 = std::max(t0, r);
@@ -315,9 +316,11 @@ void yygrclip(float& x1, float& y1, float& x2, float& y2, bool& visible) {
     visible = false;
     return;
   }
-  const float ox = x1, oy = y1;
-  if (!in2) { x2 = ox + t1 * dx; y2 = oy + t1 * dy; }
-  if (!in1) { x1 = ox + t0 * dx; y1 = oy + t0 * dy; }
+  const double ox = x1, oy = y1;
+  auto inx = [&](double v) { return std::clamp(static_cast<float>(v), lx, hx); };
+  auto iny = [&](double v) { return std::clamp(static_cast<float>(v), ly, hy); };
+  if (!in2) { x2 = inx(ox + t1 * dx); y2 = iny(oy + t1 * dy); }
+  if (!in1) { x1 = inx(ox + t0 * dx); y1 = iny(oy + t0 * dy); }
 }
 
 void yylini(float x1, float y1, float x2, float y2) {
@@ -326,8 +329,8 @@ void yylini(float x1, float y1, float x2, float y2) {
   yygrclip(x1, y1, x2, y2, visible);
   if (!visible) return;
   s.grx[0] = x1; s.gry[0] = y1; s.grx[1] = x2; s.gry[1] = y2;
-  s.igrx = {static_cast<int>(x1), static_cast<int>(x2)};
-  s.igry = {static_cast<int>(y1), static_cast<int>(y2)};
+  s.igrx = {yytrunc(x1), yytrunc(x2)};
+  s.igry = {yytrunc(y1), yytrunc(y2)};
   yygdrv(zg::OpLine);
   yyhdrv(zg::OpLine);
 }
@@ -588,8 +591,8 @@ void IGrPoint(float x, float y) {
   if (!yygrinbox(rx, ry)) return;
   s.grx[0] = s.grx[1] = rx;
   s.gry[0] = s.gry[1] = ry;
-  s.igrx = {static_cast<int>(rx), static_cast<int>(rx)};
-  s.igry = {static_cast<int>(ry), static_cast<int>(ry)};
+  s.igrx = {yytrunc(rx), yytrunc(rx)};
+  s.igry = {yytrunc(ry), yytrunc(ry)};
   yygdrv(zg::OpPoint);
   yyhdrv(zg::OpPoint);
 }

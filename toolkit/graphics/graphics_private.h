@@ -104,6 +104,13 @@ State& state();
 
 }  // namespace zelvy_graph
 
+// Truncation to an integer raster coordinate; far-off values are held at a
+// bound instead of overflowing.
+inline int yytrunc(float v) {
+  constexpr float kBound = 1.0e9f;
+  return static_cast<int>(v < -kBound ? -kBound : v > kBound ? kBound : v);
+}
+
 // Mapping and clipping.
 void yye2i(float x, float y, float& rx, float& ry);
 void yyi2e(float rx, float ry, float& x, float& y);

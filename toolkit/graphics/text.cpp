@@ -64,13 +64,13 @@ void IGrCharOut(float x, float y, std::string_view text) {
   const float length = static_cast<float>(s.cgrstr.size()) * s.chsizx * s.xpxlen;
   const double a = s.chrota * kRadian;
   const float dx = length * static_cast<float>(std::cos(a)), dy = length * static_cast<float>(std::sin(a));
-  // Alignment moves the start back along the direction; the drivers get the
-  // unaligned start and the end and align by themselves.
+  // Alignment moves the start back along the direction; the drivers get that
+  // start and the end, and anchor the text where the alignment says.
   const float back = static_cast<float>(s.ichali) * 0.5f;
   s.grx = {rx - back * dx, 0, rx - back * dx + dx};
   s.gry = {ry - back * dy, 0, ry - back * dy + dy};
   s.igrx = {static_cast<int>(s.cgrstr.size()), 3};
-  s.igry = {static_cast<int>(ry), 0};
+  s.igry = {yytrunc(ry), 0};
   yygdrv(zg::OpText);
   yyhdrv(zg::OpText);
 }

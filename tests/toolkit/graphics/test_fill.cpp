@@ -179,6 +179,49 @@ TEST_F(FillTest, HundredThousandVertices) {
   EXPECT_EQ(lines.back(), "%%EOF");
 }
 
+TEST_F(FillTest, FarOffShapesStayBounded) {
+  // A triangle reaching far beyond the page: hatched and scanned only where
+  // the box can show it.
+  const auto start = std::chrono::steady_clock::now();
+  open(zelv_graphics::kDriverSvg);
+  IGrFillPattern(zelv_graphics::kFillCrossHatch, 4, 1);
+  poly({-1e8f, 1e8f, 320}, {-1e8f, -1e8f, 1e8f});
+  rows_only(4);
+  poly({-1e8f, 1e8f, 320}, {-1e8f, -1e8f, 1e8f});
+  IGrGradient(std::vector<float>{-1e9f, 1e9f, 0.5f}, std::vector<float>{-1e9f, -1e9f, 1e9f},
+              std::vector<int>{0xFF, 0xFF00, 0xFF0000});
+  const auto lines = close();
+  EXPECT_LT(std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count(), 10.0);
+  const auto segs = svg_lines(lines, 480);
+  EXPECT_GT(segs.size(), 50u);
+  for (const auto& sg : segs) {
+    EXPECT_GE(std::min(sg.x1, sg.x2), -0.01f);
+    EXPECT_LE(std::max(sg.x1, sg.x2), 640.01f);
+  }
+  // The page is covered: a row through the middle spans it.
+  const auto mid = row(segs, 240);
+  ASSERT_EQ(mid.size(), 1u);
+  EXPECT_NEAR(mid[0].first, 0, 0.1);
+  EXPECT_NEAR(mid[0].second, 640, 0.1);
+}
+
+TEST_F(FillTest, PolylineRunsAreCutAtTheBox) {
+  open(zelv_graphics::kDriverSvg, false, 640, 480);
+  IGrArea(0.25f, 0, 0.75f, 1);  // raster X 160..480; points in raster units
+  // In, out to the right, back in, out and back through without a point inside.
+  const std::vector<float> x{200, 300, 600, 400, 700, 700, 0};
+  const std::vector<float> y{100, 100, 100, 200, 200, 300, 300};
+  yygrpolyline(x.data(), y.data(), static_cast<int>(x.size()), 1);
+  yygrpolyline(x.data(), y.data(), 1, 1);  // one point: nothing
+  std::vector<std::string> polylines;
+  for (const auto& l : close())
+    if (l.starts_with("<polyline")) polylines.push_back(l);
+  ASSERT_EQ(polylines.size(), 3u) << ::testing::PrintToString(polylines);
+  EXPECT_NE(polylines[0].find("=\"200.00,380.00 300.00,380.00 480.01,380.00\""), std::string::npos) << polylines[0];
+  EXPECT_NE(polylines[1].find("=\"480.01,320.00 400.01,280.00 480.01,280.00\""), std::string::npos) << polylines[1];
+  EXPECT_NE(polylines[2].find("=\"480.01,179.99 160.00,179.99\""), std::string::npos) << polylines[2];
+}
+
 TEST_F(FillTest, DecompositionCoversThePolygon) {
   auto area = [](const std::vector<float>& x, const std::vector<float>& y, const std::vector<int>& idx, size_t i) {
     const auto a = static_cast<size_t>(idx[i]), b = static_cast<size_t>(idx[i + 1]), c = static_cast<size_t>(idx[i + 2]);
