@@ -11,6 +11,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <filesystem>
 
@@ -748,12 +749,21 @@ void IGrHardcopy(std::string_view filename, std::string_view title) {
     xxhcif(op);
 }
 
-void IGrEndPage(std::string_view /*options*/) {
+void IGrEndPage(std::string_view options) {
   auto& s = state();
   yygapiflush();
-  s.igpar1 = 12;  // form feed as the page character
+  constexpr int kFormFeed = 12;
+  // The page ends on the whole raster; with "P" the screen keeps its area.
+  const std::array<float, 4> area{s.xgamin, s.ygamin, s.xgamax, s.ygamax};
+  const bool widen = area != std::array<float, 4>{0, 0, 1, 1};
+  const int screen = s.igscrn;
+  if (options.find_first_of("Pp") != std::string_view::npos) s.igscrn = 0;
+  if (widen) IGrArea(0, 0, 1, 1);
+  s.igpar1 = kFormFeed;
   s.igpar2 = 0;
   yyhdrv(zg::OpEndPage);
+  if (widen) IGrArea(area[0], area[1], area[2], area[3]);
+  s.igscrn = screen;
 }
 
 void IGrPrintImageSelect(int mode) {

@@ -226,3 +226,23 @@ TEST_F(OutputTest, DriverDefaultsAndKeptOptions) {
 }
 
 }  // namespace
+
+namespace {
+
+class PageTest : public GraphicsTest {};
+
+TEST_F(PageTest, PagesAreNumberedAndEndOnTheWholeRaster) {
+  open(kDriverPostScript, false);
+  IGrArea(0.5f, 0.5f, 1, 1);
+  IGrJoin(0.1f, 0.1f, 0.9f, 0.9f);
+  IGrEndPage();
+  EXPECT_FLOAT_EQ(gs().xgamin, 0.5f);  // the area comes back after the page
+  IGrJoin(0.1f, 0.9f, 0.9f, 0.1f);
+  const auto lines = close();
+  EXPECT_EQ(count(lines, "%%Page: "), 2);
+  EXPECT_EQ(count(lines, "%%Page:    2   2"), 1);
+  EXPECT_EQ(count(lines, "showpage"), 2);
+  EXPECT_EQ(count(lines, "/#copies   1 def"), 2);
+}
+
+}  // namespace
