@@ -18,6 +18,7 @@ constexpr int kErrorEmpty = 22;
 constexpr int kMaxActive = 98;
 constexpr int kPathScreen = 1, kPathHardcopy = 2;
 constexpr int kEllipseVertices = 96;
+constexpr int kOpenArcDensity = 3;  // style 0 above density 2: an arc without its radii
 constexpr double kRadian = 0.017453292;
 
 struct Edge {
@@ -611,18 +612,24 @@ void pie(float x, float y, float radius, float startdeg, float enddeg, bool fill
   yye2i(x, y, cx, cy);
   yye2i(x + radius, y, ex, ey);
   const float r = std::hypot(ex - cx, ey - cy);
-  while (enddeg < startdeg) enddeg += 360;
+  if (enddeg < startdeg) enddeg += 360.0f * std::ceil((startdeg - enddeg) / 360.0f);
   s.grx = {cx, r, static_cast<float>(startdeg * kRadian)};
   s.gry = {cy, r, static_cast<float>(enddeg * kRadian)};
   s.igrx = {yytrunc(cx), yytrunc(r)};
   s.igry = {yytrunc(cy), yytrunc(r)};
-  if (!filled) {
+  if (!filled || s.ifstyl < 3) {
+    // An open arc, or a pie's outline through its centre: both are operation
+    // 34, told apart by style and density.
+    const int style = s.ifstyl, density = s.ifdens;
+    s.ifstyl = filled ? style : 0;
+    s.ifdens = filled ? 1 : kOpenArcDensity;
     yygdrv(zg::OpArc);
     yyhdrv(zg::OpArc);
+    s.ifstyl = style;
+    s.ifdens = density;
     return;
   }
-  if (s.ifstyl >= 3) yyfact(zg::OpPieHalf + s.ifstyl - 3);
-  else yygdrv(zg::OpArc);
+  yyfact(zg::OpPieHalf + s.ifstyl - 3);
   s.igpar1 = 1;
   yyhdrv(zg::OpPieHalf);
   s.igpar1 = -1;

@@ -97,10 +97,9 @@ void markers_and_arcs() {
   }
   label(120, 117, "Arcs and pies");
   IGrColourN(kPaletteBlack);
-  IGrFillPattern(kFillOutline, 3);
   IGrArc(126, 106, 6, 0, 270);
-  IGrFillPattern(kFillOutline, 1);
-  IGrArc(140, 106, 6, 30, 120);
+  IGrFillPattern(kFillOutline);
+  IGrPie(140, 106, 6, 30, 120);
   IGrColourN(100);
   IGrFillPattern(kFillSolid);
   IGrPie(152, 106, 6, 45, 315);

@@ -246,3 +246,38 @@ TEST_F(PageTest, PagesAreNumberedAndEndOnTheWholeRaster) {
 }
 
 }  // namespace
+
+namespace {
+
+class ArcTest : public GraphicsTest {};
+
+TEST_F(ArcTest, ArcsOpenPiesClosedThroughTheCentre) {
+  for (int driver : {kDriverPostScript, kDriverSvg}) {
+    open(driver);
+    IGrFillPattern(kFillSolid);
+    IGrArc(0.5f, 0.5f, 0.2f, 0, 90);  // open whatever the fill style
+    IGrFillPattern(kFillOutline);
+    IGrPie(0.5f, 0.5f, 0.2f, 90, 180);  // an outline through the centre
+    IGrFillPattern(kFillSolid);
+    IGrPie(0.5f, 0.5f, 0.2f, 180, -90);  // ends before its start: the way round
+    const auto lines = close();
+    if (driver == kDriverSvg) {
+      ASSERT_EQ(count(lines, "<path d=\"M "), 3);
+      std::vector<std::string> paths;
+      for (const auto& l : lines)
+        if (l.starts_with("<path")) paths.push_back(l);
+      EXPECT_EQ(paths[0].find(" L "), std::string::npos);
+      EXPECT_NE(paths[1].find(" L "), std::string::npos);
+      EXPECT_NE(paths[2].find(" L "), std::string::npos);
+      EXPECT_EQ(count(lines, "<g style=\"stroke:none;fill:#000000\">"), 1);
+    } else {
+      EXPECT_EQ(count(lines, "arc"), 3);
+      EXPECT_EQ(count(lines, "180.0 270.0 arc"), 1);
+      const auto body = after(lines, "%%Page: 1 1");
+      EXPECT_EQ(std::count(body.begin(), body.end(), "cs"), 1);
+      EXPECT_EQ(std::count(body.begin(), body.end(), "cf"), 1);
+    }
+  }
+}
+
+}  // namespace
