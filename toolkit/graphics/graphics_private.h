@@ -1,0 +1,162 @@
+// The graphics state shared by the drawing routines, the fill and the drivers.
+// No X here: the screen driver keeps its X resources in its own source.
+#pragma once
+
+#include <array>
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace zelvy_graph {
+
+constexpr int kOptions = 40;
+constexpr int kUnits = 3;
+constexpr int kPaletteSize = 256;
+
+// Operation numbers heard by the drivers.
+enum Op : int {
+  OpInit = 1, OpLine = 2, OpColour = 3, OpCircle = 4, OpEllipseHalf = 5, OpEllipseSolid = 6,
+  OpParallelHalf = 7, OpParallelSolid = 8, OpRectHalf = 9, OpRectSolid = 10, OpTriHalf = 11,
+  OpTriSolid = 12, OpPieHalf = 13, OpPieSolid = 14, OpPolyHalf = 15, OpPolySolid = 16, OpClear = 17,
+  OpStart = 18, OpClose = 19, OpEndPage = 20, OpFont = 21, OpText = 22, OpClip = 24, OpMeasure = 25,
+  OpPoint = 26, OpPlotMode = 27, OpLineType = 29, OpLineWidth = 30, OpPolyline = 32,
+  OpTextRotate = 33, OpArc = 34, OpBackColour = 35, OpJoin = 36, OpCap = 37, OpImage = 38,
+  OpGradient = 40,
+};
+constexpr int kAskDriver = -999;
+constexpr int kKeepPage = -998;
+constexpr float kUnknownPoint = -9999.0f;
+
+struct FileCloser {
+  void operator()(std::FILE* f) const { std::fclose(f); }
+};
+
+struct State {
+  // Units, area, raster, clip box, test box, drawable.
+  float xmin = 0, xmax = 1, ymin = 0, ymax = 1, xunlen = 1, yunlen = 1;
+  float xgamin = 0, xgamax = 1, ygamin = 0, ygamax = 1, xgalen = 1, ygalen = 1;
+  int nxgraf = 1000, nygraf = 1000;
+  float xngraf = 999.99f, yngraf = 999.99f;
+  float xminpx = 0, xmaxpx = 999.99f, yminpx = 0, ymaxpx = 999.99f, xpxlen = 999.99f, ypxlen = 999.99f;
+  int ixmnpx = 0, ixmxpx = 999, iymnpx = 0, iymxpx = 999, ixpxlen = 1000, iypxlen = 1000;
+  float xminp2 = -0.001f, xmaxp2 = 999.991f, yminp2 = -0.001f, ymaxp2 = 999.991f;
+  int nxpixl = 1000, nypixl = 1000;
+  float xgminpx = 0, xgmaxpx = 999.99f, ygminpx = 0, ygmaxpx = 999.99f, xgpxlen = 999.99f, ygpxlen = 999.99f;
+  int igxmnpx = 0, igxmxpx = 999, igymnpx = 0, igymxpx = 999, igxpxlen = 1000, igypxlen = 1000;
+  float xscale = 1, yscale = 1;
+  int igurot = 0;
+  float asprath = 1.4f, asprat = 1.0f;
+  float xcur = 0, ycur = 0;
+
+  // Primitive arguments.
+  std::array<float, 3> grx{}, gry{};
+  std::array<int, 2> igrx{}, igry{};
+  std::vector<float> xwork, ywork;
+  int igpar1 = 0, igpar2 = 0;
+  std::string cgrstr;
+
+  // Attributes.
+  int lintyp = 0, linwid = 1, linwidh = 5, lincap = 0, linjoin = 0, modepl = 0;
+  int ifstyl = 0, ifdens = 1, ifangl = 1, ifbord = 1;
+  std::array<int, 2> ifmeth{0, 0};  // screen, hardcopy
+  float yhstep = 1.0f;
+  int icmodel = 1;
+  int ichnalgl = 223;     // current colour
+  int iprevcol = 223;     // colour before the latest change, for half-tones
+  int ibackcol = 0xFFFFFF;
+  std::array<int, kPaletteSize> irgb256{};
+
+  // Device text.
+  float chsizx = 0.0133333f, chsizy = 0.0333333f, chrota = 0;
+  int ichfam = 2, ichfam2 = 2, ichstyl = 0, ichprop = 0, ichali = 0;
+  float sinhgt = 0, coshgt = 0;
+
+  // Gradient polygon.
+  std::vector<int> ishadex, ishadey, ishadec;
+  int nshvert = 0;
+
+  // Paths and hardcopy.
+  int igscrn = 0, ighcpy = 0, igdriver = 0, itarg = 1, itargid = 0, igaskip = 0, ivport = 0;
+  bool bdopause = false, bhcerr = false;
+  std::array<int, kOptions + 1> ihcopt{};  // 1-based
+  int ihcdrv = 0, ihcdrvflags = 0;
+  std::array<std::string, 6> cdeffile{};    // 1-based: 2 driver default output, 4/5 temporary
+  std::array<std::string, 3> cgcapab{};     // 1 screen, 2 hardcopy
+  std::array<int, 3> i24cap{}, igradcap{}, imgcap{}, lwcap{}, igcset{}, icsrot{}, ipropcap{};
+  std::array<float, 3> sizemin{};
+  int ihcolours = 256;
+  std::array<int, 3> ihcres{};  // resolution x, y
+  std::string copsys, cwrkstr, cerrsub;
+  std::string cprintcmd;  // a print command waiting for the hardcopy to close
+  // Screen dump choice.
+  int iprtimg = 0, iprtimgflags = 0;
+  std::string cprtimgfile;
+  std::array<int, 4> iprtimgmargins{};
+  std::array<int, 2> iprtimgpage{};
+  float plotx = kUnknownPoint, ploty = kUnknownPoint;
+  std::array<std::unique_ptr<std::FILE, FileCloser>, kUnits> units;
+  std::array<std::vector<char>, kUnits> unitbuffers;
+};
+
+State& state();
+
+}  // namespace zelvy_graph
+
+// Truncation to an integer raster coordinate; far-off values are held at a
+// bound instead of overflowing.
+inline int yytrunc(float v) {
+  constexpr float kBound = 1.0e9f;
+  return static_cast<int>(v < -kBound ? -kBound : v > kBound ? kBound : v);
+}
+
+// Mapping and clipping.
+void yye2i(float x, float y, float& rx, float& ry);
+void yyi2e(float rx, float ry, float& x, float& y);
+void yygrarea(float x1, float y1, float x2, float y2);
+// The clip box on the screen target's own pixel size.
+void yygrareadrawable();
+bool yygrinbox(float x, float y);
+void yygrclip(float& x1, float& y1, float& x2, float& y2, bool& visible);
+void yylini(float x1, float y1, float x2, float y2);
+void yygrpolyline(const float* x, const float* y, int count, int raster);
+
+// The two paths and the driver dispatch.
+void yygdrv(int op);
+void yyhdrv(int op);
+void xxhcif(int op);
+void xxpost(int op);
+void xxsvg(int op);
+void yygapi(int op);
+void yyresn(int type, int id, int width, int height);
+void yydefh();
+// Page size of the PostScript driver from paper, orientation and margins.
+void yymargins();
+
+// Colour.
+void yygrpaletteinit();
+void yypalrgb(int& red, int& green, int& blue);
+int yycolourrgb(int colour);  // an index or RGB value under the model in force, as RGB
+std::string yyrgbhex(int red, int green, int blue);
+
+// Text measures for the device text routines.
+void yygrtextvectors();
+
+// Output of the drivers.
+void yygrhcopen(int unit);
+void yygrhcwrite(int unit, std::string_view text);
+void yygrhcwriteline(int unit, std::string_view text);
+void yygrhcwritebuffer(int unit, std::string_view text, bool addend);
+void yygrhcclose(int unit);
+
+// Fill.
+void yygrpolygoncomplex(const float* x, const float* y, int count, int raster);
+void yygrrectangle(float x1, float y1, float x2, float y2, bool report);
+void yygrfillstepsize(int path, int density, float& xstep, float& ystep, int& xint, int& yint, float& inset,
+                      bool& diagonal);
+void yygradientfill(int iymin, int iymax, int ixmin, int ixmax, int steps);
+void yypolygondecompose(const std::vector<float>& x, const std::vector<float>& y, std::vector<int>& triangles);
+// The screen path's writer of a run of gradient pixels on one raster row.
+void yygapispan(int x1, int x2, int y, int rgb);
+void yygapiflush();
