@@ -8,6 +8,7 @@
 #include "app/resources/gombrel_ids.h"
 #include "app/resources/gombrel_resources.h"
 #include "toolkit/dialog/dialog.h"
+#include "toolkit/editor/editor.h"
 #include "toolkit/kernel/resources.h"
 #include "toolkit/kernel/startup.h"
 #include "toolkit/kernel/statusbar.h"
@@ -62,6 +63,7 @@ void line_arguments() {
 void main_window() {
   yyrcinstall(gombrel_resource_tables());
   yyDialogAttach();
+  yyEditAttach();
   WInitialise("");
   const int toolbars[4] = {gombrel_ids::toolbar::main, 0, 0, 0};
   WindowOpen(35, 15, 15, std::nullopt, std::nullopt, gombrel_ids::menu::main, toolbars, gombrel_ids::dialog::main_form,

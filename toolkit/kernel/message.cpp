@@ -13,6 +13,7 @@
 
 #include "toolkit/base/check.h"
 #include "toolkit/kernel/display_private.h"
+#include "toolkit/kernel/editor_attach.h"
 #include "toolkit/kernel/statusbar_private.h"
 #include "toolkit/kernel/window.h"
 #include "toolkit/kernel/menu_private.h"
@@ -324,6 +325,23 @@ bool yyMsgProcessEvent(XEvent& ev) {
   }
 }
 
+EditorHooks& editor_hooks() {
+  static EditorHooks hooks;
+  return hooks;
+}
+
+// An editor window sees its messages before the application; a message it
+// raises while doing so takes the place of one it swallowed.
+void yyMsgEditorFirst() {
+  Pending& p = mq.ZelvMessage;
+  if (p.type == 0 || !editor_hooks().process_message) return;
+  const int h = p.rec.Win;
+  if (!yywindowexists(h) || zelvy_win::state().WinInfo[h].Kind != 1) return;
+  Pending seen = std::exchange(p, Pending{});
+  editor_hooks().process_message(seen.type, seen.rec);
+  if (seen.type != 0) p = seen;
+}
+
 // One X event through the toolkit, in the order: toolkit, then the widgets.
 int yyMsgInterpret() {
   XEvent ev;
@@ -337,8 +355,8 @@ int yyMsgInterpret() {
       ev.xkey.state = (ev.xkey.state & ~8192u) | zelvy_x::state().AltMask;
   }
   // Menus and accelerators see every event first.
-  if (yyMenuProcessEvent(ev)) return mq.ZelvMessage.type;
-  if (!yyMsgProcessEvent(ev)) XtDispatchEvent(&ev);
+  if (!yyMenuProcessEvent(ev) && !yyMsgProcessEvent(ev)) XtDispatchEvent(&ev);
+  yyMsgEditorFirst();
   return mq.ZelvMessage.type;
 }
 
@@ -400,6 +418,9 @@ void timer_fired(XtPointer data, XtIntervalId*) {
 }
 
 }  // namespace
+
+void yyAttachEditor(const EditorHooks& hooks) { editor_hooks() = hooks; }
+const EditorHooks& yyEditorHooks() { return editor_hooks(); }
 
 KeyMessage yyMsgProcessKey(unsigned long ks, bool ctrl, bool shift, std::string_view chars) {
   KeyMessage m;

@@ -17,6 +17,7 @@
 
 #include "toolkit/kernel/resources.h"
 #include "toolkit/kernel/dialog_attach.h"
+#include "toolkit/kernel/editor_attach.h"
 #include "toolkit/kernel/display_private.h"
 #include "toolkit/kernel/menu_private.h"
 #include "toolkit/kernel/message.h"
@@ -299,6 +300,7 @@ void close_window(int h) {
     if (c != h && ws.wWindow[c] && ws.WinInfo[c].Parent == h) close_window(c);
   Display* dpy = xdisplay();
   if (!ws.WinInfo[h].Keep) XtUnmapWidget(ws.wtShell[h]);
+  if (ws.WinInfo[h].Kind == 1 && yyEditorHooks().shutdown) yyEditorHooks().shutdown(h);
   yyWindowStatusBarShutdown(h);
   yyMenuWindowClosed(h);
   XmRemoveWMProtocolCallback(ws.wtShell[h], ws.aWMDeleteWindow, yyWindowWMCloseCB,
