@@ -90,7 +90,13 @@ bool next_wrapped(const EditPieces& t, TextCursor& c, EditRecord& r, EditCharWid
     }
     const int w = width ? width(r, ch) : 1;
     if (!line.empty() && sum + w > r.WrapWidth) {
-      // Break behind the last blank or tab; a word wider than the line breaks here.
+      // Break behind the last blank or tab, this character included, so that
+      // the blank stays at the end of the line; a word wider than the line
+      // breaks here.
+      if (ch[0] == ' ' || ch[0] == '\t') {
+        step(t, c);
+        return true;
+      }
       for (auto it = line.rbegin(); it != line.rend(); ++it) {
         const char b = character_at(t, *it)[0];
         if (b == ' ' || b == '\t') {
