@@ -687,7 +687,10 @@ void WEditPutTextPart(std::string_view text, int start, std::optional<int> end) 
   const XmTextPosition from = std::min<XmTextPosition>(std::max(1, start) - 1, last);
   const XmTextPosition to = end ? std::clamp<XmTextPosition>(*end, from, last) : from;
   const XmTextPosition caret = XmTextGetInsertionPosition(r->Text);
-  std::string t(text);
+  std::string t;
+  t.reserve(text.size());
+  for (char c : text)
+    if (c != '\r') t.push_back(c);
   if (!(t.empty() && to == from)) XmTextReplace(r->Text, from, to, t.data());
   const XmTextPosition after = from + yyEditCharCount(t);
   XmTextSetInsertionPosition(r->Text, after);
