@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <clocale>
 #include <cstdio>
 #include <memory>
 #include <vector>
@@ -46,7 +47,7 @@ constexpr int kDefaultFontSize = 12;
 constexpr std::array<int, 5> kStatusWidths = {140, 40, 40, 40, -1};
 constexpr int kStatusPixels = 1;
 constexpr int kPartPosition = 1, kPartInsert = 4;
-constexpr int kLoadQuiet = 1;
+constexpr std::size_t kPlainLocaleFrom = 1 << 16;  // below this the conversion costs nothing worth saving
 
 XtPointer as_client(int h) { return reinterpret_cast<XtPointer>(static_cast<std::intptr_t>(h)); }
 int as_handle(XtPointer p) { return static_cast<int>(reinterpret_cast<std::intptr_t>(p)); }
@@ -591,7 +592,17 @@ void yyEditUpdateStatusBar(EditRecord& r) {
 void yyEditReplaceAll(EditRecord& r, const std::string& text) {
   r.Replacing = true;
   XmTextDisableRedisplay(r.Text);
+  // The widget converts its text character by character in the UTF-8 locale,
+  // which dominates the opening of a large file. Plain ASCII converts the same
+  // way in the C locale, many times faster; the locale is back at once.
+  const bool ascii = std::all_of(text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0x80) == 0; });
+  std::string saved;
+  if (ascii && text.size() > kPlainLocaleFrom) {
+    if (const char* now = std::setlocale(LC_CTYPE, nullptr)) saved = now;
+    std::setlocale(LC_CTYPE, "C");
+  }
   XmTextSetString(r.Text, const_cast<char*>(text.c_str()));
+  if (!saved.empty()) std::setlocale(LC_CTYPE, saved.c_str());
   XmTextSetInsertionPosition(r.Text, 0);
   XmTextShowPosition(r.Text, 0);
   XmTextEnableRedisplay(r.Text);
