@@ -1,7 +1,9 @@
 // Opens a text file in the editor as the program opens its result files and
 // reports the time until the first page is painted (a round trip to the X
 // server after the window has drawn) and the resident memory after it.
-// Usage: editor_open FILE [--hold]   (prints "seconds rss_kb")
+// Usage: editor_open FILE [--hold]; prints seconds to the first page, resident
+// kB then and the kB the editor added, seconds until the whole text is in the
+// widget and resident kB then. With --hold it stays open until closed.
 #include <X11/Intrinsic.h>
 
 #include <chrono>
@@ -71,7 +73,20 @@ int main(int argc, char** argv) {
   WEditFile(argv[1], 3, 0, 0, 4);
   drain();
   const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
-  std::printf("%.3f %ld %ld\n", seconds, resident_kb(), resident_kb() - before);
+  const long first_kb = resident_kb();
+  // A large file goes on arriving after the first page: this asks for all of it.
+  WindowSelect(handle);
+  WInfoEditor(handle, 2);
+  drain();
+  const double all = std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
+  std::printf("%.3f %ld %ld %.3f %ld\n", seconds, first_kb, first_kb - before, all, resident_kb());
+  std::fflush(stdout);
+  if (argc > 2 && std::string(argv[2]) == "--hold") {
+    int type = 0;
+    MessageRecord m;
+    do WMessage(type, m);
+    while (type != CloseRequest);
+  }
   WindowCloseChild(handle);
   WindowClose();
   return 0;

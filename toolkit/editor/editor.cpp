@@ -48,6 +48,9 @@ constexpr std::array<int, 5> kStatusWidths = {140, 40, 40, 40, -1};
 constexpr int kStatusPixels = 1;
 constexpr int kPartPosition = 1, kPartInsert = 4;
 constexpr std::size_t kPlainLocaleFrom = 1 << 16;  // below this the conversion costs nothing worth saving
+// A text above kStreamFrom bytes goes in as a first page of kFirstChunk bytes,
+// then pieces of kLaterChunk.
+constexpr std::size_t kStreamFrom = 1 << 20, kFirstChunk = 1 << 16, kLaterChunk = 4 << 20;
 
 XtPointer as_client(int h) { return reinterpret_cast<XtPointer>(static_cast<std::intptr_t>(h)); }
 int as_handle(XtPointer p) { return static_cast<int>(reinterpret_cast<std::intptr_t>(p)); }
@@ -387,7 +390,7 @@ void yyEditProcessMessage(int& type, MessageRecord& m) {
       type = 0;
       return;
     case CloseRequest: yyEditFileExit(*r, type, m); return;
-    case MenuSelect: break;
+    case MenuSelect: yyEditFinishLoad(*r, true); break;
     default: return;
   }
   Widget t = r->Text;
@@ -439,6 +442,7 @@ void yyEditShutdown(int h) {
   EditRecord* r = yyEditRecordOf(h);
   if (!r) return;
   if (r->Mode == 3) yyMsgSemiModelessStack(-1, 1, h);
+  yyEditFinishLoad(*r, false);
   if (r->Text) {
     XtRemoveAllCallbacks(r->Text, XmNmodifyVerifyCallback);
     XtRemoveAllCallbacks(r->Text, XmNmotionVerifyCallback);
@@ -473,6 +477,47 @@ int font_type_of(std::optional<int> type, bool named) {
   if ((t >= 2 && t <= 4) || (t >= 6 && t <= 13)) return t;
   yyerror(1116, "WEditFile");
   return 3;
+}
+
+// Puts a piece of text into the widget, replacing all (append false) or at
+// its end. The widget converts text character by character in the UTF-8
+// locale, which dominates the opening of a large file; plain ASCII converts
+// the same way in the C locale, many times faster, and the locale is back at once.
+void set_chunk(Widget w, std::string_view piece, bool append) {
+  const bool ascii = std::all_of(piece.begin(), piece.end(),
+                                 [](char c) { return (static_cast<unsigned char>(c) & 0x80) == 0; });
+  std::string saved;
+  if (ascii && piece.size() > kPlainLocaleFrom) {
+    if (const char* now = std::setlocale(LC_CTYPE, nullptr)) saved = now;
+    std::setlocale(LC_CTYPE, "C");
+  }
+  std::string z(piece);
+  if (append) XmTextInsert(w, XmTextGetLastPosition(w), z.data());
+  else XmTextSetString(w, z.data());
+  if (!saved.empty()) std::setlocale(LC_CTYPE, saved.c_str());
+}
+
+// One more piece of a large text, while the program waits for input.
+Boolean load_more(XtPointer client) {
+  EditRecord* r = yyEditRecordOf(as_handle(client));
+  if (!r) return True;
+  const std::size_t left = r->Pending.size() - r->PendingFrom;
+  std::size_t n = std::min(left, kLaterChunk);
+  if (n < left) {
+    const std::size_t cut = r->Pending.find('\n', r->PendingFrom + n);
+    n = (cut == std::string::npos ? r->Pending.size() : cut + 1) - r->PendingFrom;
+  }
+  r->Replacing = true;
+  const XmTextPosition caret = XmTextGetInsertionPosition(r->Text);
+  set_chunk(r->Text, std::string_view(r->Pending).substr(r->PendingFrom, n), true);
+  XmTextSetInsertionPosition(r->Text, caret);
+  r->Replacing = false;
+  r->PendingFrom += n;
+  if (r->PendingFrom < r->Pending.size()) return False;
+  r->LoadProc = 0;
+  r->Pending = std::string();
+  r->PendingFrom = 0;
+  return True;
 }
 
 // Makes the current window an editor; null when it can't be one.
@@ -558,6 +603,7 @@ EditRecord* yyEditRecordOf(int h) {
 EditRecord* yyEditCurrent(const char* routine) {
   EditRecord* r = yyEditRecordOf(zelvy_win::state().iWinCur);
   if (!r && routine) yyerror(1028, routine);
+  if (r) yyEditFinishLoad(*r, true);  // whoever asks sees the whole text
   return r;
 }
 
@@ -589,26 +635,39 @@ void yyEditUpdateStatusBar(EditRecord& r) {
   WindowOutStatusBar(kPartPosition, buf, r.Window_);
 }
 
-void yyEditReplaceAll(EditRecord& r, const std::string& text) {
+void yyEditReplaceAll(EditRecord& r, std::string text) {
+  yyEditFinishLoad(r, false);
+  yyEditBuildLineStarts(EditPieces{{text, {}, {}}}, r, char_width);
   r.Replacing = true;
   XmTextDisableRedisplay(r.Text);
-  // The widget converts its text character by character in the UTF-8 locale,
-  // which dominates the opening of a large file. Plain ASCII converts the same
-  // way in the C locale, many times faster; the locale is back at once.
-  const bool ascii = std::all_of(text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0x80) == 0; });
-  std::string saved;
-  if (ascii && text.size() > kPlainLocaleFrom) {
-    if (const char* now = std::setlocale(LC_CTYPE, nullptr)) saved = now;
-    std::setlocale(LC_CTYPE, "C");
+  if (text.size() > kStreamFrom) {
+    // A large text shows its first page at once; the rest follows while the
+    // program waits for input, or as soon as anything asks for the text.
+    const std::size_t cut = text.find('\n', kFirstChunk);
+    r.PendingFrom = cut == std::string::npos ? text.size() : cut + 1;
+    r.Pending = std::move(text);
+    set_chunk(r.Text, std::string_view(r.Pending).substr(0, r.PendingFrom), false);
+    r.LoadProc = XtAppAddWorkProc(zelvy_x::state().ixContext, load_more, as_client(r.Window_));
+  } else {
+    set_chunk(r.Text, text, false);
   }
-  XmTextSetString(r.Text, const_cast<char*>(text.c_str()));
-  if (!saved.empty()) std::setlocale(LC_CTYPE, saved.c_str());
   XmTextSetInsertionPosition(r.Text, 0);
   XmTextShowPosition(r.Text, 0);
   XmTextEnableRedisplay(r.Text);
   r.Replacing = false;
-  yyEditBuildLineStarts(EditPieces{{text, {}, {}}}, r, char_width);
   yyEditUpdateStatusBar(r);
+}
+
+void yyEditFinishLoad(EditRecord& r, bool append) {
+  if (r.LoadProc) XtRemoveWorkProc(r.LoadProc);
+  r.LoadProc = 0;
+  if (append && r.PendingFrom < r.Pending.size()) {
+    r.Replacing = true;
+    set_chunk(r.Text, std::string_view(r.Pending).substr(r.PendingFrom), true);
+    r.Replacing = false;
+  }
+  r.Pending = std::string();
+  r.PendingFrom = 0;
 }
 
 // ---- Public routines ----------------------------------------------------------------
@@ -750,6 +809,7 @@ int WInfoEditor(int window, int code, std::optional<int> buffer) {
   }
   EditRecord* r = yyEditRecordOf(window);
   if (!r || !yywindowexists(window)) return 0;
+  yyEditFinishLoad(*r, true);
   const int b = buffer.value_or(r->CurrentBuffer);
   if (b < 1 || b > r->BufferCount) return 0;
   Widget t = r->Text;

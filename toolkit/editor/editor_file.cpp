@@ -134,6 +134,7 @@ bool write_file(const std::string& path, EditRecord& r) {
     show_error(path, "\nCould not open file to write.", "Open Error");
     return false;
   }
+  yyEditFinishLoad(r, true);
   char* text = XmTextGetString(r.Text);
   const std::string_view t = text ? text : "";
   bool ok = std::fwrite(t.data(), 1, t.size(), f.get()) == t.size();
@@ -175,9 +176,7 @@ bool read_file(const std::string& path, EditRecord& r, bool quiet) {
     bytes.resize(got);
   }
   f.reset();
-  std::string text = yyEditTextForWidget(bytes);
-  bytes = std::string();
-  yyEditReplaceAll(r, text);
+  yyEditReplaceAll(r, yyEditTextIsPlain(bytes) ? std::move(bytes) : yyEditTextForWidget(bytes));
   r.Bookmark[static_cast<std::size_t>(r.CurrentBuffer - 1)] = -1;
   r.Changed = 0;
   return true;

@@ -84,6 +84,9 @@ struct EditRecord {
   bool Replacing = false;
   XftFont* WrapFont = nullptr;           // widths for word wrap on the Xft path
   std::array<short, 128> AsciiWidth{};   // cached advance widths, 0 not yet measured
+  std::string Pending;                   // a large text still going in, and how far it got
+  std::size_t PendingFrom = 0;
+  XtWorkProcId LoadProc = 0;
 
   int LineCapacity() const { return static_cast<int>(LineStarts.size()); }
   int SpareCapacity() const { return static_cast<int>(SpareStarts.size()); }
@@ -140,6 +143,8 @@ std::size_t yyEditByteOffset(std::string_view text, int characters);
 // Loaded bytes made fit for the text widget: CR LF pairs become LF, the text
 // stops at a NUL, and bytes that are no UTF-8 are read as ISO 8859-1.
 std::string yyEditTextForWidget(std::string_view bytes);
+// True when that would change nothing: ASCII without CR and NUL.
+bool yyEditTextIsPlain(std::string_view bytes);
 
 // ---- Editor windows (editor.cpp) -------------------------------------------
 
@@ -150,7 +155,11 @@ EditRecord* yyEditRecordOf(int handle);
 void yyEditTitle(EditRecord& record);
 void yyEditUpdateStatusBar(EditRecord& record);
 // Replaces the whole text without counting it as an edit; the table follows.
-void yyEditReplaceAll(EditRecord& record, const std::string& text);
+// A large text goes in by pieces: the first page at once, the rest later.
+void yyEditReplaceAll(EditRecord& record, std::string text);
+// Puts the rest of a text that is going in by pieces into the widget at once
+// (append true), or drops it.
+void yyEditFinishLoad(EditRecord& record, bool append);
 
 // ---- Files (editor_file.cpp) -----------------------------------------------
 

@@ -258,3 +258,13 @@ std::string yyEditTextForWidget(std::string_view bytes) {
   }
   return out;
 }
+
+bool yyEditTextIsPlain(std::string_view bytes) {
+  unsigned char seen = 0;
+  bool special = false;
+  for (const char c : bytes) {
+    seen |= static_cast<unsigned char>(c);
+    special |= c == '\r' || c == '\0';
+  }
+  return !(seen & 0x80) && !special;
+}

@@ -131,6 +131,9 @@ TEST(EditText, LoadedBytesBecomeWidgetText) {
   EXPECT_EQ(yyEditTextForWidget("\xc5 alone"), "\xc3\x85 alone");  // ISO 8859-1 is read as such
   EXPECT_EQ(yyEditTextForWidget("\xe2\x82"), "\xc3\xa2\xc2\x82");  // a cut sequence byte by byte
   EXPECT_EQ(yyEditTextForWidget("\xed\xa0\x80"), "\xc3\xad\xc2\xa0\xc2\x80");  // no surrogates
+  EXPECT_TRUE(yyEditTextIsPlain("h k l\n1 2 3\n"));
+  for (const char* odd : {"a\r\n", "\xc3\x85", "\x80"}) EXPECT_FALSE(yyEditTextIsPlain(odd)) << odd;
+  EXPECT_FALSE(yyEditTextIsPlain(std::string("a\0b", 3)));
 }
 
 }  // namespace
