@@ -2,7 +2,9 @@
 # Opening a large result file: the editor against a peer text editor, paired
 # and interleaved on one X server. For each run: seconds from the start of the
 # process until its window shows the file's name and answers a round trip, and
-# the resident memory once it is up.
+# the resident memory 2 s later, when both hold the whole text. The editor's
+# own figures (first page, whole text in the widget, memory) come from
+# editor_open without --hold, run beside them.
 # Usage: bench/editor_open.sh BUILD_DIR [RUNS] [FILE]
 # Without FILE a 1,000,000-line reflection listing of 60 MB is made.
 set -euo pipefail
@@ -38,7 +40,7 @@ one() {  # one run: command..., prints "seconds rss"
   "$@" >/dev/null 2>&1 &
   pid=$!
   s=$(wait_window "$t0")
-  sleep 0.3
+  sleep 2
   r=$(rss_kb "$pid")
   kill "$pid" 2>/dev/null || true
   wait "$pid" 2>/dev/null || true
@@ -51,13 +53,16 @@ stats() {  # median, min and max of column $1 of stdin
     printf "median %s  min %s  max %s", m, v[1], v[NR] }'
 }
 
-: >"$work/ours"; : >"$work/peer"
+: >"$work/ours"; : >"$work/peer"; : >"$work/inside"
 for i in $(seq "$runs"); do
+  "$ours" "$file" >>"$work/inside"
   one "$ours" "$file" --hold >>"$work/ours"
   [ -n "$peer" ] && one "$peer" -xrm 'nedit*autoSave: False' "$file" >>"$work/peer"
 done
 echo "file: $file ($(wc -l <"$file") lines, $(($(stat -c %s "$file") / 1024)) kB), $runs paired runs"
 echo "editor   seconds: $(stats 1 <"$work/ours")   rss kB: $(stats 2 <"$work/ours")"
+echo "editor, measured inside: first page s: $(stats 1 <"$work/inside")   rss kB then: $(stats 2 <"$work/inside")"
+echo "                         whole text s: $(stats 4 <"$work/inside")   rss kB then: $(stats 5 <"$work/inside")"
 if [ -n "$peer" ]; then
   echo "nedit    seconds: $(stats 1 <"$work/peer")   rss kB: $(stats 2 <"$work/peer")"
 else
