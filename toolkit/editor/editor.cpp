@@ -3,6 +3,8 @@
 // the routines that read and write the text.
 #include "toolkit/editor/editor.h"
 
+#include <sys/stat.h>
+
 #include <X11/Xft/Xft.h>
 #include <X11/keysym.h>
 #include <Xm/Text.h>
@@ -265,16 +267,21 @@ std::string substring(Widget w, XmTextPosition start, XmTextPosition end) {
 
 bool line_end_before(Widget w, int pos) { return pos <= 0 || substring(w, pos - 1, pos) == "\n"; }
 
-// The change widened to whole text lines: from the start of the line that holds
-// startpos to the end (before its line end) of the line that holds endpos.
-void yyEditUpdateLineInfo(EditRecord& r, const XmTextVerifyCallbackStruct& cb) {
+// A change widened to whole text lines: from the start of the line that holds
+// its start to the end (before its line end) of the line that holds its end.
+void yyEditLineStartEnd(EditRecord& r, int changestart, int changeend, int& start, int& end) {
   const int last = static_cast<int>(XmTextGetLastPosition(r.Text));
-  int line = yyEditConvertPos(1, static_cast<int>(cb.startPos), r);
+  int line = yyEditConvertPos(1, changestart, r);
   while (line > 0 && !line_end_before(r.Text, r.LineStarts[static_cast<std::size_t>(line)])) --line;
-  const int start = r.LineStarts[static_cast<std::size_t>(line)];
-  int next = yyEditConvertPos(1, static_cast<int>(cb.endPos), r) + 1;
+  start = r.LineStarts[static_cast<std::size_t>(line)];
+  int next = yyEditConvertPos(1, changeend, r) + 1;
   while (next < r.LineCount && !line_end_before(r.Text, r.LineStarts[static_cast<std::size_t>(next)])) ++next;
-  const int end = next < r.LineCount ? r.LineStarts[static_cast<std::size_t>(next)] - 1 : last;
+  end = next < r.LineCount ? r.LineStarts[static_cast<std::size_t>(next)] - 1 : last;
+}
+
+void yyEditUpdateLineInfo(EditRecord& r, const XmTextVerifyCallbackStruct& cb) {
+  int start = 0, end = 0;
+  yyEditLineStartEnd(r, static_cast<int>(cb.startPos), static_cast<int>(cb.endPos), start, end);
   const std::string old = substring(r.Text, start, end);
   EditChange ch;
   ch.start = start;
@@ -293,9 +300,21 @@ void rebuild_line_table(EditRecord& r) {
   XtFree(all);
 }
 
+// The window has a new size: with word wrap the lines follow the width.
+void yyEditResize(EditRecord& r) {
+  if (r.Flags & edit_flag::kWordWrap) {
+    yyEditFinishLoad(r, true);
+    Dimension w = 0, margin = 0;
+    XtVaGetValues(r.Text, XmNwidth, &w, XmNmarginWidth, &margin, nullptr);
+    r.WrapWidth = std::max(1, static_cast<int>(w) - 2 * margin - 8);
+    rebuild_line_table(r);
+  }
+  yyEditUpdateStatusBar(r);
+}
+
 // ---- Callbacks --------------------------------------------------------------
 
-void text_cb(Widget w, XtPointer client, XtPointer call) {
+void yyEditTextCB(Widget w, XtPointer client, XtPointer call) {
   EditRecord* r = yyEditRecordOf(as_handle(client));
   if (!r) return;
   const auto* any = static_cast<XmAnyCallbackStruct*>(call);
@@ -338,8 +357,9 @@ void text_cb(Widget w, XtPointer client, XtPointer call) {
   }
 }
 
-// Insert toggles between inserting and overtyping; the status bar follows.
-void key_eh(Widget, XtPointer client, XEvent* ev, Boolean*) {
+// Keys in the text before the widget sees them: Insert toggles between
+// inserting and overtyping, and the status bar follows.
+void yyEditProcessEvent(Widget, XtPointer client, XEvent* ev, Boolean*) {
   EditRecord* r = yyEditRecordOf(as_handle(client));
   if (!r || ev->type != KeyPress || (ev->xkey.state & (ShiftMask | ControlMask))) return;
   const KeySym ks = XLookupKeysym(&ev->xkey, 0);
@@ -380,13 +400,7 @@ void yyEditProcessMessage(int& type, MessageRecord& m) {
   switch (type) {
     case ExposeMessage: type = 0; return;
     case Resize:
-      if (r->Flags & edit_flag::kWordWrap) {
-        Dimension w = 0, margin = 0;
-        XtVaGetValues(r->Text, XmNwidth, &w, XmNmarginWidth, &margin, nullptr);
-        r->WrapWidth = std::max(1, static_cast<int>(w) - 2 * margin - 8);
-        rebuild_line_table(*r);
-      }
-      yyEditUpdateStatusBar(*r);
+      yyEditResize(*r);
       type = 0;
       return;
     case CloseRequest: yyEditFileExit(*r, type, m); return;
@@ -568,8 +582,8 @@ EditRecord* create_editor(int h, int mode, std::uint32_t flags, int fonttype, in
   yyStyleScrollbar(r.Text, 4);
   for (const char* cb : {XmNmotionVerifyCallback, XmNvalueChangedCallback, XmNmodifyVerifyCallback,
                          XmNfocusCallback, XmNlosingFocusCallback})
-    XtAddCallback(r.Text, cb, text_cb, as_client(h));
-  XtAddEventHandler(r.Text, KeyPressMask, False, key_eh, as_client(h));
+    XtAddCallback(r.Text, cb, yyEditTextCB, as_client(h));
+  XtAddEventHandler(r.Text, KeyPressMask, False, yyEditProcessEvent, as_client(h));
   XtManageChild(r.Text);
   r.FocusWidget = r.Text;
 
@@ -693,7 +707,8 @@ void WEditFile(std::string_view filename, std::optional<int> mode, std::optional
       yyerror(1038, "WEditFile");
       return;
     }
-    if (!filename.empty() && (f & edit_flag::kMustExist) && !std::fopen(yyEditFullPathname(filename).c_str(), "r")) {
+    struct stat st{};
+    if (!filename.empty() && (f & edit_flag::kMustExist) && ::stat(yyEditFullPathname(filename).c_str(), &st) != 0) {
       yyerror(1, "WEditFile");
       return;
     }
@@ -853,4 +868,61 @@ void yyeditclose(int force) {
   EditRecord* r = yyEditCurrent("yyeditclose");
   if (!r) return;
   if (force == 1 || yyEditCheckSave(*r)) yyEditFileNew(*r);
+}
+
+void yyeditselection(int start, int end) {
+  if (EditRecord* r = yyEditCurrent("yyeditselection")) XmTextSetSelection(r->Text, start, end, now());
+}
+
+void yyeditsettop(int line) {
+  EditRecord* r = yyEditCurrent("yyeditsettop");
+  if (!r) return;
+  const int pos = yyEditConvertPos(2, std::clamp(line, 0, r->LineCount - 1), *r);
+  XmTextSetTopCharacter(r->Text, std::max(0, pos));
+}
+
+void yyeditsetpos(int position) { WEditSetPos(position + 1); }
+
+void yyeditsetflags(int saved, int changed) {
+  EditRecord* r = yyEditCurrent("yyeditsetflags");
+  if (!r) return;
+  r->Dirty = saved ? 0 : 1;
+  r->Changed = changed == 1 ? 1 : 0;
+  if (r->Flags & edit_flag::kDirtyMark) yyEditTitle(*r);
+}
+
+int yyinfoeditorstring(int window, int code, std::string& text) {
+  text.clear();
+  const EditRecord* r = window == -1 ? nullptr : yyEditRecordOf(window);
+  if (!r) return 0;
+  switch (code) {
+    case 1: text = r->FindString; return static_cast<int>(text.size());
+    case 2: text = r->ReplaceString; return static_cast<int>(text.size());
+    case 3: text = r->FileName; break;
+    case 4: text = zelvy_win::state().WinInfo[window].Title.value_or(""); break;
+    default: break;
+  }
+  return 0;
+}
+
+void yyeditsetbackup(int on) {
+  EditRecord* r = yyEditCurrent("yyeditsetbackup");
+  if (!r) return;
+  if (on) r->Flags |= edit_flag::kBackup;
+  else r->Flags &= ~edit_flag::kBackup;
+}
+
+void yyeditfilterindex(int index, int& error) {
+  error = 0;
+  EditRecord* r = yyEditCurrent(nullptr);
+  if (!r) {
+    error = 1028;
+    return;
+  }
+  r->FilterIndex[static_cast<std::size_t>(r->CurrentBuffer - 1)] = index;
+}
+
+void yyEditFocus(Widget w, int how) {
+  if (how & 1) XSetInputFocus(xdisplay(), XtWindow(w), RevertToParent, CurrentTime);
+  if (how & 2) XmProcessTraversal(w, XmTRAVERSE_CURRENT);
 }

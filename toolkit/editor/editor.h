@@ -42,3 +42,16 @@ int WInfoEditor(int window, int code, std::optional<int> buffer = {});
 // Save (0) or Save As (1) in the current editor; closing its buffer.
 void yyeditsave(int saveas);
 void yyeditclose(int force);
+
+// The layer below, on the current editor, counting from 0.
+void yyeditselection(int start, int end);
+void yyeditsettop(int line);
+void yyeditsetpos(int position);
+// Saved 1: nothing unsaved; changed 1: changed since load.
+void yyeditsetflags(int saved, int changed);
+// 1 find text, 2 replacement, 3 file name, 4 window title; the length for 1 and 2.
+int yyinfoeditorstring(int window, int code, std::string& text);
+// Keeps (1) or stops keeping (0) a backup of the old file on each save.
+void yyeditsetbackup(int on);
+// The file type index of the current buffer in the file selector; error 1028 on no editor.
+void yyeditfilterindex(int index, int& error);

@@ -136,6 +136,9 @@ struct EditChange {
   std::string_view block;        // what replaces startpos..endpos
 };
 void yyEditApplyChange(const EditChange& change, EditRecord& record, EditCharWidth width);
+// The new table after a change that adds delta lines: entries before the
+// change kept, the changed lines rescanned, the rest moved by the growth.
+void yyEditGenLineStarts(const EditChange& change, int delta, EditRecord& record, EditCharWidth width);
 // Characters in a UTF-8 text.
 int yyEditCharCount(std::string_view text);
 // Byte offset of a character offset in a UTF-8 text.
@@ -154,6 +157,8 @@ EditRecord* yyEditCurrent(const char* routine);
 EditRecord* yyEditRecordOf(int handle);
 void yyEditTitle(EditRecord& record);
 void yyEditUpdateStatusBar(EditRecord& record);
+// Input focus to a widget: how 1 through the X server, 2 through traversal.
+void yyEditFocus(Widget widget, int how);
 // Replaces the whole text without counting it as an edit; the table follows.
 // A large text goes in by pieces: the first page at once, the rest later.
 void yyEditReplaceAll(EditRecord& record, std::string text);

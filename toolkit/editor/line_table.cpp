@@ -186,16 +186,25 @@ void yyEditBuildLineStarts(const EditPieces& t, EditRecord& r, EditCharWidth wid
   yyEditLineStartsMem(2, 0, r);
 }
 
-void yyEditApplyChange(const EditChange& ch, EditRecord& r, EditCharWidth width) {
-  const EditPieces old{{ch.oldtext, {}, {}}};
+namespace {
+
+EditPieces changed_pieces(const EditChange& ch) {
   const std::size_t cut1 = yyEditByteOffset(ch.oldtext, ch.startpos - ch.start);
   const std::size_t cut2 = yyEditByteOffset(ch.oldtext, ch.endpos - ch.start);
-  const EditPieces now{{ch.oldtext.substr(0, cut1), ch.block, ch.oldtext.substr(cut2)}};
-  const int oldlines = yyEditCountLines(old, r, width);
-  const int newlines = yyEditCountLines(now, r, width);
-  const int delta = newlines - oldlines;
-  const int growth = yyEditCharCount(ch.block) - (ch.endpos - ch.startpos);
+  return EditPieces{{ch.oldtext.substr(0, cut1), ch.block, ch.oldtext.substr(cut2)}};
+}
 
+}  // namespace
+
+void yyEditApplyChange(const EditChange& ch, EditRecord& r, EditCharWidth width) {
+  const int oldlines = yyEditCountLines(EditPieces{{ch.oldtext, {}, {}}}, r, width);
+  const int newlines = yyEditCountLines(changed_pieces(ch), r, width);
+  yyEditGenLineStarts(ch, newlines - oldlines, r, width);
+}
+
+void yyEditGenLineStarts(const EditChange& ch, int delta, EditRecord& r, EditCharWidth width) {
+  const EditPieces now = changed_pieces(ch);
+  const int growth = yyEditCharCount(ch.block) - (ch.endpos - ch.startpos);
   const int first = yyEditConvertPos(1, ch.start, r);
   const int count = r.LineCount + delta;
   yyEditLineStartsMem(1, count, r);
