@@ -7,6 +7,8 @@
 #include <unistd.h>
 
 #include <X11/Intrinsic.h>
+#include <Xm/MessageB.h>
+#include <Xm/PushB.h>
 #include <Xm/Text.h>
 
 #include <chrono>
@@ -325,6 +327,70 @@ TEST_F(EditorWindow, TheCloseBoxEndsTheApplicationsLoop) {
   EXPECT_EQ(m.Value1, 0);
   WindowCloseChild(handle);
   EXPECT_EQ(yyEditRecordOf(handle), nullptr);
+}
+
+// Answers the save question as a user would, once it shows: the button of
+// the answer (an XmDIALOG_* child) is pressed.
+struct Answer {
+  Widget shell;
+  unsigned char button;
+  bool asked = false;
+};
+void answer_later(XtPointer data, XtIntervalId*) {
+  auto* a = static_cast<Answer*>(data);
+  Widget box = XtNameToWidget(a->shell, "*EditQuestion");
+  if (!box || !XtIsManaged(box)) {
+    XtAppAddTimeOut(zelvy_x::state().ixContext, 50, answer_later, data);
+    return;
+  }
+  a->asked = true;
+  XmPushButtonCallbackStruct cb{};
+  cb.reason = XmCR_ACTIVATE;
+  XtCallCallbacks(XmMessageBoxGetChild(box, a->button), XmNactivateCallback, &cb);
+}
+
+// Runs the loop until a close request or until nothing more comes.
+bool close_requested(int handle) {
+  int type = 0;
+  MessageRecord m;
+  for (int i = 0; i < 200; ++i) {
+    XSync(xdisplay(), False);
+    WMessagePeek(type, m);
+    if (type == CloseRequest && m.Win == handle) return true;
+    if (type == -1) {
+      XSync(xdisplay(), False);
+      WMessagePeek(type, m);
+      if (type == -1) return false;
+    }
+  }
+  return false;
+}
+
+TEST_F(EditorWindow, ClosingWithUnsavedChangesAsksFirst) {
+  write(dir / "job.txt", "a\n");
+  open((dir / "job.txt").string());
+  WindowSelect(handle);
+  WEditPutText("b\n");
+  Answer cancel{zelvy_win::state().wtShell[handle], XmDIALOG_CANCEL_BUTTON};
+  XtAppAddTimeOut(zelvy_x::state().ixContext, 50, answer_later, &cancel);
+  close_box(zelvy_win::state().wShell[handle]);
+  EXPECT_FALSE(close_requested(handle));  // cancelled: nothing closes
+  EXPECT_TRUE(cancel.asked);
+  EXPECT_EQ(read(dir / "job.txt"), "a\n");
+
+  Answer yes{zelvy_win::state().wtShell[handle], XmDIALOG_OK_BUTTON};
+  XtAppAddTimeOut(zelvy_x::state().ixContext, 50, answer_later, &yes);
+  close_box(zelvy_win::state().wShell[handle]);
+  EXPECT_TRUE(close_requested(handle));
+  EXPECT_EQ(read(dir / "job.txt"), "b\n");  // Yes saved first
+  WindowCloseChild(handle);
+
+  // A viewer has nothing to save and never asks.
+  open((dir / "job.txt").string(), 0x4);
+  WindowSelect(handle);
+  WEditPutText("c\n");
+  close_box(zelvy_win::state().wShell[handle]);
+  EXPECT_TRUE(close_requested(handle));
 }
 
 }  // namespace
