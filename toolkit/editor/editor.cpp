@@ -399,10 +399,7 @@ void yyEditProcessMessage(int& type, MessageRecord& m) {
   if (!r) return;
   switch (type) {
     case ExposeMessage: type = 0; return;
-    case Resize:
-      yyEditResize(*r);
-      type = 0;
-      return;
+    case Resize: type = 0; return;  // the window layer has had the editor follow
     case CloseRequest: yyEditFileExit(*r, type, m); return;
     case MenuSelect: yyEditFinishLoad(*r, true); break;
     default: return;
@@ -686,7 +683,11 @@ void yyEditFinishLoad(EditRecord& r, bool append) {
 
 // ---- Public routines ----------------------------------------------------------------
 
-void yyEditAttach() { yyAttachEditor({yyEditProcessMessage, yyEditShutdown}); }
+void yyEditAttach() {
+  yyAttachEditor({yyEditProcessMessage, yyEditShutdown, [](int h) {
+                    if (EditRecord* r = yyEditRecordOf(h)) yyEditResize(*r);
+                  }});
+}
 
 void WEditFile(std::string_view filename, std::optional<int> mode, std::optional<int> menuid,
                std::optional<int> flags, std::optional<int> fonttype, std::optional<int> fontsize,

@@ -11,6 +11,8 @@ struct EditorHooks {
   void (*process_message)(int& type, MessageRecord& record) = nullptr;
   // The editor window is closing, by any way: the editor frees its record.
   void (*shutdown)(int handle) = nullptr;
+  // The window has been laid out anew: the editor follows its width.
+  void (*resize)(int handle) = nullptr;
 };
 
 void yyAttachEditor(const EditorHooks& hooks);

@@ -386,6 +386,7 @@ void yyWindowResize(int h) {
   const int ch = std::max(1, r.FrameHeight - top - sbar_height(h));
   XtConfigureWidget(ws.wtClient[h], 0, top, cw, ch, 0);
   if (r.Content) XtConfigureWidget(r.Content, 0, 0, cw, ch, 0);
+  if (r.Kind == 1 && yyEditorHooks().resize) yyEditorHooks().resize(h);
   yyWindowStatusBarResize(h);
   r.ClientX = 0;
   r.ClientY = top;

@@ -393,4 +393,22 @@ TEST_F(EditorWindow, ClosingWithUnsavedChangesAsksFirst) {
   EXPECT_TRUE(close_requested(handle));
 }
 
+TEST_F(EditorWindow, WrappedLinesFollowTheWidth) {
+  std::string words;
+  for (int i = 0; i < 60; ++i) words += "reflection ";
+  write(dir / "wrap.txt", words + "\nend\n");
+  open((dir / "wrap.txt").string(), 0x1);
+  const int narrow = record().LineCount;
+  EXPECT_GT(narrow, 3);  // one text line takes several display lines
+  WindowSelect(handle);
+  EXPECT_EQ(WEditPos(2, 2) - 1, static_cast<int>(record().LineStarts[1]));
+  // Each display line but the last of the long one ends in a blank.
+  std::string t = text();
+  for (int i = 1; i + 2 < narrow; ++i) EXPECT_EQ(t[static_cast<std::size_t>(record().LineStarts[static_cast<std::size_t>(i)] - 1)], ' ');
+  yywindowsizepos(-999999, -999999, 1200, 480, 1);
+  settle();
+  EXPECT_LT(record().LineCount, narrow);
+  EXPECT_GE(record().LineCount, 3);
+}
+
 }  // namespace
