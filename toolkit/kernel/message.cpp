@@ -15,6 +15,7 @@
 
 #include "toolkit/base/check.h"
 #include "toolkit/kernel/display_private.h"
+#include "toolkit/kernel/editor_attach.h"
 #include "toolkit/kernel/statusbar_private.h"
 #include "toolkit/kernel/window.h"
 #include "toolkit/kernel/menu_private.h"
@@ -375,6 +376,11 @@ int yyMsgProcessMessage(XEvent& ev) {
 
 namespace {
 
+EditorHooks& editor_hooks() {
+  static EditorHooks hooks;
+  return hooks;
+}
+
 // One X event through the toolkit.
 int yyMsgInterpret() {
   XEvent ev;
@@ -393,7 +399,13 @@ int yyMsgInterpret() {
   const int w = m.rec.Win;
   if (m.type != 0 && m.type != TimerExpired && w >= 1 && w <= zelvy_win::state().iWinMax && yywindowexists(w)) {
     const int kind = zelvy_win::state().WinInfo[w].Kind;
-    if (kind == 1 && mq.hooks.editMessage) mq.hooks.editMessage(m.type, m.rec);
+    if (kind == 1 && mq.hooks.editMessage) {
+      // A message the editor raises while handling one it swallowed takes
+      // that one's place.
+      Pending seen = std::exchange(m, Pending{});
+      mq.hooks.editMessage(seen.type, seen.rec);
+      if (seen.type != 0) m = seen;
+    }
     else if (kind == 4 && mq.hooks.gridMessage) mq.hooks.gridMessage(m.type, m.rec);
   }
   return mq.ZelvMessage.type;
@@ -457,6 +469,14 @@ void timer_fired(XtPointer data, XtIntervalId*) {
 }
 
 }  // namespace
+
+void yyAttachEditor(const EditorHooks& hooks) {
+  editor_hooks() = hooks;
+  LoopHooks loop;
+  loop.editMessage = hooks.process_message;
+  yyAttachLoopHooks(loop);
+}
+const EditorHooks& yyEditorHooks() { return editor_hooks(); }
 
 KeyMessage yyMsgProcessKey(unsigned long ks, bool ctrl, bool shift, std::string_view chars) {
   KeyMessage m;

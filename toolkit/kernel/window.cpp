@@ -17,6 +17,7 @@
 
 #include "toolkit/kernel/resources.h"
 #include "toolkit/kernel/dialog_attach.h"
+#include "toolkit/kernel/editor_attach.h"
 #include "toolkit/kernel/display_private.h"
 #include "toolkit/kernel/menu_private.h"
 #include "toolkit/kernel/message.h"
@@ -304,6 +305,7 @@ void yyWindowCloseChild2(int h) {
   Widget top = ws.wtShell[h] ? ws.wtShell[h] : ws.wtWindow[h];
   while (r.FreezeCount > 0) yyWindowThaw(h);
   if (!r.Keep) XtUnmapWidget(top);
+  if (r.Kind == 1 && yyEditorHooks().shutdown) yyEditorHooks().shutdown(h);
   yyWindowStatusBarShutdown(h);
   yyMenuWindowClosed(h);
   if (r.KindShutdown) r.KindShutdown(h);
@@ -397,6 +399,7 @@ void yyWindowResize(int h) {
   const int ch = std::max(1, r.FrameHeight - top - sbar_height(h));
   XtConfigureWidget(ws.wtClient[h], 0, top, cw, ch, 0);
   if (r.Content) XtConfigureWidget(r.Content, 0, 0, cw, ch, 0);
+  if (r.Kind == 1 && yyEditorHooks().resize) yyEditorHooks().resize(h);
   yyWindowStatusBarResize(h);
   r.ClientX = 0;
   r.ClientY = top;
