@@ -314,7 +314,7 @@ void create_text(DialogRecord& d, FieldRecord& f) {
   if ((f.style & field_style::kPassword) && !numeric) initial.clear();
   double v = 0;
   int good = 0;
-  if (numeric && !initial.empty()) yyst2dblcheck(v, good, initial);
+  if (numeric && !initial.empty()) yyst2dblcheck_(v, good, initial);
   yyDialogPutText(f, initial, v, {}, true);
   if (numeric && initial.empty()) t.defined = t.valid = false;
 }
@@ -653,7 +653,7 @@ void yyDialogField(int operation, DialogRecord& d, FieldRecord& f) {
 int yyDialogFontCreate(const DialogRecord& d, const FieldRecord& f) {
   if (!zelvy_x::state().bXft) return 0;
   int font = d.fontIndex;
-  yyrcfieldfont(d.resourceId, f.identifier, font);
+  yyrcfieldfont_(d.resourceId, f.identifier, font);
   return font >= 0 && font < static_cast<int>(zelvy_dialog::state().DlgFontInfo.size()) ? font : 0;
 }
 

@@ -725,7 +725,7 @@ void yyGridWidgetCellChangedCBX(Widget w, XtPointer data, XtPointer) {
       }
       int valid = 0;
       double v = 0.0;
-      yyst2dblcheck(v, valid, text);
+      yyst2dblcheck_(v, valid, text);
       state().bInvalidField = !valid || !yyGridModelInRange(c, v);
       if (valid) yyGridModelStoreNumber(c, row, v);
       break;
