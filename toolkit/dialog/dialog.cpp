@@ -191,6 +191,7 @@ bool yyDialogCreate(int idx, Widget parent, int kind) {
     XmAddWMProtocolCallback(d.shell, del, yyDialogWMCloseCB, reinterpret_cast<XtPointer>(static_cast<std::intptr_t>(idx)));
   }
   XtAddEventHandler(d.widget, KeyPressMask, False, yyDialogEscapeEH, nullptr);
+  yyDialogKeyTranslations(d, nullptr);
   XtAddCallback(d.widget, XtNdestroyCallback, yyDialogDestroyCB, reinterpret_cast<XtPointer>(static_cast<std::intptr_t>(idx)));
   d.focusShell = d.widget;
   while (d.focusShell && !XtIsVendorShell(d.focusShell)) d.focusShell = XtParent(d.focusShell);
@@ -382,6 +383,8 @@ int yyDialogShow(int x, int y, int mode, int fieldid) {
     XMoveWindow(dpy, XtWindow(d.shell), x, y);
   }
   yyDialogSizeFix(d);
+  for (FieldRecord& f : d.fields)
+    if (f.type == kTreeview) yyDialogTreeviewFixState(f);
   d.shownMode = mode;
   d.focusField = -1;
   const int fi = fieldid != 0 ? yyDialogFindField(fieldid, ds.iDlgCur) : -1;
@@ -434,6 +437,7 @@ void yyDialogInit() {
   for (DialogRecord& d : ds.wDialogInfo) d = DialogRecord{};
   ds.iDlgCur = -1;
   yyDialogFontInfo();
+  yyDialogKeyInit();
   engineReady = true;
 }
 

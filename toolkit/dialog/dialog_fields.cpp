@@ -296,6 +296,7 @@ void yyDialogFieldProps(int operation, DialogRecord& d, FieldRecord& f) {
     XtAddEventHandler(f.valueWidget, FocusChangeMask, False, yyDialogFieldChangedFocusEH, nullptr);
     XtAddEventHandler(f.valueWidget, KeyPressMask, False, yyDialogEscapeEH, nullptr);
   }
+  yyDialogKeyTranslations(d, &f);
   if ((f.capabilities & field_capability::kValueChangedCallback) && (f.type == kCheckbox || f.type == kRadio))
     XtAddCallback(f.widget, XmNvalueChangedCallback, yyDialogFieldChangedStateCB, nullptr);
   std::array<int, 6> col{256, 256, 256, 256, 256, 256};

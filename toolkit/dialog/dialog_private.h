@@ -283,6 +283,16 @@ void yyDialogConfigureEH(Widget w, XtPointer data, XEvent* event, Boolean* cont)
 // the text of the field whose widget it carries.
 void yyDialogTooltipEH(Widget w, XtPointer data, XEvent* event, Boolean* cont);
 void yyDialogTooltipCB(XtPointer widget, XtIntervalId* id);
+// The keyboard: the action and its tables (made once), put on a dialog
+// widget (field null) or a field's value widget; the clipboard keys of a
+// text widget; a double click in a list, which presses the default button.
+void yyDialogKeyTrans(Widget w, XEvent* event, String* params, Cardinal* count);
+void yyDialogKeyInit();
+void yyDialogKeyTranslations(DialogRecord& d, FieldRecord* f);
+void yyDialogXmTextProps2(Widget text, bool multiLine);
+void yyDialogDblClickCB(Widget w, XtPointer data, XtPointer call);
+// Makes a treeview's container lay out the items under collapsed parents.
+void yyDialogTreeviewFixState(FieldRecord& f);
 // The widget of what holds the keyboard focus: a dialog, or a window's client.
 Widget yyDialogBaseWidget();
 // Focus to a field: position -1 selects all of a text, else the insertion
