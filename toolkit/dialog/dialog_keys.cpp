@@ -3,6 +3,7 @@
 // widgets get the clipboard keys. All of it runs through the one action
 // "yyDialogKeyTrans", whose argument letters say what to do.
 #include <X11/IntrinsicP.h>
+#include <X11/keysym.h>
 #include <Xm/List.h>
 #include <Xm/Text.h>
 #include <Xm/ToggleB.h>
@@ -23,7 +24,6 @@ namespace {
 struct Tables {
   XtTranslations dialog = nullptr;   // the dialog widget
   XtTranslations field = nullptr;    // value widgets that don't keep Return
-  XtTranslations tab = nullptr;      // value widgets that take the focus
   XtTranslations radio = nullptr;    // radio buttons
   XtTranslations text = nullptr;     // text widgets
   XtTranslations multi = nullptr;    // multi-line texts
@@ -140,6 +140,19 @@ Time event_time(const XEvent* ev) {
   }
 }
 
+// Tab and Shift+Tab (the left-tab keysym on most keyboards) as action t;
+// Ctrl+Tab is left to the text keys.
+void tab_key(Widget w, XtPointer, XEvent* ev, Boolean* cont) {
+  if (ev->type != KeyPress || (ev->xkey.state & ControlMask)) return;
+  const KeySym plain = XLookupKeysym(&ev->xkey, 0), shifted = XLookupKeysym(&ev->xkey, 1);
+  if (plain != XK_Tab && plain != XK_ISO_Left_Tab) return;
+  const bool back = (ev->xkey.state & ShiftMask) || plain == XK_ISO_Left_Tab || (shifted == XK_ISO_Left_Tab && (ev->xkey.state & ShiftMask));
+  String params[] = {const_cast<char*>("t"), const_cast<char*>(back ? "b" : "f")};
+  Cardinal count = 2;
+  yyDialogKeyTrans(w, ev, params, &count);
+  *cont = False;
+}
+
 XtActionsRec actions[] = {{const_cast<char*>("yyDialogKeyTrans"), yyDialogKeyTrans}};
 
 }  // namespace
@@ -168,7 +181,6 @@ void yyDialogKeyInit() {
   XtAppAddActions(zelvy_x::state().ixContext, actions, XtNumber(actions));
   t.dialog = XtParseTranslationTable("<Key>Return: yyDialogKeyTrans(r)\n<Key>KP_Enter: yyDialogKeyTrans(r)");
   t.field = XtParseTranslationTable("<Key>Return: yyDialogKeyTrans(r)\n<Key>KP_Enter: yyDialogKeyTrans(r)");
-  t.tab = XtParseTranslationTable("Shift<Key>Tab: yyDialogKeyTrans(t,b)\n<Key>Tab: yyDialogKeyTrans(t,f)");
   t.radio = XtParseTranslationTable(
       "<Key>osfLeft: yyDialogKeyTrans(C,b)\n<Key>osfUp: yyDialogKeyTrans(C,b)\n"
       "<Key>osfRight: yyDialogKeyTrans(C,f)\n<Key>osfDown: yyDialogKeyTrans(C,f)");
@@ -187,11 +199,11 @@ void yyDialogKeyTranslations(DialogRecord& d, FieldRecord* f) {
   }
   Widget value = f->valueWidget ? f->valueWidget : f->widget;
   if (!value || !(f->capabilities & field_capability::kTakesFocus)) return;
-  // The table put on last is searched first: Tab without modifiers matches
-  // Ctrl-Tab too, which the text keys must take before it.
   if (f->type == kRadio) XtOverrideTranslations(value, t.radio);
   if (!(f->capabilities & field_capability::kReturnToWidget)) XtOverrideTranslations(value, t.field);
-  XtOverrideTranslations(value, t.tab);
+  // Motif puts its own traversal keys over a widget's table when it takes the
+  // focus; Tab is therefore taken before any table sees it.
+  XtInsertEventHandler(value, KeyPressMask, False, tab_key, nullptr, XtListHead);
   if (XmIsText(value)) yyDialogXmTextProps2(value, f->type == kString && (f->style & field_style::kMultiLine));
 }
 
