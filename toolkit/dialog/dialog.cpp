@@ -257,6 +257,8 @@ void yyDialogAllocLoad(int idx, int resid, const RcDialog& rc) {
   }
 }
 
+}  // namespace
+
 // Returns true when the dialog was already loaded; `error` 0 or the code.
 bool yyDialogLoad(int resid, int dialogid, bool forceNew, int kind, Widget parent, int messageMode, int& error) {
   error = 0;
@@ -290,6 +292,8 @@ bool yyDialogLoad(int resid, int dialogid, bool forceNew, int kind, Widget paren
   for (FieldRecord& f : ds.wDialogInfo[idx].fields) f.lastState = yyinfodialogfieldstate_(f);
   return existed;
 }
+
+namespace {
 
 void yyDialogDestroy(int idx) {
   yyTooltipDestroy();  // it may belong to one of the fields going
@@ -725,6 +729,11 @@ void yydialogtitle_(int icon, bool haveTitle, int& error, std::string_view title
   DialogRecord& d = ds.wDialogInfo[ds.iDlgCur];
   d.title.assign(title);
   if (d.shell) XtVaSetValues(d.shell, XmNtitle, d.title.empty() ? " " : d.title.c_str(), nullptr);
+  // A tab page's title is its tab's label.
+  if (d.kind == 1)
+    for (DialogRecord& owner : ds.wDialogInfo)
+      for (FieldRecord& f : owner.fields)
+        if (f.type == kTab) yyTabWidgetChangeLabelX(f, d.identifier, d.title);
 }
 
 void yydialogencoding_(int encoding) { zelvy_x::state().iDialogEncoding = encoding; }

@@ -620,7 +620,10 @@ void yyDialogList(int operation, DialogRecord& d, FieldRecord& f) {
 }
 
 void yyDialogTab(int operation, DialogRecord& d, FieldRecord& f) {
-  if (operation == 1) frame_like_create(d, f, field_capability::kTab);
+  if (operation == 1) {
+    frame_like_create(d, f, field_capability::kTab);
+    yyDialogTabPages(d, f);
+  }
   else common_operation(operation, d, f);
 }
 

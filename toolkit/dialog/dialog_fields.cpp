@@ -462,6 +462,7 @@ void disabled_text_look(FieldRecord& f, bool disabled) {
 void yyDialogFieldVisible(DialogRecord&, FieldRecord& f, bool visible) {
   Widget outer = f.outerWidget ? f.outerWidget : f.widget;
   if (!outer || visible == static_cast<bool>(f.style & field_style::kVisible)) return;
+  if (f.type == kTab) yyTabWidgetVisibleX(f, visible);
   if (visible) {
     f.style |= field_style::kVisible;
     XtManageChild(outer);

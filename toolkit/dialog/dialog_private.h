@@ -38,6 +38,15 @@ struct TextFieldData {
 
 struct DialogRecord;
 
+// One page of a tab field: the page dialog's widget and identifier, its
+// label and button, and its state (0 disabled).
+struct TabRecord {
+  Widget page = nullptr, button = nullptr;
+  int pageId = 0;
+  std::string label;
+  int state = 1;
+};
+
 struct FieldRecord {
   int identifier = 0;
   Widget widget = nullptr;
@@ -66,6 +75,9 @@ struct FieldRecord {
   std::string tooltip;
   bool tooltipHandler = false;  // yyDialogTooltipEH is on the widget
   bool drawnOn = false;         // a picture the program draws on
+  std::vector<TabRecord> tabs;  // a tab field's pages, in order
+  int selectedPage = -1;        // identifier of the page in view
+  Widget tabBar = nullptr;      // the row of page buttons
   std::vector<Widget> parts;  // widgets of the simple compound forms (arrows, cells)
   // A disabled text widget's shadows (and its combo box's), to give back when
   // it is enabled again.
@@ -291,6 +303,21 @@ void yyDialogKeyInit();
 void yyDialogKeyTranslations(DialogRecord& d, FieldRecord* f);
 void yyDialogXmTextProps2(Widget text, bool multiLine);
 void yyDialogDblClickCB(Widget w, XtPointer data, XtPointer call);
+// Tab fields. A page is added with its widget, identifier and label (a
+// blank when empty); the first one added is selected. Selecting (no
+// message) ignores an unknown, disabled or already selected page and
+// answers whether it changed. Pages the resource names are loaded at creation.
+void yyTabWidgetAddDataX(FieldRecord& tab, Widget page, int pageId, std::string_view label);
+void yyTabWidgetChangeLabelX(FieldRecord& tab, int pageId, std::string_view label);
+void yyTabWidgetVisibleX(FieldRecord& tab, bool show);
+bool yyTabWidgetSelectX(FieldRecord& tab, int pageId);
+void yyDialogTabPages(DialogRecord& d, FieldRecord& tab);
+// The user chose another page: TabChanged, unless a field doesn't validate,
+// in which case the old page comes back.
+void yyDialogTabChangedCB(DialogRecord& d, FieldRecord& tab, int oldPage, int newPage);
+// Loads dialog `resid` as `dialogid`: kind 0/2 with a shell, 1 a tab page,
+// 3 a window's; true when it was loaded already; error 0 or the code.
+bool yyDialogLoad(int resid, int dialogid, bool forceNew, int kind, Widget parent, int messageMode, int& error);
 // Makes a treeview's container lay out the items under collapsed parents.
 void yyDialogTreeviewFixState(FieldRecord& f);
 // The widget of what holds the keyboard focus: a dialog, or a window's client.
