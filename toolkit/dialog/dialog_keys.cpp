@@ -8,7 +8,6 @@
 #include <Xm/Text.h>
 #include <Xm/ToggleB.h>
 
-#include <cstring>
 #include <string_view>
 
 #include "toolkit/dialog/dialog_private.h"
@@ -153,6 +152,14 @@ void tab_key(Widget w, XtPointer, XEvent* ev, Boolean* cont) {
   *cont = False;
 }
 
+DialogRecord* page_owner(int pageId) {
+  for (DialogRecord& owner : zelvy_dialog::state().wDialogInfo)
+    for (const FieldRecord& f : owner.fields)
+      for (const TabRecord& r : f.tabs)
+        if (r.pageId == pageId && owner.identifier != -1) return &owner;
+  return nullptr;
+}
+
 XtActionsRec actions[] = {{const_cast<char*>("yyDialogKeyTrans"), yyDialogKeyTrans}};
 
 }  // namespace
@@ -226,11 +233,11 @@ void yyDialogDblClickCB(Widget w, XtPointer, XtPointer call) {
         XmListYToPos(w, static_cast<Position>(cbs->event->xbutton.y)) != cbs->item_position)
       return;
   }
-  // A tab page that isn't carried by a window passes the choice to its parent.
-  for (int idx = yyDialogIndexOf(*d); d && !default_target(*d, false) && d->kind == 1;) {
-    idx = yyDialogFindParent(idx);
-    if (idx < 0) break;
-    d = &zelvy_dialog::state().wDialogInfo[static_cast<std::size_t>(idx)];
+  // A tab page passes the choice to the dialog whose tab field holds it.
+  while (d->kind == 1 && !default_target(*d, false)) {
+    DialogRecord* owner = page_owner(d->identifier);
+    if (!owner) break;
+    d = owner;
   }
   press_default(*d, false);
 }
