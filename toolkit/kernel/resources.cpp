@@ -85,6 +85,7 @@ const std::int32_t* lookup(const std::int32_t* table, int words, DialogWord word
 // Copies pool bytes [begin, end), 0-based, as far as the span reaches.
 void copy_pool(const char* pool, int begin, int end, std::span<char> out) {
   std::size_t n = std::min<std::size_t>(out.size(), static_cast<std::size_t>(std::max(0, end - begin)));
+  if (n == 0) return;  // an empty span may have no storage at all
   std::memcpy(out.data(), pool + begin, n);
 }
 
