@@ -346,6 +346,12 @@ void button_create(DialogRecord& d, FieldRecord& f) {
   if (mnemonic) XtVaSetValues(f.widget, XmNmnemonic, XStringToKeysym(std::string(1, mnemonic).c_str()), nullptr);
   if (f.style & field_style::kDefaultButton) d.defaultButton = static_cast<int>(&f - d.fields.data());
   XtAddCallback(f.widget, XmNactivateCallback, yyDialogButtonCB, nullptr);
+  // A button that shows a picture tells its text in a tooltip instead.
+  if ((f.style & (field_style::kButtonIcon | field_style::kButtonBitmap)) && !f.text.empty()) {
+    f.tooltip = f.text;
+    XtAddEventHandler(f.widget, EnterWindowMask | LeaveWindowMask, False, yyDialogTooltipEH, nullptr);
+    f.tooltipHandler = true;
+  }
 }
 
 void toggle_create(DialogRecord& d, FieldRecord& f) {
