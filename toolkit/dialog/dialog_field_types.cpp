@@ -230,12 +230,18 @@ int centred_margin(const FieldRecord& f, int inner) {
   return std::max(0, (inner - line) / 2);
 }
 
+// What every text widget of a field starts with: no cursor until it has the
+// focus, a one-pixel side margin.
+Args& yyDialogXmTextProps1(Args& args, int marginHeight) {
+  return args.add(XmNmarginHeight, marginHeight).add(XmNmarginWidth, 1).add(XmNcursorPositionVisible, False);
+}
+
 Args& text_args(Args& args, const FieldRecord& f) {
   const bool edge = (f.style & field_style::kBorder) || (f.extendedStyle & field_style2::kEdges);
   // The line sits in the middle of a field taller than one line.
   const int shadow = (edge || !zelvy_x::state().bFlatStyle) ? 1 : 0;
   const int margin = (f.type == kString && (f.style & field_style::kMultiLine)) ? 0 : centred_margin(f, f.height - 2 * shadow);
-  args.add(XmNmarginHeight, margin).add(XmNmarginWidth, 1).add(XmNcursorPositionVisible, False);
+  yyDialogXmTextProps1(args, margin);
   args.add(XtNbackground, yyDialogScheme(15)).add(XtNforeground, yyDialogScheme(14));
   if (zelvy_x::state().bFlatStyle) {
     args.add(XmNshadowThickness, edge ? 1 : 0);
@@ -314,7 +320,7 @@ void create_text(DialogRecord& d, FieldRecord& f) {
   if ((f.style & field_style::kPassword) && !numeric) initial.clear();
   double v = 0;
   int good = 0;
-  if (numeric && !initial.empty()) yyst2dblcheck(v, good, initial);
+  if (numeric && !initial.empty()) yyst2dblcheck_(v, good, initial);
   yyDialogPutText(f, initial, v, {}, true);
   if (numeric && initial.empty()) t.defined = t.valid = false;
 }
@@ -340,6 +346,12 @@ void button_create(DialogRecord& d, FieldRecord& f) {
   if (mnemonic) XtVaSetValues(f.widget, XmNmnemonic, XStringToKeysym(std::string(1, mnemonic).c_str()), nullptr);
   if (f.style & field_style::kDefaultButton) d.defaultButton = static_cast<int>(&f - d.fields.data());
   XtAddCallback(f.widget, XmNactivateCallback, yyDialogButtonCB, nullptr);
+  // A button that shows a picture tells its text in a tooltip instead.
+  if ((f.style & (field_style::kButtonIcon | field_style::kButtonBitmap)) && !f.text.empty()) {
+    f.tooltip = f.text;
+    XtAddEventHandler(f.widget, EnterWindowMask | LeaveWindowMask, False, yyDialogTooltipEH, nullptr);
+    f.tooltipHandler = true;
+  }
 }
 
 void toggle_create(DialogRecord& d, FieldRecord& f) {
@@ -454,6 +466,7 @@ void list_create(DialogRecord& d, FieldRecord& f) {
   f.widget = XtCreateManagedWidget("ZelvField", xmListWidgetClass, sw, args.a, args.n);
   f.outerWidget = sw;
   load_options(d, f, [&f](XmString s) { XmListAddItemUnselected(f.widget, s, 0); });
+  if (!(f.extraFlags & field_extra::kNoDoubleClick)) XtAddCallback(f.widget, XmNdefaultActionCallback, yyDialogDblClickCB, nullptr);
   if (f.style & field_style::kListNotify) {
     XtAddCallback(f.widget, XmNbrowseSelectionCallback, yyDialogFieldChangedStateCB, nullptr);
     XtAddCallback(f.widget, XmNmultipleSelectionCallback, yyDialogFieldChangedStateCB, nullptr);
@@ -519,6 +532,29 @@ void treeview_create(DialogRecord& d, FieldRecord& f) {
 
 }  // namespace
 
+void yyDialogTreeviewFixState(FieldRecord& f) {
+  if (f.type != kTreeview || !f.widget) return;
+  // The container lays out the hidden children of an item only when its
+  // outline state changes; so each parent is toggled away and back.
+  WidgetList items = nullptr;
+  const int count = XmContainerGetItemChildren(f.widget, nullptr, &items);
+  std::vector<Widget> todo(items, items + std::max(0, count));
+  XtFree(reinterpret_cast<char*>(items));
+  while (!todo.empty()) {
+    Widget item = todo.back();
+    todo.pop_back();
+    WidgetList kids = nullptr;
+    const int n = XmContainerGetItemChildren(f.widget, item, &kids);
+    if (n <= 0) continue;
+    todo.insert(todo.end(), kids, kids + n);
+    XtFree(reinterpret_cast<char*>(kids));
+    unsigned char state = XmCOLLAPSED;
+    XtVaGetValues(item, XmNoutlineState, &state, nullptr);
+    XtVaSetValues(item, XmNoutlineState, state == XmEXPANDED ? XmCOLLAPSED : XmEXPANDED, nullptr);
+    XtVaSetValues(item, XmNoutlineState, state, nullptr);
+  }
+}
+
 void yyDialogString(DialogRecord& d, FieldRecord& f) { create_text(d, f); }
 void yyDialogInteger(DialogRecord& d, FieldRecord& f) { create_text(d, f); }
 void yyDialogReal(DialogRecord& d, FieldRecord& f) { create_text(d, f); }
@@ -530,7 +566,12 @@ namespace {
 
 // What the types share beyond creation: clearing (2) and the states (3..6).
 void common_operation(int operation, DialogRecord& d, FieldRecord& f) {
-  if (operation >= 3 && operation <= 6) return yyDialogFieldStateX(operation - 3, d, f);
+  if (operation >= 3 && operation <= 6) {
+    yyDialogFieldStateX(operation - 3, d, f);
+    // A grid following the scheme shows the state in its cells too.
+    if (f.type == kGrid && gridHooks.colour && f.defaultBackground && operation <= 5) gridHooks.colour(f, operation - 3);
+    return;
+  }
   if (operation != 2) return;
   switch (f.type) {
     case kLabel: case kGroup: case kButton: case kString: case kInteger: case kReal: case kDouble:
@@ -585,7 +626,10 @@ void yyDialogList(int operation, DialogRecord& d, FieldRecord& f) {
 }
 
 void yyDialogTab(int operation, DialogRecord& d, FieldRecord& f) {
-  if (operation == 1) frame_like_create(d, f, field_capability::kTab);
+  if (operation == 1) {
+    frame_like_create(d, f, field_capability::kTab);
+    yyDialogTabPages(d, f);
+  }
   else common_operation(operation, d, f);
 }
 
@@ -653,7 +697,7 @@ void yyDialogField(int operation, DialogRecord& d, FieldRecord& f) {
 int yyDialogFontCreate(const DialogRecord& d, const FieldRecord& f) {
   if (!zelvy_x::state().bXft) return 0;
   int font = d.fontIndex;
-  yyrcfieldfont(d.resourceId, f.identifier, font);
+  yyrcfieldfont_(d.resourceId, f.identifier, font);
   return font >= 0 && font < static_cast<int>(zelvy_dialog::state().DlgFontInfo.size()) ? font : 0;
 }
 

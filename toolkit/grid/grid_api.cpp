@@ -93,6 +93,9 @@ Widget yyGridFind(int fieldid, int& error) {
 void yyGridAttach() {
   GridFieldHooks hooks;
   hooks.create = yyDialogGrid;
+  hooks.colour = [](FieldRecord& f, int fieldState) {
+    if (Widget grid = yyGridOfField(f)) yyGridColour(grid, fieldState);
+  };
   yyAttachGridField(hooks);
 }
 
