@@ -659,6 +659,12 @@ int WInfoDialog(int item) {
     case 1: return ds.iModalButton;
     case 2: return ds.iModalField;
     case 3: return zelvy_data::data().icurdialog;
+    case 4: {
+      // The last common dialog's answer in short: 1 went ahead, 0 held back, 2 refused.
+      const int b = zelvy_comdlg::data().icdlgbut;
+      return (b == 1 || b == 4 || b == 6) ? 1 : (b == 3 || b == 7) ? 2 : 0;
+    }
+    case 15: return zelvy_comdlg::data().icdlgbut;
     case 5: return ds.iModalDialog;
     case 10: return d ? (d->kind == 3 ? 4 : d->kind == 1 ? 3 : 1) : 0;
     case 11: return static_cast<int>(std::count_if(ds.wDialogInfo.begin(), ds.wDialogInfo.end(),

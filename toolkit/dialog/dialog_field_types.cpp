@@ -327,6 +327,17 @@ void create_button(DialogRecord& d, FieldRecord& f) {
   yyDialogSetLabel(f.widget, f.text);
   if (mnemonic) XtVaSetValues(f.widget, XmNmnemonic, XStringToKeysym(std::string(1, mnemonic).c_str()), nullptr);
   if (f.style & field_style::kDefaultButton) d.defaultButton = static_cast<int>(&f - d.fields.data());
+  // An image button shows the image of its own identifier; its text becomes the tooltip.
+  if (f.style & (field_style::kButtonIcon | field_style::kButtonBitmap)) {
+    int w = 0, h = 0;
+    f.image = image_pixmap(f.identifier, (f.style & field_style::kButtonIcon) ? 2 : 1, yyDialogScheme(17), w, h);
+    if (f.image != 2) {
+      f.imageResourceId = f.identifier;
+      f.imageWidget = f.widget;
+      f.tooltip = f.text;
+      XtVaSetValues(f.widget, XmNlabelType, XmPIXMAP, XmNlabelPixmap, f.image, nullptr);
+    }
+  }
   XtAddCallback(f.widget, XmNactivateCallback, yyDialogButtonCB, nullptr);
 }
 
