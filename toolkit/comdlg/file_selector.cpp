@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <span>
 #include <string>
@@ -26,6 +27,7 @@
 #include "toolkit/kernel/menu.h"
 #include "toolkit/kernel/message.h"
 #include "toolkit/kernel/startup.h"
+#include "toolkit/kernel/window.h"
 #include "toolkit/os/command.h"
 #include "toolkit/os/datetime.h"
 #include "toolkit/os/files.h"
@@ -235,12 +237,19 @@ int run_small(Call& c, int resid, int focus, const auto& fill, std::string* text
     return 0;
   }
   fill();
+  if (focus != kOk) yyselectfile_returnhook(focus);
+  // Over the selector, at the common dialogs' offset from it.
   const auto& pos = zelvy_comdlg::data().wcomdlgpos;
-  WDialogShow(pos[0], pos[1], focus, 3);
+  WDialogSelect(c.dialogId);
+  const int px = WInfoDialog(16) + pos[0], py = WInfoDialog(17) + pos[1];
+  WDialogSelect(resid);
+  const auto& zd = zelvy_data::data();
+  WDialogShow(yyunitsfrompixels(px, zd.iscwid), yyunitsfrompixels(py, zd.ischgt), focus, 3);
   int type = 0, button = 0;
   MessageRecord m;
   for (;;) {
     WMessage(type, m);
+    if (std::getenv("SELECTOR_TRACE")) std::fprintf(stderr, "small %d msg %d v1 %d v2 %d v3 %d v4 %d win %d\n", resid, type, m.Value1, m.Value2, m.Value3, m.Value4, m.Win);
     if (type == PushButton && m.Win == resid) {
       button = m.Value1;
       break;
@@ -356,11 +365,10 @@ void properties(Call& c) {
 void shortcut(Call& c, int x, int y) {
   const std::size_t n = selected(c).size();
   WMenuFloatLoad(kMenuShortcut);
-  if (n == 0) {
-    WMenuSetState(kItemSelect, 1, 0);
-    WMenuSetState(kItemDelete, 1, 0);
-  }
-  if (n != 1) WMenuSetState(kItemRename, 1, 0);
+  // Item states outlive a floating menu: every one is set afresh.
+  WMenuSetState(kItemSelect, 1, n > 0 ? 1 : 0);
+  WMenuSetState(kItemDelete, 1, n > 0 ? 1 : 0);
+  WMenuSetState(kItemRename, 1, n == 1 ? 1 : 0);
   if (!(c.flags & kSelectNoProperties)) {
     WDialogFieldState(kButtonProperties, n == 1 ? kEnabled : kDisabled);
     WMenuSetState(kItemProperties, 1, n == 1 ? 1 : 0);
@@ -368,19 +376,16 @@ void shortcut(Call& c, int x, int y) {
     WMenuItemDelete(kItemProperties);
   }
   if (c.flags & kSelectNoNewDirectory) WMenuItemDelete(kItemNewDirectory);
-  if (c.options & kDirHidden) WMenuSetState(kItemHidden, 2, 1);
+  WMenuSetState(kItemHidden, 2, (c.options & kDirHidden) ? 1 : 0);
   if (c.flags & kSelectNoOrderMenu) {
-    WMenuItemDelete(kItemByName);
-    WMenuItemDelete(kItemByDate);
-    WMenuItemDelete(kItemBySize);
-    WMenuItemDelete(kItemByExtension);
-    WMenuItemDelete(kItemReverse);
+    for (int item : {kItemByName, kItemByDate, kItemBySize, kItemByExtension, kItemReverse}) WMenuItemDelete(item);
     WMenuItemDelete(kItemOrder);
   } else {
     const int order = c.options & kSortBits;
-    WMenuSetState(order == kDirSortDate ? kItemByDate : order == kDirSortSize ? kItemBySize
-                  : order == kDirSortExtension ? kItemByExtension : kItemByName, 2, 1);
-    if (c.options & kDirReverse) WMenuSetState(kItemReverse, 2, 1);
+    const int current = order == kDirSortDate ? kItemByDate : order == kDirSortSize ? kItemBySize
+                        : order == kDirSortExtension ? kItemByExtension : kItemByName;
+    for (int item : {kItemByName, kItemByDate, kItemBySize, kItemByExtension}) WMenuSetState(item, 2, item == current ? 1 : 0);
+    WMenuSetState(kItemReverse, 2, (c.options & kDirReverse) ? 1 : 0);
   }
   WMenuFloatShow(x, y, 3);
 }
@@ -478,8 +483,9 @@ void ok(Call& c, int focusField) {
     // Typed text that names a directory is entered; a failed change is silent.
     int status = 0;
     if (!text.empty()) {
-      dirchange(c, 0, text, &status);
-      if (status == 0 && iosdirexists(".") && iospathtype(text) == kPathDirectory) {
+      const bool isDir = iospathtype(text) == kPathDirectory;
+      if (isDir) dirchange(c, 0, text, &status);
+      if (isDir && status == 0) {
         refresh(c);
         WDialogPutString(kNameText, "");
         c.putShown.clear();
@@ -694,6 +700,7 @@ void selectfile(Call& c, const std::string& startDir, const std::string& startNa
   if (c.flags & kSelectNoProperties) WDialogFieldState(kButtonProperties, kHidden);
   else WDialogTooltip(kButtonProperties, "File/directory properties");
   yyselectfile_listhooks(c.listId);
+  yyselectfile_returnhook(kNameText);
   const int keepChanged = WInfoMessage(FieldChanged), keepContext = WInfoMessage(ContextClick);
   WMessageEnable(FieldChanged, 1);
   WMessageEnable(ContextClick, 1);
@@ -703,6 +710,7 @@ void selectfile(Call& c, const std::string& startDir, const std::string& startNa
   MessageRecord m;
   while (!c.done) {
     WMessage(type, m);
+    if (std::getenv("SELECTOR_TRACE")) std::fprintf(stderr, "msg %d v1 %d v2 %d v3 %d v4 %d win %d\n", type, m.Value1, m.Value2, m.Value3, m.Value4, m.Win);
     if (type == MenuSelect) {
       menu_select(c, m.Value1);
       continue;
@@ -828,9 +836,7 @@ void WSelectFile(std::string_view filter, std::optional<int> flags, std::string&
     return;
   }
   if (filterindex) *filterindex = c.filterIndex;
-  std::string out = c.resultText;
-  if (c.multi) out += '\0';
-  assign_out(filename, out);
+  assign_out(filename, c.resultText);
 }
 
 void wcomdlgpos(int x, int y) {
@@ -876,7 +882,7 @@ void WInfoFilename(int item, std::string& text) {
         v = home() + "/.config";
         if (!iosdirexists(v)) {
           IOsDirMake(v);
-          IOsCommand("chmod 700 '" + v + "'");
+          IOsCommand("chmod 700 '" + v + "'", kCmdWait, -1);
         }
       }
       break;

@@ -17,6 +17,8 @@ void yyselectfile_listselect(int fieldid, int option);
 // A double click on the list asks for OK with the list as the focus field; a
 // right click selects the option under the pointer and sends ContextClick.
 void yyselectfile_listhooks(int fieldid);
+// Return in a text field on the current dialog presses OK.
+void yyselectfile_returnhook(int fieldid);
 
 // The one call point of the selector's prompts, so that they can move to the
 // toolkit's message box in one place. Button sets 0 (OK) and 3 (Yes, No);

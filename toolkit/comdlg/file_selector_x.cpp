@@ -6,6 +6,8 @@
 #include <Xm/Protocols.h>
 #include <Xm/Xm.h>
 
+#include <cstdio>
+#include <cstdlib>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -45,6 +47,15 @@ void double_click_cb(Widget w, XtPointer, XtPointer) {
   yyDialogSendMessage(d, PushButton, kOkButton, id, -1, -1, -1, -1, d->identifier);
 }
 
+// Return in a text field presses OK, with that field as the one that had the focus.
+void return_cb(Widget w, XtPointer, XtPointer) {
+  FieldRecord* f = nullptr;
+  DialogRecord* d = yyDialogFromWidget(w, &f);
+  if (!d) return;
+  const int id = f ? f->identifier : 0;
+  yyDialogSendMessage(d, PushButton, kOkButton, id, -1, -1, -1, -1, d->identifier);
+}
+
 // The option under the last right-button press, selected on the press and
 // reported on the release.
 int pressed_option = 0;
@@ -78,6 +89,7 @@ struct Box {
 };
 
 void box_end(Box& b, int value) {
+  if (std::getenv("SELECTOR_TRACE")) std::fprintf(stderr, "box end %d\n", value);
   if (b.ended) return;
   b.result = value;
   b.ended = true;
@@ -145,13 +157,20 @@ void yyselectfile_listhooks(int fieldid) {
   XtAddEventHandler(list, ButtonPressMask | ButtonReleaseMask, False, right_button_eh, nullptr);
 }
 
+void yyselectfile_returnhook(int fieldid) {
+  FieldRecord* f = yyDialogCurrentField(fieldid, "WSelectFile");
+  if (!f) return;
+  Widget text = f->valueWidget ? f->valueWidget : f->widget;
+  XtRemoveCallback(text, XmNactivateCallback, return_cb, nullptr);
+  XtAddCallback(text, XmNactivateCallback, return_cb, nullptr);
+}
+
 int yyselectfile_prompt(int buttonset, int icon, int defaultbutton, std::string_view text, std::string_view title) {
   const auto& xs = zelvy_x::state();
   if (!xdisplay()) return buttonset == kBoxYesNo ? kAnswerNo : kAnswerOk;
+  // Under the invisible root widget, so that the modal level below, which
+  // holds back input to every window of the toolkit, lets the box's through.
   Widget parent = xs.rootWidget;
-  auto& ds = zelvy_dialog::state();
-  if (ds.iDlgCur >= 0 && ds.wDialogInfo[ds.iDlgCur].identifier != -1 && ds.wDialogInfo[ds.iDlgCur].shell)
-    parent = ds.wDialogInfo[ds.iDlgCur].shell;
   // A line ends with a carriage return in the text.
   std::string body(text);
   for (char& ch : body)
@@ -185,7 +204,9 @@ int yyselectfile_prompt(int buttonset, int icon, int defaultbutton, std::string_
   Atom wmDelete = XInternAtom(xdisplay(), "WM_DELETE_WINDOW", False);
   XmAddWMProtocolCallback(shell, wmDelete, box_escape_cb, &b);
   XtManageChild(box);
+  if (std::getenv("SELECTOR_TRACE")) std::fprintf(stderr, "box loop\n");
   if (!b.ended) yyMsgModalLoop(-1);
+  if (std::getenv("SELECTOR_TRACE")) std::fprintf(stderr, "box loop ended\n");
   XmRemoveWMProtocolCallback(shell, wmDelete, box_escape_cb, &b);
   XtDestroyWidget(shell);
   XSync(xdisplay(), False);
