@@ -10,7 +10,6 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
-#include <cstdio>
 #include <cstdlib>
 #include <span>
 #include <string>
@@ -249,7 +248,6 @@ int run_small(Call& c, int resid, int focus, const auto& fill, std::string* text
   MessageRecord m;
   for (;;) {
     WMessage(type, m);
-    if (std::getenv("SELECTOR_TRACE")) std::fprintf(stderr, "small %d msg %d v1 %d v2 %d v3 %d v4 %d win %d\n", resid, type, m.Value1, m.Value2, m.Value3, m.Value4, m.Win);
     if (type == PushButton && m.Win == resid) {
       button = m.Value1;
       break;
@@ -710,7 +708,6 @@ void selectfile(Call& c, const std::string& startDir, const std::string& startNa
   MessageRecord m;
   while (!c.done) {
     WMessage(type, m);
-    if (std::getenv("SELECTOR_TRACE")) std::fprintf(stderr, "msg %d v1 %d v2 %d v3 %d v4 %d win %d\n", type, m.Value1, m.Value2, m.Value3, m.Value4, m.Win);
     if (type == MenuSelect) {
       menu_select(c, m.Value1);
       continue;

@@ -6,8 +6,6 @@
 #include <Xm/Protocols.h>
 #include <Xm/Xm.h>
 
-#include <cstdio>
-#include <cstdlib>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -89,7 +87,6 @@ struct Box {
 };
 
 void box_end(Box& b, int value) {
-  if (std::getenv("SELECTOR_TRACE")) std::fprintf(stderr, "box end %d\n", value);
   if (b.ended) return;
   b.result = value;
   b.ended = true;
@@ -203,10 +200,15 @@ int yyselectfile_prompt(int buttonset, int icon, int defaultbutton, std::string_
   Widget shell = XtParent(box);
   Atom wmDelete = XInternAtom(xdisplay(), "WM_DELETE_WINDOW", False);
   XmAddWMProtocolCallback(shell, wmDelete, box_escape_cb, &b);
+  // Centred on the screen, placed before it maps.
+  XtVaSetValues(shell, XmNmappedWhenManaged, False, nullptr);
   XtManageChild(box);
-  if (std::getenv("SELECTOR_TRACE")) std::fprintf(stderr, "box loop\n");
+  Dimension bw = 0, bh = 0;
+  XtVaGetValues(shell, XtNwidth, &bw, XtNheight, &bh, nullptr);
+  const auto& zd = zelvy_data::data();
+  XtVaSetValues(shell, XtNx, (zd.iscwid - bw) / 2, XtNy, (zd.ischgt - bh) / 2, nullptr);
+  XtMapWidget(shell);
   if (!b.ended) yyMsgModalLoop(-1);
-  if (std::getenv("SELECTOR_TRACE")) std::fprintf(stderr, "box loop ended\n");
   XmRemoveWMProtocolCallback(shell, wmDelete, box_escape_cb, &b);
   XtDestroyWidget(shell);
   XSync(xdisplay(), False);

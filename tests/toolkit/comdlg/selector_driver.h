@@ -97,7 +97,6 @@ class SelectorTest : public ::testing::Test {
       return;
     }
     const auto& s = t->steps_[t->next_++];
-    if (std::getenv("SELECTOR_TRACE")) std::fprintf(stderr, "step %zu in dialog %d\n", t->next_, zelvy_data::data().icurdialog);
     s.f();
     t->timer_ = XtAppAddTimeOut(zelvy_x::state().ixContext, static_cast<unsigned long>(s.delay), &SelectorTest::tick, self);
   }
