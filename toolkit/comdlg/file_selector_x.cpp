@@ -200,14 +200,12 @@ int yyselectfile_prompt(int buttonset, int icon, int defaultbutton, std::string_
   Widget shell = XtParent(box);
   Atom wmDelete = XInternAtom(xdisplay(), "WM_DELETE_WINDOW", False);
   XmAddWMProtocolCallback(shell, wmDelete, box_escape_cb, &b);
-  // Centred on the screen, placed before it maps.
-  XtVaSetValues(shell, XmNmappedWhenManaged, False, nullptr);
   XtManageChild(box);
+  // Centred on the screen, once its size is known.
   Dimension bw = 0, bh = 0;
   XtVaGetValues(shell, XtNwidth, &bw, XtNheight, &bh, nullptr);
   const auto& zd = zelvy_data::data();
   XtVaSetValues(shell, XtNx, (zd.iscwid - bw) / 2, XtNy, (zd.ischgt - bh) / 2, nullptr);
-  XtMapWidget(shell);
   if (!b.ended) yyMsgModalLoop(-1);
   XmRemoveWMProtocolCallback(shell, wmDelete, box_escape_cb, &b);
   XtDestroyWidget(shell);
