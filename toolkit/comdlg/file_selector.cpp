@@ -133,7 +133,7 @@ std::string typed_name(const Call& c) {
   return t;
 }
 
-void filelist(Call& c, std::string_view pattern) {
+void yyselectfile_filelist(Call& c, std::string_view pattern) {
   auto& zd = zelvy_data::data();
   const int keepDirInfo = zd.idirinfo;
   const int keepDebug = zd.idbug, keepErr = zd.ierr;
@@ -188,9 +188,9 @@ std::string current_pattern(const Call& c) {
   return is_blank(s) ? "*" : s;
 }
 
-void refresh(Call& c) { filelist(c, current_pattern(c)); }
+void refresh(Call& c) { yyselectfile_filelist(c, current_pattern(c)); }
 
-void dirchange(Call& c, int delta, std::string_view path = {}, int* status = nullptr) {
+void yyselectfile_dirchange(Call& c, int delta, std::string_view path = {}, int* status = nullptr) {
   const int size = static_cast<int>(c.history.size());
   if (delta == 0) {
     if (!path.empty()) {
@@ -220,7 +220,7 @@ void dirchange(Call& c, int delta, std::string_view path = {}, int* status = nul
   WDialogFieldState(kButtonForward, c.forward ? kEnabled : kDisabled);
 }
 
-void errormsg(const Call& c, std::string_view text) {
+void yyselectfile_errormsg(const Call& c, std::string_view text) {
   std::string msg(text);
   msg += yyoserrorstr(zelvy_data::data().iapierr).substr(0, 300);
   yyselectfile_prompt(kBoxOk, kIconWarning, 1, msg, "Failed");
@@ -277,7 +277,7 @@ void rename_entry(Call& c) {
   if (to.empty()) return;
   if (const int err = yyosrenamefile(old, to); err != 0) {
     zelvy_data::data().iapierr = err;
-    errormsg(c, "");
+    yyselectfile_errormsg(c, "");
     return;
   }
   refresh(c);
@@ -289,7 +289,7 @@ void new_directory(Call& c) {
   if (b != kOk || is_blank(name)) return;
   if (const int err = yyosdirmake(trimmed(name)); err != 0) {
     zelvy_data::data().iapierr = err;
-    errormsg(c, "");
+    yyselectfile_errormsg(c, "");
     return;
   }
   refresh(c);
@@ -326,7 +326,7 @@ void delete_entries(Call& c) {
     }
     if (err != 0) {
       zd.iapierr = err;
-      errormsg(c, name + "\r");
+      yyselectfile_errormsg(c, name + "\r");
     }
   }
   refresh(c);
@@ -336,7 +336,7 @@ std::string rwx(int bits) {
   return std::string(1, (bits & 4) ? 'r' : '-') + ((bits & 2) ? 'w' : '-') + ((bits & 1) ? 'x' : '-');
 }
 
-void properties(Call& c) {
+void yyselectfile_properties(Call& c) {
   const int i = first_selected(c);
   if (i == 0) return;
   const std::string name = bare(c, i);
@@ -360,7 +360,7 @@ void properties(Call& c) {
   }, nullptr, 0);
 }
 
-void shortcut(Call& c, int x, int y) {
+void yyselectfile_shortcut(Call& c, int x, int y) {
   const std::size_t n = selected(c).size();
   WMenuFloatLoad(kMenuShortcut);
   // Item states outlive a floating menu: every one is set afresh.
@@ -456,7 +456,7 @@ bool check_file(Call& c, std::string& path) {
 }
 
 void enter_directory(Call& c, int index) {
-  dirchange(c, 0, bare(c, index));
+  yyselectfile_dirchange(c, 0, bare(c, index));
   refresh(c);
 }
 
@@ -482,7 +482,7 @@ void ok(Call& c, int focusField) {
     int status = 0;
     if (!text.empty()) {
       const bool isDir = iospathtype(text) == kPathDirectory;
-      if (isDir) dirchange(c, 0, text, &status);
+      if (isDir) yyselectfile_dirchange(c, 0, text, &status);
       if (isDir && status == 0) {
         refresh(c);
         WDialogPutString(kNameText, "");
@@ -493,8 +493,8 @@ void ok(Call& c, int focusField) {
     if (text.find_first_of("?*") != std::string::npos) {
       std::string dir = text, name;
       yycomdlgsplitpath(dir, name);
-      if (!is_blank(dir)) dirchange(c, 0, trimmed(dir));
-      filelist(c, name);
+      if (!is_blank(dir)) yyselectfile_dirchange(c, 0, trimmed(dir));
+      yyselectfile_filelist(c, name);
       if (const int idx = yyselectfile_matchfilter(c.filter.patterns, name); idx > 0) {
         c.filterIndex = idx;
         WDialogPutOption(kFilterCombo, idx);
@@ -584,7 +584,7 @@ void field_changed(Call& c, const MessageRecord& m) {
 void menu_select(Call& c, int item) {
   if (item >= kHistoryFirst && item <= kHistoryLast) {
     const int steps = item - kHistoryFirst + 1;
-    dirchange(c, c.historyBack ? -steps : steps);
+    yyselectfile_dirchange(c, c.historyBack ? -steps : steps);
     refresh(c);
     return;
   }
@@ -604,7 +604,7 @@ void menu_select(Call& c, int item) {
       break;
     case kItemRename: rename_entry(c); break;
     case kItemDelete: delete_entries(c); break;
-    case kItemProperties: properties(c); break;
+    case kItemProperties: yyselectfile_properties(c); break;
     case kItemNewDirectory:
       m.Value1 = kButtonNewDirectory;
       m.Win = c.dialogId;
@@ -625,24 +625,24 @@ void push_button(Call& c, const MessageRecord& m) {
   switch (m.Value1) {
     case kOk: ok(c, m.Value2); break;
     case kCancel: end_with(c, kResultCancel); break;
-    case kButtonUp: dirchange(c, 0, ".."); refresh(c); break;
+    case kButtonUp: yyselectfile_dirchange(c, 0, ".."); refresh(c); break;
     case kButtonHome: {
       std::string home;
       WInfoFilename(14, home);
       if (!is_blank(home)) {
-        dirchange(c, 0, trimmed(home));
+        yyselectfile_dirchange(c, 0, trimmed(home));
         refresh(c);
       }
       break;
     }
-    case kButtonBack: dirchange(c, -1); refresh(c); break;
-    case kButtonForward: dirchange(c, 1); refresh(c); break;
+    case kButtonBack: yyselectfile_dirchange(c, -1); refresh(c); break;
+    case kButtonForward: yyselectfile_dirchange(c, 1); refresh(c); break;
     case kButtonNewDirectory: new_directory(c); break;
-    case kButtonProperties: properties(c); break;
+    case kButtonProperties: yyselectfile_properties(c); break;
     case kButtonMenu: {
       const int x = WInfoDialog(16) + winfodialogfield(kButtonMenu, 1) + winfodialogfield(kButtonMenu, 3) / 2;
       const int y = WInfoDialog(17) + winfodialogfield(kButtonMenu, 2) + winfodialogfield(kButtonMenu, 4) / 2;
-      shortcut(c, x, y);
+      yyselectfile_shortcut(c, x, y);
       break;
     }
     default: break;
@@ -652,14 +652,14 @@ void push_button(Call& c, const MessageRecord& m) {
 void context_click(Call& c, const MessageRecord& m) {
   if (m.Value3 == kClickOnList && m.Value4 == c.listId) {
     if (m.Value1 > c.dirCount && m.Value1 <= static_cast<int>(c.names.size())) put_name(c, bare(c, m.Value1));
-    shortcut(c, m.X, m.Y);
+    yyselectfile_shortcut(c, m.X, m.Y);
   } else if (m.Value3 == kClickOnButton && (m.Value4 == kButtonBack || m.Value4 == kButtonForward)) {
     history_menu(c, m.Value4 == kButtonBack, m.X, m.Y);
   }
 }
 
 // The dialog itself; the result and its text in `c`.
-void selectfile(Call& c, const std::string& startDir, const std::string& startName, std::string_view filterText) {
+void yyselectfile(Call& c, const std::string& startDir, const std::string& startName, std::string_view filterText) {
   auto& zd = zelvy_data::data();
   zd.ierr = 0;
   c.previousDialog = zd.icurdialog;
@@ -682,7 +682,7 @@ void selectfile(Call& c, const std::string& startDir, const std::string& startNa
   c.filterIndex = std::clamp(c.filterIndex, 1, static_cast<int>(c.filter.patterns.size()));
   c.options = zelvy_comdlg::data().icdopt[0] | kDirNoDots;
   c.history.assign(static_cast<std::size_t>(std::clamp(zelvy_comdlg::data().icdopt[2], 2, 20)), std::string());
-  dirchange(c, 0, startDir);
+  yyselectfile_dirchange(c, 0, startDir);
   WDialogTitle(c.title);
   if (c.save) {
     WDialogPutString(kTypeLabel, "Save as &type");
@@ -807,8 +807,9 @@ std::string yyselectfile_shownname(std::string_view name) {
   return s;
 }
 
-void WSelectFile(std::string_view filter, std::optional<int> flags, std::string& filename,
-                 std::optional<std::string_view> title, int* filterindex) {
+// Prepares the texts for the dialog and hands its result back.
+void yyfileselector(std::string_view filter, std::optional<int> flags, std::string& filename,
+                    std::optional<std::string_view> title, int* filterindex) {
   Call c;
   c.flags = flags.value_or(0);
   c.save = c.flags & kSelectSave;
@@ -822,7 +823,7 @@ void WSelectFile(std::string_view filter, std::optional<int> flags, std::string&
   const std::string_view t = title ? trimmed(title->substr(0, 256)) : std::string_view{};
   c.title = t.empty() ? "Select File" : std::string(t);
 
-  selectfile(c, dir, name, filter);
+  yyselectfile(c, dir, name, filter);
 
   zelvy_comdlg::data().icdlgbut = c.result;
   if (c.result != kResultOk) {
@@ -834,6 +835,11 @@ void WSelectFile(std::string_view filter, std::optional<int> flags, std::string&
   }
   if (filterindex) *filterindex = c.filterIndex;
   assign_out(filename, c.resultText);
+}
+
+void WSelectFile(std::string_view filter, std::optional<int> flags, std::string& filename,
+                 std::optional<std::string_view> title, int* filterindex) {
+  yyfileselector(filter, flags, filename, title, filterindex);
 }
 
 void wcomdlgpos(int x, int y) {

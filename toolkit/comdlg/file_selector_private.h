@@ -3,17 +3,21 @@
 // messages, and the prompt boxes.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
+
+// WSelectFile's work: splits the starting path, runs the dialog, reports its
+// failure and copies its result.
+void yyfileselector(std::string_view filter, std::optional<int> flags, std::string& filename,
+                    std::optional<std::string_view> title, int* filterindex);
 
 // Replaces the options of a list on the current dialog with `shown`, all
 // unselected, in one call: a directory of thousands of names fills at once.
 void yyselectfile_putlist(int fieldid, const std::vector<std::string>& shown);
 // Positions (from 1) of the selected options of a list on the current dialog.
 std::vector<int> yyselectfile_listselection(int fieldid);
-// Selects one option of a list, all others cleared; 0 clears all.
-void yyselectfile_listselect(int fieldid, int option);
 // A double click on the list asks for OK with the list as the focus field; a
 // right click selects the option under the pointer and sends ContextClick.
 void yyselectfile_listhooks(int fieldid);

@@ -134,16 +134,6 @@ std::vector<int> yyselectfile_listselection(int fieldid) {
   return out;
 }
 
-void yyselectfile_listselect(int fieldid, int option) {
-  Widget list = list_widget(fieldid, "WDialogPutOption");
-  if (!list) return;
-  XmListDeselectAllItems(list);
-  if (option > 0) {
-    XmListSelectPos(list, option, False);
-    XmListSetPos(list, option);
-  }
-}
-
 void yyselectfile_listhooks(int fieldid) {
   Widget list = list_widget(fieldid, "WSelectFile");
   if (!list) return;
