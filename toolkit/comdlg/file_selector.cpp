@@ -480,10 +480,9 @@ void ok(Call& c, int focusField) {
     if (text.empty()) return;
     // Typed text that names a directory is entered; a failed change is silent.
     int status = 0;
-    if (!text.empty()) {
-      const bool isDir = iospathtype(text) == kPathDirectory;
-      if (isDir) yyselectfile_dirchange(c, 0, text, &status);
-      if (isDir && status == 0) {
+    if (iospathtype(text) == kPathDirectory) {
+      yyselectfile_dirchange(c, 0, text, &status);
+      if (status == 0) {
         refresh(c);
         WDialogPutString(kNameText, "");
         c.putShown.clear();
