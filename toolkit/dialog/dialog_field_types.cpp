@@ -111,7 +111,9 @@ void label_create(DialogRecord& d, FieldRecord& f) {
   yyDialogLabelSetText(f, f.text);
 }
 
-Pixmap image_pixmap(int imageId, int type, Pixel background, int& w, int& h) {
+// With `greyed` the image fades two thirds of the way into the background, as
+// a disabled button shows it.
+Pixmap image_pixmap(int imageId, int type, Pixel background, int& w, int& h, bool greyed = false) {
   std::vector<std::uint8_t> rgba;
   int status = 0;
   yyrcimagepixels(imageId, type, w, h, rgba, status);
@@ -123,11 +125,17 @@ Pixmap image_pixmap(int imageId, int type, Pixel background, int& w, int& h) {
   GC gc = XCreateGC(dpy, pm, 0, nullptr);
   XSetForeground(dpy, gc, background);
   XFillRectangle(dpy, pm, gc, 0, 0, static_cast<unsigned>(w), static_cast<unsigned>(h));
+  XColor bg{};
+  bg.pixel = background;
+  if (greyed) XQueryColor(dpy, DefaultColormap(dpy, zelvy_x::state().iScreen), &bg);
+  auto fade = [&](std::uint8_t c, unsigned short b) {
+    return greyed ? static_cast<std::uint8_t>((c + 2 * (b >> 8)) / 3) : c;
+  };
   for (int y = 0; y < h; ++y)
     for (int x = 0; x < w; ++x) {
       const std::uint8_t* p = &rgba[static_cast<std::size_t>((y * w + x) * 4)];
       if (p[3] >= 128) continue;
-      XSetForeground(dpy, gc, yyAllocPixel(p[0], p[1], p[2]));
+      XSetForeground(dpy, gc, yyAllocPixel(fade(p[0], bg.red), fade(p[1], bg.green), fade(p[2], bg.blue)));
       XDrawPoint(dpy, pm, gc, x, y);
     }
   XFreeGC(dpy, gc);
@@ -325,6 +333,10 @@ void create_text(DialogRecord& d, FieldRecord& f) {
   if (numeric && initial.empty()) t.defined = t.valid = false;
 }
 
+void free_pixmap_cb(Widget, XtPointer pixmap, XtPointer) {
+  if (xdisplay()) XFreePixmap(xdisplay(), static_cast<Pixmap>(reinterpret_cast<std::uintptr_t>(pixmap)));
+}
+
 void button_create(DialogRecord& d, FieldRecord& f) {
   f.textKind = 1;
   f.capabilities = field_capability::kButton;
@@ -345,6 +357,18 @@ void button_create(DialogRecord& d, FieldRecord& f) {
   yyDialogSetLabel(f.widget, f.text);
   if (mnemonic) XtVaSetValues(f.widget, XmNmnemonic, XStringToKeysym(std::string(1, mnemonic).c_str()), nullptr);
   if (f.style & field_style::kDefaultButton) d.defaultButton = static_cast<int>(&f - d.fields.data());
+  // An image button shows the image of its own identifier.
+  if (f.style & (field_style::kButtonIcon | field_style::kButtonBitmap)) {
+    int w = 0, h = 0;
+    f.image = image_pixmap(f.identifier, (f.style & field_style::kButtonIcon) ? 2 : 1, yyDialogScheme(17), w, h);
+    if (f.image != 2) {
+      f.imageResourceId = f.identifier;
+      f.imageWidget = f.widget;
+      const Pixmap greyed = image_pixmap(f.identifier, (f.style & field_style::kButtonIcon) ? 2 : 1, yyDialogScheme(17), w, h, true);
+      XtVaSetValues(f.widget, XmNlabelType, XmPIXMAP, XmNlabelPixmap, f.image, XmNlabelInsensitivePixmap, greyed, nullptr);
+      if (greyed != 2) XtAddCallback(f.widget, XmNdestroyCallback, free_pixmap_cb, reinterpret_cast<XtPointer>(greyed));
+    }
+  }
   XtAddCallback(f.widget, XmNactivateCallback, yyDialogButtonCB, nullptr);
   // A button that shows a picture tells its text in a tooltip instead.
   if ((f.style & (field_style::kButtonIcon | field_style::kButtonBitmap)) && !f.text.empty()) {
