@@ -507,6 +507,7 @@ void IGrInit(std::string_view options) {
     }
   }
   apply_area();
+  yygrtextinit();
   yygrtextvectors();
   if (s.igscrn > 0) {
     yygdrv(zg::OpStart);
@@ -549,6 +550,7 @@ void IGrArea(float x1, float y1, float x2, float y2) {
     s.xgalen = x2 - x1;
     s.ygalen = y2 - y1;
   }
+  yygrtextrotate(s.chrotar);
   yygrtextvectors();
 }
 
@@ -743,6 +745,7 @@ void IGrHardcopy(std::string_view filename, std::string_view title) {
     apply_area();
   }
   update_aspect();
+  yygrtextrotate(s.chrotar);
   yygrtextvectors();
   s.plotx = s.ploty = zg::kUnknownPoint;
   for (int op : {zg::OpLineWidth, zg::OpLineType, zg::OpJoin, zg::OpCap, zg::OpClip, zg::OpFont, zg::OpColour})

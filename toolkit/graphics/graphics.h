@@ -4,6 +4,7 @@
 // indexes 0..255 under the palette model.
 #pragma once
 
+#include <optional>
 #include <span>
 #include <string_view>
 
@@ -11,6 +12,7 @@ namespace zelv_graphics {
 // Hardcopy driver numbers.
 constexpr int kDriverPostScript = 2;
 constexpr int kDriverSvg = 3;
+constexpr int kDriverHpgl = 1, kDriverDxf = 8, kDriverCgm = 9, kDriverHpgl2 = 12;
 // Fill styles.
 constexpr int kFillOutline = 0, kFillHatch = 1, kFillCrossHatch = 2, kFillHalfTone = 3, kFillSolid = 4;
 // Hardcopy option numbers used by callers.
@@ -67,6 +69,23 @@ void IGrCharFont(int family, int style = 0);
 void IGrCharAlign(int alignment);
 void IGrCharRotate(float degrees);
 void IGrCharOut(float x, float y, std::string_view text);
+// 0 device text where the path can draw it, 1 software text on both paths.
+void IGrCharType(int type);
+// 0 fixed pitch, 1 proportional by the software font's widths, 2 by the device's.
+void IGrCharSpacing(int spacing);
+// 0 along the text direction, 1 stacked downward.
+void IGrCharDirection(int direction);
+// Text at a point (the current point when absent), device or software text per
+// path; the point is the left end of the text's middle line before alignment.
+void WGrTextString(std::optional<float> x, std::optional<float> y, std::string_view text);
+// Length of a text in character cells; mode 1 never asks the device.
+float WGrTextLength(std::string_view text, int mode = 0);
+// The software fonts: the stroke font, and the outline fonts by family.
+void WGrVFontStandard();
+void WGrOFontFixed();
+void WGrOFontRoman();
+void WGrOFontSwiss();
+void WGrOFontSymbol();
 
 // Hardcopy. Option 1 records the driver and runs its set-up.
 void IGrHardcopySelect(int option, int driver);

@@ -29,6 +29,17 @@ constexpr int kAskDriver = -999;
 constexpr int kKeepPage = -998;
 constexpr float kUnknownPoint = -9999.0f;
 
+// A software font: glyphs as runs of grid characters, located per character.
+struct SoftFont {
+  float xspace = 7.68f, yspace = 11.88f, xgridc = 6, ygridc = 11;
+  int ichset = 8, ichspa = 0, icheuro = 0, ichvec = 1, ichwgt = 0;
+  std::string cchdata;
+  std::array<int, 96> icloc7{};  // 0-based starts of characters 33..127, then the end
+  std::array<int, 96> icloc8{};  // the same for 161..255
+  std::string cswfontfile;
+  int ichtyp = 0;
+};
+
 struct FileCloser {
   void operator()(std::FILE* f) const { std::fclose(f); }
 };
@@ -72,6 +83,14 @@ struct State {
   float chsizx = 0.0133333f, chsizy = 0.0333333f, chrota = 0;
   int ichfam = 2, ichfam2 = 2, ichstyl = 0, ichprop = 0, ichali = 0;
   float sinhgt = 0, coshgt = 0;
+  // Software text.
+  float chrotar = 0, chrotc = 1, chrotx = 0, chroty = 0, chrotcr = 1, chrotxr = 0, chrotyr = 0;
+  float coswid = 0, sinwid = 0, chslnt = 0;
+  int ichtyp = 0, ichdir = 0, inoutstr = 0;
+  std::array<int, 4> ichsubs{0, 1, 1, 0};  // 1-based: screen, hardcopy, keep font
+  SoftFont font, fontsaved;
+  std::array<float, 96> chspac7{};  // widths of 32..127
+  std::array<float, 95> chspac8{};  // widths of 161..255
 
   // Gradient polygon.
   std::vector<int> ishadex, ishadey, ishadec;
@@ -128,6 +147,10 @@ void yyhdrv(int op);
 void xxhcif(int op);
 void xxpost(int op);
 void xxsvg(int op);
+void xxhpgl(int op);
+void xxhpgl2(int op);
+void xxcgm(int op);
+void xxdxf(int op);
 void yygapi(int op);
 void yyresn(int type, int id, int width, int height);
 void yydefh();
@@ -142,6 +165,22 @@ std::string yyrgbhex(int red, int green, int blue);
 
 // Text measures for the device text routines.
 void yygrtextvectors();
+// Software text: font loading, widths, the angle, and the choice per path.
+void yygrtextinit();
+void yychsfont(float xspace, float yspace, float xgrid, float ygrid, int set, int flags, int spacing, int target,
+               std::string_view name, std::string_view data, const std::array<int, 96>& loc7,
+               const std::array<int, 96>& loc8);
+bool yygrtextspacing(int character, float spacing7, float spacing8);
+void yygrtextrotate(float angle);
+bool yygrtextsubstitution(int path, float width, float height);
+void yygrtextfontsave(bool save);
+void yygrofontfixed();
+void yygrofontfixedbold();
+void yygrofontroman();
+void yygrofontromanbold();
+void yygrofontswiss();
+void yygrofontswissbold();
+void yygrdefaultspacing(std::array<float, 96>& space7, std::array<float, 95>& space8);
 
 // Output of the drivers.
 void yygrhcopen(int unit);
