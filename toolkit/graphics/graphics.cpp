@@ -41,14 +41,14 @@ struct DriverEntry {
   const char* file;
 };
 constexpr DriverEntry kDrivers[] = {
-    {1, nullptr, "zelvplot.plt"},
+    {zelv_graphics::kDriverHpgl, xxhpgl, "zelvplot.plt"},
     {zelv_graphics::kDriverPostScript, xxpost, "zelvplot.ps"},
     {zelv_graphics::kDriverSvg, xxsvg, "zelvplot.svg"},
     {4, nullptr, "zelvplot.prn"},
     {6, nullptr, "zelvplot.png"},
-    {8, nullptr, "zelvplot.dxf"},
-    {9, nullptr, "zelvplot.cgm"},
-    {12, nullptr, "zelvplot.plt"},
+    {zelv_graphics::kDriverDxf, xxdxf, "zelvplot.dxf"},
+    {zelv_graphics::kDriverCgm, xxcgm, "zelvplot.cgm"},
+    {zelv_graphics::kDriverHpgl2, xxhpgl2, "zelvplot.plt"},
 };
 constexpr int kFlagPrintCommand = 8;
 constexpr std::string_view kPrintMark = " @ ";

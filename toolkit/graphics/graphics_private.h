@@ -151,6 +151,35 @@ void xxhpgl(int op);
 void xxhpgl2(int op);
 void xxcgm(int op);
 void xxdxf(int op);
+// DXF writers: group code and text, real, integer, a point's two groups, an
+// entity head.
+void yydxf1(std::string_view name);
+void yydxf2(int codex, int codey, float x, float y);
+void yydxf3(int code, std::string_view text);
+void yydxf4(int code, float value);
+void yydxf5(int code, int value);
+std::string yydxfreal(float value);
+// Plotter-language writers.
+void yyhpglwrite(std::string_view text);
+void yyhpglwritetrim(std::string_view text);
+void yyhpglcmd(std::string_view text);
+void yyhpglcmdscaled(std::string_view command, float x, float y);
+void yyhpglreplaydata(int kind, int a, int b, int c, int d);
+// Metafile writers: a header word, integers, a point, strings, whole elements.
+std::string yycgm2(int cls, int id, size_t length);
+void yycgm3(std::string& out, float x, float y);
+std::string yycgm4(int cls, int id, int rgb);
+void yycgm5(std::string& out, int value);
+void yycgm6(std::string& out, int a, int b);
+void yycgm7(std::string& out, std::string_view text);
+void yycgm8(std::string& out, std::string_view text);
+void yycgm1(int& r, int& g, int& b);
+void yycgm10(int id, size_t from, size_t to);
+std::string yycgmelement(int cls, int id, const std::string& params, bool longform);
+// The memory metafile: the twin of the file driver on the screen path.
+void yygcgm(int op);
+void yygcgmopen(int id, size_t capacity);
+const std::string& yygcgmdata(int id);
 void yygapi(int op);
 void yyresn(int type, int id, int width, int height);
 void yydefh();
@@ -192,6 +221,9 @@ void yygrhcclose(int unit);
 // Fill.
 void yygrpolygoncomplex(const float* x, const float* y, int count, int raster);
 void yygrrectangle(float x1, float y1, float x2, float y2, bool report);
+// An ellipse (5), pie (13) or arc (34) of the present arguments drawn as lines
+// or a polygon on the hardcopy path, for drivers that lack the shape.
+void yygrhcshape(int op);
 void yygrfillstepsize(int path, int density, float& xstep, float& ystep, int& xint, int& yint, float& inset,
                       bool& diagonal);
 void yygradientfill(int iymin, int iymax, int ixmin, int ixmax, int steps);

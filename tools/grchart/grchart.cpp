@@ -1,7 +1,7 @@
 // Draws one test chart of the graphics layer: line types and widths, markers,
 // arcs, every fill style, gradients, device text, the 256 palette colours.
 //
-//   grchart [--ps FILE] [--eps FILE] [--svg FILE] [--screen SECONDS]
+//   grchart [--ps|--eps|--svg|--hpgl|--hpgl2|--cgm|--dxf FILE]... [--screen SECONDS]
 //
 // Files are written with the screen path off, on a 640 by 480 page for EPS
 // and SVG, so that the two can be compared pixel for pixel.
@@ -287,9 +287,13 @@ int main(int argc, char** argv) {
     if (opt == "--ps") to_file(kDriverPostScript, val, false);
     else if (opt == "--eps") to_file(kDriverPostScript, val, true);
     else if (opt == "--svg") to_file(kDriverSvg, val, false);
+    else if (opt == "--hpgl") to_file(kDriverHpgl, val, false);
+    else if (opt == "--hpgl2") to_file(kDriverHpgl2, val, false);
+    else if (opt == "--cgm") to_file(kDriverCgm, val, false);
+    else if (opt == "--dxf") to_file(kDriverDxf, val, false);
     else if (opt == "--screen") seconds = std::atoi(argv[i + 1]);
     else {
-      std::fprintf(stderr, "usage: grchart [--ps FILE] [--eps FILE] [--svg FILE] [--screen SECONDS]\n");
+      std::fprintf(stderr, "usage: grchart [--ps|--eps|--svg|--hpgl|--hpgl2|--cgm|--dxf FILE]... [--screen SECONDS]\n");
       return 2;
     }
   }
