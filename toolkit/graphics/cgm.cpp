@@ -249,6 +249,9 @@ void metafile_start() {
   p.clear();
   const auto list = static_cast<size_t>(std::clamp(s.ihcopt[kOptFontList], 0, 2));
   for (const char* name : kFonts[list]) yycgm8(p, name);
+  // The list's length is fixed by its choice; a short list is padded.
+  constexpr std::array<size_t, 3> kListLength = {204, 204, 260};
+  p.resize(std::max(p.size(), kListLength[list]), '\0');
   emit(yycgmelement(kMetafile, 13, p, true));
   element1(kMetafile, 7, 8);
   p.assign("\0\0\0\xFF\xFF\xFF", 6);
