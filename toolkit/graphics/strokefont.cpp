@@ -160,6 +160,8 @@ std::vector<std::vector<std::array<int, 2>>> strokes_of(std::string_view glyph) 
 // Stroke grid to outline grid: the glyph spans about five sixths of the
 // outline cell's width, the full height.
 constexpr float kOutlineX0 = 4.0f, kOutlineXStep = 4.5f, kOutlineYStep = 5.0f;
+// Band widths on the outline grid: wide enough to keep a pixel at small sizes.
+constexpr float kBand = 5.0f, kBoldBand = 8.0f;
 
 char grid_char(float v) {
   const int i = std::clamp(static_cast<int>(std::lround(v)), 0, static_cast<int>(kGridChars.size()) - 1);
@@ -222,7 +224,7 @@ const Table& outline_table(Outline kind) {
     // The symbol face leans, so that it tells itself from the others.
     const float slant = kind == Outline::Symbol ? 0.2f : 0.0f;
     std::vector<std::string> g;
-    for (auto glyph : kStrokeGlyphs) g.push_back(outline_glyph(glyph, bold ? 5.0f : 3.0f, slant));
+    for (auto glyph : kStrokeGlyphs) g.push_back(outline_glyph(glyph, bold ? kBoldBand : kBand, slant));
     tables[i] = lay(g);
     made[i] = true;
   }
