@@ -10,7 +10,9 @@
 #include <array>
 #include <cmath>
 #include <cstdio>
+#include <cstdint>
 #include <map>
+#include <vector>
 #include <string>
 
 using zelvy_graph::state;
@@ -45,6 +47,7 @@ enum Class { kDelimiter = 0, kMetafile = 1, kPicture = 2, kControl = 3, kPrimiti
 
 struct CgmState {
   bool memory = false;  // writing to the memory metafile of the screen target
+  float xscale = 1, yscale = 1;
   int ixcgm = 6300, iycgm = 4500;
   int icurrcol = 0, ilinecol = -1, itextcol = -1, ifillcol = -1, iedgecol = -1, iauxcol = -1;
   int iedgetyp = -1, iedgewid = -1, ioldali = -1, ioldfont = -1, ioldhgt = -1, ioldjoi = 0, ioldcap = 0;
@@ -52,9 +55,11 @@ struct CgmState {
   bool picture = false;  // a picture is open
   std::string title;
 };
+bool memory_mode = false;
+// The file and the memory metafile each remember their own attributes.
 CgmState& cg() {
-  static CgmState v;
-  return v;
+  static CgmState file, memory;
+  return memory_mode ? memory : file;
 }
 
 struct MetaRecord {
@@ -110,9 +115,8 @@ void yycgm6(std::string& out, int a, int b) {
 }
 
 void yycgm3(std::string& out, float x, float y) {
-  const auto& s = state();
-  word(out, yytrunc(x * s.xscale));
-  word(out, yytrunc(y * s.yscale));
+  word(out, yytrunc(x * cg().xscale));
+  word(out, yytrunc(y * cg().yscale));
 }
 
 // A string with its count byte; the pad byte that evens the element is added
@@ -216,6 +220,14 @@ void drawing() {
 void extent() {
   auto& s = state();
   auto& v = cg();
+  if (v.memory) {
+    // The memory metafile keeps the raster as it is.
+    v.ixcgm = std::min(s.nxgraf, kMaxVdc);
+    v.iycgm = std::min(s.nygraf, kMaxVdc);
+    v.xscale = static_cast<float>(v.ixcgm) / s.xngraf;
+    v.yscale = static_cast<float>(v.iycgm) / s.yngraf;
+    return;
+  }
   const int dpi = s.ihcres[1] > 0 ? s.ihcres[1] : kDpi;
   double x = static_cast<double>(s.ihcopt[1]) * dpi / 72.0, y = static_cast<double>(s.ihcopt[2]) * dpi / 72.0;
   const double big = std::max(x, y);
@@ -225,8 +237,8 @@ void extent() {
   }
   v.ixcgm = static_cast<int>(x);
   v.iycgm = static_cast<int>(y);
-  s.xscale = static_cast<float>(v.ixcgm) / s.xngraf;
-  s.yscale = static_cast<float>(v.iycgm) / s.yngraf;
+  s.xscale = v.xscale = static_cast<float>(v.ixcgm) / s.xngraf;
+  s.yscale = v.yscale = static_cast<float>(v.iycgm) / s.yngraf;
 }
 
 void metafile_start() {
@@ -365,7 +377,7 @@ void font() {
     v.ioldfont = index;
     element1(kAttribute, 10, index);
   }
-  const int height = yytrunc(s.chsizy * s.ypxlen * s.yscale);
+  const int height = yytrunc(s.chsizy * s.ypxlen * v.yscale);
   if (height != v.ioldhgt) {
     v.ioldhgt = height;
     element1(kAttribute, 15, height);
@@ -418,8 +430,8 @@ void text() {
     emit(yycgm4(kControl, 3, r + 256 * g + 65536 * b));
   }
   p.clear();
-  yycgm5(p, yytrunc(length * s.xscale));
-  yycgm5(p, yytrunc(s.chsizy * s.ypxlen * s.yscale));
+  yycgm5(p, yytrunc(length * v.xscale));
+  yycgm5(p, yytrunc(s.chsizy * s.ypxlen * v.yscale));
   yycgm3(p, x, y);
   yycgm5(p, 1);
   yycgm7(p, std::string_view(s.cgrstr).substr(0, n));
@@ -569,22 +581,229 @@ void xxcgm(int op) {
     init();
     return;
   }
+  memory_mode = false;
   cg().memory = false;
   driver(op);
 }
 
-// The memory twin: the metafile of the present target id.
+// The memory twin: the metafile of the present target id. Operations that
+// go only to a hardcopy driver's own shapes (arcs) aren't kept.
 void yygcgm(int op) {
-  if (op == zg::OpInit) return;
+  if (op == zg::OpInit || op == zg::OpClear) return;
+  auto& s = state();
+  if (op == zg::OpArc) {
+    // Kept as a polyline: open, or closed through the centre.
+    const auto xwork = s.xwork, ywork = s.ywork;
+    const int igpar2 = s.igpar2;
+    const float a0 = s.grx[2], a1 = s.gry[2], r = s.grx[1];
+    constexpr int kSteps = 96;
+    const int n = std::max(2, static_cast<int>(std::ceil((a1 - a0) / 6.2831853f * kSteps)));
+    s.xwork.clear();
+    s.ywork.clear();
+    const bool open = s.ifstyl == 0 && s.ifdens >= 3;
+    if (!open) {
+      s.xwork.push_back(s.grx[0]);
+      s.ywork.push_back(s.gry[0]);
+    }
+    for (int i = 0; i <= n; ++i) {
+      const float a = a0 + (a1 - a0) * static_cast<float>(i) / static_cast<float>(n);
+      s.xwork.push_back(s.grx[0] + r * std::cos(a));
+      s.ywork.push_back(s.gry[0] + r * std::sin(a));
+    }
+    if (!open) {
+      s.xwork.push_back(s.grx[0]);
+      s.ywork.push_back(s.gry[0]);
+    }
+    s.igpar2 = static_cast<int>(s.xwork.size());
+    yygcgm(zg::OpPolyline);
+    s.xwork = xwork;
+    s.ywork = ywork;
+    s.igpar2 = igpar2;
+    return;
+  }
+  // Its extent follows the raster; a hardcopy's scale stays untouched.
+  const float xscale = s.xscale, yscale = s.yscale;
+  memory_mode = true;
   cg().memory = true;
-  driver(op);
-  cg().memory = false;
+  // The screen path hears shapes once, without the hardcopy's bracket:
+  // solid shapes by their own numbers, half-tones in their mean colour.
+  const bool solid = op == zg::OpEllipseSolid || op == zg::OpParallelSolid || op == zg::OpRectSolid ||
+                     op == zg::OpTriSolid || op == zg::OpPieSolid || op == zg::OpPolySolid;
+  const bool half = op == zg::OpEllipseHalf || op == zg::OpParallelHalf || op == zg::OpRectHalf ||
+                    op == zg::OpTriHalf || op == zg::OpPieHalf || op == zg::OpPolyHalf;
+  if (solid || half || op == zg::OpCircle) {
+    const int style = s.ifstyl, igpar1 = s.igpar1;
+    s.ifstyl = op == zg::OpCircle ? zelv_graphics::kFillOutline : zelv_graphics::kFillSolid;
+    s.igpar1 = 1;
+    driver(op == zg::OpCircle ? zg::OpEllipseHalf : (solid ? op - 1 : op));
+    s.ifstyl = style;
+    s.igpar1 = igpar1;
+  } else {
+    driver(op);
+  }
+  memory_mode = false;
+  s.xscale = xscale;
+  s.yscale = yscale;
 }
 
 void yygcgmopen(int id, size_t capacity) {
+  constexpr size_t kDefaultCapacity = 1 << 20;
   auto& rec = metainfo()[id];
   rec.buffer.clear();
-  rec.capacity = capacity;
+  if (capacity > 0) rec.capacity = capacity;
+  else if (rec.capacity == 0) rec.capacity = kDefaultCapacity;
 }
 
 const std::string& yygcgmdata(int id) { return metainfo()[id].buffer; }
+
+namespace {
+
+int s16(const std::string& p, size_t at) {
+  if (at + 1 >= p.size()) return 0;
+  return static_cast<int16_t>((static_cast<unsigned char>(p[at]) << 8) | static_cast<unsigned char>(p[at + 1]));
+}
+
+int rgb_of(const std::string& p) {
+  if (p.size() < 3) return 0;
+  return static_cast<unsigned char>(p[0]) | (static_cast<unsigned char>(p[1]) << 8) |
+         (static_cast<unsigned char>(p[2]) << 16);
+}
+
+}  // namespace
+
+void IGrReplay(int id) {
+  auto& s = state();
+  const auto found = metainfo().find(id);
+  if (found == metainfo().end()) return;
+  // A copy: replaying onto the same metafile must not read what it writes.
+  const std::string data = found->second.buffer;
+  const int model = s.icmodel, colour = s.ichnalgl, style = s.ifstyl, linetype = s.lintyp;
+  const float chsizy = s.chsizy, chsizx = s.chsizx, angle = s.chrotar;
+  const int align = s.ichali;
+  float fx = 1, fy = 1;
+  int line = 0, fill = 0, text = 0, interior = 1, height = 0;
+  float textangle = 0;
+  std::vector<float> x, y;
+  auto points = [&](const std::string& p, size_t from) {
+    x.clear();
+    y.clear();
+    for (size_t i = from; i + 3 < p.size(); i += 4) {
+      x.push_back(static_cast<float>(s16(p, i)) * fx);
+      y.push_back(static_cast<float>(s16(p, i + 2)) * fy);
+    }
+  };
+  auto colour_to = [&](int rgb) {
+    s.icmodel = 0;
+    IGrColourN(rgb);
+  };
+  size_t at = 0;
+  while (at + 1 < data.size()) {
+    const int head = (static_cast<unsigned char>(data[at]) << 8) | static_cast<unsigned char>(data[at + 1]);
+    at += 2;
+    const int cls = head >> 12, eid = (head >> 5) & 0x7F;
+    std::string p;
+    size_t length = static_cast<size_t>(head & 0x1F);
+    if (length == static_cast<size_t>(kLongForm)) {
+      for (bool more = true; more && at + 1 < data.size();) {
+        const int w = (static_cast<unsigned char>(data[at]) << 8) | static_cast<unsigned char>(data[at + 1]);
+        at += 2;
+        more = (w & 0x8000) != 0;
+        const size_t part = static_cast<size_t>(w & 0x7FFF);
+        p.append(data, at, part);
+        at += part + (part & 1);
+      }
+    } else {
+      p.assign(data, at, length);
+      at += length + (length & 1);
+    }
+    switch (cls * 100 + eid) {
+      case 206:  // the extent, onto the whole raster
+        fx = s.xngraf / static_cast<float>(std::max(s16(p, 4), 1));
+        fy = s.yngraf / static_cast<float>(std::max(s16(p, 6), 1));
+        break;
+      case 502:
+        IGrLineType(static_cast<int>(std::find(kLineTypes.begin(), kLineTypes.end(), s16(p, 0)) - kLineTypes.begin()) % 8);
+        break;
+      case 504: line = rgb_of(p); break;
+      case 514: text = rgb_of(p); break;
+      case 523: fill = rgb_of(p); break;
+      case 522: interior = s16(p, 0); break;
+      case 515: height = s16(p, 0); break;
+      case 516: textangle = static_cast<float>(std::atan2(s16(p, 6), s16(p, 4)) * 57.29577951308232); break;
+      case 401:
+        points(p, 0);
+        colour_to(line);
+        yygrpolyline(x.data(), y.data(), static_cast<int>(x.size()), 1);
+        break;
+      case 407:
+      case 411:
+      case 417: {
+        points(p, 0);
+        if (eid == 11 && x.size() == 2 && interior == 1) {
+          // Rectangles stay rectangles, for drivers that have them.
+          float ax, ay, bx, by;
+          yyi2e(x[0], y[0], ax, ay);
+          yyi2e(x[1], y[1], bx, by);
+          colour_to(fill);
+          s.ifstyl = zelv_graphics::kFillSolid;
+          yygrrectangle(ax, ay, bx, by, false);
+          break;
+        }
+        if (eid == 11 && x.size() == 2) {
+          x = {x[0], x[1], x[1], x[0]};
+          y = {y[0], y[0], y[1], y[1]};
+        } else if (eid == 17 && x.size() == 3) {
+          const float cx = x[0], cy = y[0], rx = std::abs(x[1] - cx), ry = std::abs(y[2] - cy);
+          constexpr int kSteps = 96;
+          x.clear();
+          y.clear();
+          for (int i = 0; i <= kSteps; ++i) {
+            const double a = 2 * M_PI * i / kSteps;
+            x.push_back(cx + rx * static_cast<float>(std::cos(a)));
+            y.push_back(cy + ry * static_cast<float>(std::sin(a)));
+          }
+        }
+        if (interior == 1) {
+          colour_to(fill);
+          s.ifstyl = zelv_graphics::kFillSolid;
+          yygrpolygoncomplex(x.data(), y.data(), static_cast<int>(x.size()), 1);
+        } else {
+          colour_to(line);
+          if (x.size() > 1) {
+            x.push_back(x[0]);
+            y.push_back(y[0]);
+          }
+          yygrpolyline(x.data(), y.data(), static_cast<int>(x.size()), 1);
+        }
+        break;
+      }
+      case 405: {
+        if (p.size() < 11) break;
+        const size_t n = std::min(static_cast<size_t>(static_cast<unsigned char>(p[10])), p.size() - 11);
+        const float h = static_cast<float>(height) * fy;
+        colour_to(text);
+        s.chsizy = s.ypxlen > 0 ? h / s.ypxlen : chsizy;
+        s.chsizx = s.chsizy * 0.4f * s.ypxlen / std::max(s.xpxlen, 1.0f);
+        s.ichali = 0;
+        IGrCharRotate(textangle);
+        // The anchor is the cell's foot; the text starts from its middle line.
+        float ux, uy;
+        const float rx = static_cast<float>(s16(p, 4)) * fx - s.sinhgt * 0.5f;
+        const float ry = static_cast<float>(s16(p, 6)) * fy + s.coshgt * 0.5f;
+        yyi2e(rx, ry, ux, uy);
+        WGrTextString(ux, uy, std::string_view(p).substr(11, n));
+        break;
+      }
+      default:
+        break;
+    }
+  }
+  s.chsizx = chsizx;
+  s.chsizy = chsizy;
+  s.ichali = align;
+  IGrCharRotate(angle);
+  s.ifstyl = style;
+  IGrLineType(linetype);
+  s.icmodel = model;
+  IGrColourN(colour);
+}

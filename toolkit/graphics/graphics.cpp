@@ -387,7 +387,10 @@ void yygrpolyline(const float* x, const float* y, int count, int raster) {
 // ---- Paths --------------------------------------------------------------
 
 void yygdrv(int op) {
-  if (state().igscrn > 0) yygapi(op);
+  const auto& s = state();
+  if (s.igscrn <= 0) return;
+  if (s.igdriver != 0) yygcgm(op);
+  else yygapi(op);
 }
 
 void yyhdrv(int op) {
@@ -491,6 +494,8 @@ void IGrInit(std::string_view options) {
   s.chsizx = 0.0133333f; s.chsizy = 0.0333333f; s.chrota = 0;
   s.ichfam = s.ichfam2 = 2; s.ichstyl = 0; s.ichprop = 0; s.ichali = 0;
   s.xcur = s.ycur = 0;
+  if (s.igdriver != 0 && s.igscrn > 0) yygcgm(zg::OpClose);
+  s.igdriver = 0;
   s.igscrn = 0;
   set_raster(kDefaultRaster, kDefaultRaster);
   s.nxpixl = s.nypixl = kDefaultRaster;
@@ -528,6 +533,27 @@ void IGrInit(std::string_view options) {
 
 void IGrSelect(int targettype, int targetid) {
   auto& s = state();
+  constexpr int kMetafileTarget = 4;
+  if (targettype == kMetafileTarget) {
+    // The screen path writes a memory metafile on a raster of the default size.
+    yygapiflush();
+    s.itarg = kMetafileTarget;
+    s.itargid = std::max(targetid, 0);
+    s.igdriver = kMetafileTarget;
+    s.igscrn = 1;
+    set_raster(kDefaultRaster, kDefaultRaster);
+    s.nxpixl = s.nxgraf;
+    s.nypixl = s.nygraf;
+    yygcgmopen(s.itargid);
+    s.igpar1 = 1;
+    yygcgm(zg::OpStart);
+    IGrArea(s.xgamin, s.ygamin, s.xgamax, s.ygamax);
+    return;
+  }
+  if (s.igdriver != 0) {
+    yygcgm(zg::OpClose);
+    s.igdriver = 0;
+  }
   s.itarg = 1;
   s.itargid = (targettype == 1 && targetid >= 0) ? targetid : WInfoWindow(4);
   if (targettype == 1 && targetid >= 0) WindowSelect(targetid);

@@ -25,8 +25,12 @@ constexpr int kPaletteBlack = 223;
 // Start of graphics. Options: "H" keeps the screen path off, "P" keeps the
 // hardcopy options and default names of the selected driver.
 void IGrInit(std::string_view options = {});
-// Screen target: 1 window (handle, default the current one); others fall back to it.
+// Screen target: 1 window (handle, default the current one), 4 memory
+// metafile (its number); others fall back to the window.
 void IGrSelect(int targettype, int targetid = -1);
+// Draws memory metafile `id` again on the paths in force, its picture
+// stretched over the whole raster.
+void IGrReplay(int id);
 // Part of the target in use, as fractions 0..1; error 44 on a bad pair.
 void IGrArea(float x1, float y1, float x2, float y2);
 // The caller's numbers over the area; error 16 on an empty range.

@@ -178,7 +178,9 @@ void yycgm10(int id, size_t from, size_t to);
 std::string yycgmelement(int cls, int id, const std::string& params, bool longform);
 // The memory metafile: the twin of the file driver on the screen path.
 void yygcgm(int op);
-void yygcgmopen(int id, size_t capacity);
+// Makes (or empties) memory metafile `id`; writes beyond the capacity are
+// dropped. A capacity of 0 keeps the one it has, or takes a megabyte.
+void yygcgmopen(int id, size_t capacity = 0);
 const std::string& yygcgmdata(int id);
 void yygapi(int op);
 void yyresn(int type, int id, int width, int height);

@@ -1,7 +1,7 @@
 // Draws one test chart of the graphics layer: line types and widths, markers,
 // arcs, every fill style, gradients, device text, the 256 palette colours.
 //
-//   grchart [--ps|--eps|--svg|--hpgl|--hpgl2|--cgm|--dxf FILE]... [--screen SECONDS]
+//   grchart [--ps|--eps|--svg|--hpgl|--hpgl2|--cgm|--dxf|--replay-svg FILE]... [--screen SECONDS]
 //
 // Files are written with the screen path off, on a 640 by 480 page for EPS
 // and SVG, so that the two can be compared pixel for pixel.
@@ -278,6 +278,19 @@ void to_file(int driver, std::string_view file, bool encapsulated) {
   IGrHardcopy("S");
 }
 
+// The chart kept in a memory metafile, then replayed onto an SVG file.
+void replayed(std::string_view file) {
+  constexpr int kMetafile = 1;
+  IGrInit("H");
+  IGrSelect(4, kMetafile);
+  chart();
+  IGrInit("H");
+  IGrHardcopySelect(1, kDriverSvg);
+  IGrHardcopy(file);
+  IGrReplay(kMetafile);
+  IGrHardcopy("S");
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -291,9 +304,10 @@ int main(int argc, char** argv) {
     else if (opt == "--hpgl2") to_file(kDriverHpgl2, val, false);
     else if (opt == "--cgm") to_file(kDriverCgm, val, false);
     else if (opt == "--dxf") to_file(kDriverDxf, val, false);
+    else if (opt == "--replay-svg") replayed(val);
     else if (opt == "--screen") seconds = std::atoi(argv[i + 1]);
     else {
-      std::fprintf(stderr, "usage: grchart [--ps|--eps|--svg|--hpgl|--hpgl2|--cgm|--dxf FILE]... [--screen SECONDS]\n");
+      std::fprintf(stderr, "usage: grchart [--ps|--eps|--svg|--hpgl|--hpgl2|--cgm|--dxf|--replay-svg FILE]... [--screen SECONDS]\n");
       return 2;
     }
   }

@@ -173,6 +173,41 @@ TEST_F(CgmTest, LongElementsComeInParts) {
   EXPECT_EQ(static_cast<unsigned char>(el[2 + 4 + 2 * 32766]) & 0x80, 0);
 }
 
+TEST_F(CgmTest, MemoryMetafileKeepsTheDrawingAndReplaysIt) {
+  IGrSelect(4, 7);
+  IGrJoin(0.1f, 0.1f, 0.9f, 0.9f);
+  IGrFillPattern(kFillSolid);
+  IGrRectangle(0.2f, 0.2f, 0.4f, 0.4f);
+  IGrCharOut(0.5f, 0.5f, "kept");
+  const auto e = walk(yygcgmdata(7));
+  EXPECT_EQ(count_of(e, 0, 1), 1);
+  EXPECT_EQ(count_of(e, 4, 1), 1);
+  EXPECT_EQ(count_of(e, 4, 11), 1);
+  EXPECT_EQ(count_of(e, 4, 5), 1);
+  for (const auto& x : e) {
+    if (x.cls == 2 && x.id == 6) {
+      EXPECT_EQ(x.params, std::string("\0\0\0\0\x03\xE8\x03\xE8", 8));  // the raster, 1000 square
+    }
+  }
+  IGrInit("H");  // the screen path leaves the metafile, which is ended
+  EXPECT_EQ(walk(yygcgmdata(7)).back().cls * 100 + walk(yygcgmdata(7)).back().id, 2);
+  open(kDriverDxf, false, 720, 720);
+  IGrReplay(7);
+  const auto body = after(close(), "ENTITIES");
+  EXPECT_EQ(count(body, "SOLID"), 1);
+  EXPECT_EQ(count(body, "TEXT"), 1);
+  EXPECT_EQ(count(body, "kept"), 1);
+  EXPECT_GE(count(body, "LWPOLYLINE"), 1);
+}
+
+TEST_F(CgmTest, FullMemoryMetafileDropsElements) {
+  yygcgmopen(8, 100);
+  IGrSelect(4, 8);
+  for (int i = 0; i < 20; ++i) IGrJoin(0, 0, 0.5f, 0.5f);
+  EXPECT_LE(yygcgmdata(8).size(), 100u);
+  EXPECT_NE(WInfoError(1), 0);
+}
+
 class DxfTest : public GraphicsTest {};
 
 TEST_F(DxfTest, RealsKeepOneDecimal) {
