@@ -26,7 +26,7 @@ constexpr size_t kLongPart = 32766;  // even, below the 15-bit limit
 constexpr int kMaxVdc = 32767;
 constexpr int kOptFontList = 28;
 constexpr int kPageWidth = 756, kPageHeight = 540, kDpi = 600;
-constexpr int kErrorFull = 3;
+constexpr int kErrorOpen = 1, kErrorFull = 2, kErrorShort = 2;  // opening, writing, reading
 constexpr const char* kCapability = "00000111111111111110011111111";
 constexpr std::array<int, 8> kLineTypes = {1, 3, 2, 4, 5, 10, 12, 13};
 constexpr const char* kDefaultTitle = "KQD CGM File";
@@ -806,4 +806,56 @@ void IGrReplay(int id) {
   IGrLineType(linetype);
   s.icmodel = model;
   IGrColourN(colour);
+}
+
+// Reads a metafile's descriptor and first picture's set-up, up to the body:
+// colour count and the aspect of the VDC extent. False on a short file.
+bool yyinfocgm(const std::string& file, int& colours, float& aspect) {
+  colours = 1;
+  aspect = 1.0f;
+  std::FILE* f = std::fopen(file.c_str(), "rb");
+  if (!f) {
+    yyerror(kErrorOpen, "IGrFileInfo");
+    return false;
+  }
+  int intprec = 16, ivdciprec = 16;
+  bool ok = false;
+  auto get = [&](size_t n, std::string& out) {
+    out.resize(n);
+    return n == 0 || std::fread(out.data(), 1, n, f) == n;
+  };
+  std::string head, p;
+  while (get(2, head)) {
+    const int h = (static_cast<unsigned char>(head[0]) << 8) | static_cast<unsigned char>(head[1]);
+    size_t len = static_cast<size_t>(h & 31);
+    if (len == static_cast<size_t>(kLongForm)) {
+      if (!get(2, head)) break;
+      len = static_cast<size_t>(((static_cast<unsigned char>(head[0]) << 8) | static_cast<unsigned char>(head[1])) & 0x7FFF);
+    }
+    if (!get(len + (len & 1), p)) break;
+    const int cls = h >> 12, id = (h >> 5) & 127;
+    auto value = [&](size_t at, int bits) {
+      int v = 0;
+      for (int b = 0; b < bits / 8 && at + static_cast<size_t>(b) < p.size(); ++b)
+        v = (v << 8) | static_cast<unsigned char>(p[at + static_cast<size_t>(b)]);
+      if (bits == 16 && v >= 0x8000) v -= 0x10000;
+      return v;
+    };
+    if (cls == 1 && id == 4) intprec = value(0, 16);
+    if (cls == 3 && id == 1) ivdciprec = value(0, intprec);
+    if (cls == 1 && id == 7) colours = 1 << std::min(3 * value(0, intprec), 24);
+    if (cls == 2 && id == 6) {
+      const int step = ivdciprec / 8;
+      const int x1 = value(0, ivdciprec), y1 = value(static_cast<size_t>(step), ivdciprec);
+      const int x2 = value(static_cast<size_t>(2 * step), ivdciprec), y2 = value(static_cast<size_t>(3 * step), ivdciprec);
+      if (y2 != y1) aspect = std::abs(static_cast<float>(x2 - x1) / static_cast<float>(y2 - y1));
+    }
+    if (cls == 0 && id == 4) {
+      ok = true;
+      break;
+    }
+  }
+  std::fclose(f);
+  if (!ok) yyerror(kErrorShort, "IGrFileInfo");
+  return ok;
 }

@@ -70,6 +70,9 @@ void igrplotmode2(int mode = 0);
 // style bits 1 bold, 2 italic; alignment 0 left, 1 centre, 2 right; angle in degrees.
 void IGrCharSize(float width, float height);
 void IGrCharFont(int family, int style = 0);
+// Keeps width and height in a ratio (height over width, in raster units):
+// 0 none, 1 height follows width, 2 width follows height, 3 the smaller wins.
+void IGrCharRatio(int rule, float ratio = 1.0f);
 void IGrCharAlign(int alignment);
 void IGrCharRotate(float degrees);
 void IGrCharOut(float x, float y, std::string_view text);

@@ -5,6 +5,7 @@
 #include <array>
 #include <cstdio>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -87,6 +88,8 @@ struct State {
   float chrotar = 0, chrotc = 1, chrotx = 0, chroty = 0, chrotcr = 1, chrotxr = 0, chrotyr = 0;
   float coswid = 0, sinwid = 0, chslnt = 0;
   int ichtyp = 0, ichdir = 0, inoutstr = 0;
+  float chsizxreq = 0.0133333f, chsizyreq = 0.0333333f, chratio = 1;
+  int ichratio = 0;
   std::array<int, 4> ichsubs{0, 1, 1, 0};  // 1-based: screen, hardcopy, keep font
   SoftFont font, fontsaved;
   std::array<float, 96> chspac7{};  // widths of 32..127
@@ -165,6 +168,7 @@ void yyhpglwritetrim(std::string_view text);
 void yyhpglcmd(std::string_view text);
 void yyhpglcmdscaled(std::string_view command, float x, float y);
 void yyhpglreplaydata(int kind, int a, int b, int c, int d);
+void yyhpgl2pencolour(int index, int r, int g, int b);
 // Metafile writers: a header word, integers, a point, strings, whole elements.
 std::string yycgm2(int cls, int id, size_t length);
 void yycgm3(std::string& out, float x, float y);
@@ -182,6 +186,8 @@ void yygcgm(int op);
 // dropped. A capacity of 0 keeps the one it has, or takes a megabyte.
 void yygcgmopen(int id, size_t capacity = 0);
 const std::string& yygcgmdata(int id);
+// Colour count and aspect from a metafile's header.
+bool yyinfocgm(const std::string& file, int& colours, float& aspect);
 void yygapi(int op);
 void yyresn(int type, int id, int width, int height);
 void yydefh();
@@ -203,6 +209,10 @@ void yychsfont(float xspace, float yspace, float xgrid, float ygrid, int set, in
                const std::array<int, 96>& loc8);
 bool yygrtextspacing(int character, float spacing7, float spacing8);
 void yygrtextrotate(float angle);
+void yygrtextsizeset(float x, float y);
+void yygrtextsize(std::optional<float> x = std::nullopt, std::optional<float> y = std::nullopt);
+// A parallelogram in the background colour behind a text from its start.
+void yygrtextstringfillback(float sx, float sy, float length, float width, float height);
 bool yygrtextsubstitution(int path, float width, float height);
 void yygrtextfontsave(bool save);
 void yygrofontfixed();

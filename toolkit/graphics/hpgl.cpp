@@ -228,6 +228,20 @@ void end_page() {
   s.plotx = s.ploty = zg::kUnknownPoint;
 }
 
+}  // namespace
+
+// A pen of the palette gets its colour at its first use.
+void yyhpgl2pencolour(int index, int r, int g, int b) {
+  auto& v = hp();
+  const auto i = static_cast<size_t>(std::clamp(index, 0, 255));
+  if (v.palset[i]) return;
+  v.palset[i] = true;
+  yyhpglcmd("PC" + std::to_string(index) + "," + std::to_string(r) + "," + std::to_string(g) + "," +
+            std::to_string(b) + ";");
+}
+
+namespace {
+
 void pen() {
   auto& s = state();
   auto& v = hp();
@@ -243,11 +257,7 @@ void pen() {
     next = index == background ? 0 : 1;
   } else {
     next = index;
-    if (!v.palset[static_cast<size_t>(index)]) {
-      v.palset[static_cast<size_t>(index)] = true;
-      yyhpglcmd("PC" + std::to_string(index) + "," + std::to_string(r) + "," + std::to_string(g) + "," +
-                std::to_string(b) + ";");
-    }
+    yyhpgl2pencolour(index, r, g, b);
   }
   if (next != v.pen) {
     yyhpglcmd("PU;SP" + std::to_string(next) + ";");

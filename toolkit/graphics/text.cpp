@@ -23,7 +23,7 @@ constexpr float kUnderlineDrop = 0.45f;
 constexpr float kEuroWidth = 0.74f;
 constexpr int kPathScreen = 1, kPathHardcopy = 2;
 constexpr int kStyleBold = 1, kStyleItalic = 2, kStyleUnderline = 4, kStyleBackground = 8;
-constexpr int kErrorSpacing = 3;
+constexpr int kErrorSpacing = 66;  // invalid character code
 constexpr size_t kPropCapability = 26;  // position 27: proportional device text
 
 // Character code as drawn: control and unused codes are blanks.
@@ -70,9 +70,11 @@ void cell_vectors(float w, float h) {
   s.sinhgt = h * s.chroty;
 }
 
-// A parallelogram in the background colour behind the text, half a cell below
-// and above its middle line.
-void fill_back(float sx, float sy, float length, float w, float h) {
+}  // namespace
+
+// Half a cell below and above the middle line; stacked text as wide as its
+// widest character.
+void yygrtextstringfillback(float sx, float sy, float length, float w, float h) {
   auto& s = state();
   const int colour = s.ichnalgl, model = s.icmodel, style = s.ifstyl;
   s.icmodel = 0;
@@ -98,6 +100,8 @@ void fill_back(float sx, float sy, float length, float w, float h) {
   s.ichnalgl = colour;
   hear_both(zg::OpColour);
 }
+
+namespace {
 
 void draw_glyph(int code, float px, float py, float xs, float ys, float shear) {
   auto& s = state();
@@ -151,7 +155,7 @@ void software(float sx, float sy, std::string_view text, float w, float h) {
   if (s.ichstyl & kStyleBackground) {
     float widest = 0;
     for (char c : text) widest = std::max(widest, factor(static_cast<unsigned char>(c)));
-    fill_back(sx, sy, length, w * widest, h);
+    yygrtextstringfillback(sx, sy, length, w * widest, h);
   }
   float ys = h / f.yspace, xs = w / f.xspace;
   if (s.ichprop != 0 && f.xgridc < 8) xs *= 0.75f;
@@ -250,7 +254,7 @@ void device(int path, float sx, float sy, std::string_view text, float w, float 
   for (size_t i = first; i < last; ++i) length += widths[i];
   if (s.ichdir != 0) length = h * static_cast<float>(shown.size());
   on_path(path, [&] {
-    if (s.ichstyl & kStyleBackground) fill_back(ox, oy, length, w, h);
+    if (s.ichstyl & kStyleBackground) yygrtextstringfillback(ox, oy, length, w, h);
     const bool single = !(s.ichprop == 1 || (s.ichprop == 2 && path == kPathHardcopy && s.ipropcap[2] == 0));
     if (single || s.ichdir != 0) {
       s.cgrstr.assign(shown);
@@ -351,6 +355,10 @@ void yygrtextinit() {
   s.ichsubs = {0, 1, 1, 0};
   s.inoutstr = 0;
   s.chslnt = 0;
+  s.ichratio = 0;
+  s.chratio = 1;
+  s.chsizxreq = s.chsizx;
+  s.chsizyreq = s.chsizy;
   // The screen's fonts come in every size but don't turn.
   s.igcset[1] = 8;
   s.sizemin[1] = kAllSizes;
@@ -440,13 +448,40 @@ void yygrtextvectors() {
   s.coshgt = h * s.chrotc;
 }
 
-void IGrCharSize(float width, float height) {
+void yygrtextsizeset(float x, float y) {
   auto& s = state();
-  s.chsizx = width > 0 ? width : kDefaultWidth;
-  s.chsizy = height > 0 ? height : kDefaultHeight;
+  s.chsizx = s.chsizxreq = x > 0 ? x : kDefaultWidth;
+  s.chsizy = s.chsizyreq = y > 0 ? y : kDefaultHeight;
+}
+
+void yygrtextsize(std::optional<float> x, std::optional<float> y) {
+  auto& s = state();
+  if (x && y) yygrtextsizeset(*x, *y);
+  const float xp = s.xpxlen, yp = s.ypxlen;
+  if (s.ichratio != 0 && xp > 0 && yp > 0 && s.chratio > 0) {
+    const float r = s.chsizyreq * yp / s.chratio;
+    const bool heightfollows = s.ichratio == 1 || (s.ichratio == 3 && s.chsizxreq * xp <= r);
+    if (heightfollows) {
+      s.chsizx = s.chsizxreq;
+      s.chsizy = s.chratio * s.chsizxreq * xp / yp;
+    } else {
+      s.chsizy = s.chsizyreq;
+      s.chsizx = r / xp;
+    }
+  }
+  s.ichfam2 = s.ichfam != 0 ? s.ichfam : (s.ichprop == 0 ? 1 : 2);
   yygrtextvectors();
-  yygdrv(zg::OpFont);
   yyhdrv(zg::OpFont);
+  if (s.ichtyp == 0) yygdrv(zg::OpFont);
+}
+
+void IGrCharSize(float width, float height) { yygrtextsize(width, height); }
+
+void IGrCharRatio(int rule, float ratio) {
+  auto& s = state();
+  s.ichratio = std::clamp(rule, 0, 3);
+  s.chratio = ratio > 0 ? ratio : 1.0f;
+  yygrtextsize();
 }
 
 void IGrCharFont(int family, int style) {

@@ -122,6 +122,23 @@ TEST_F(CgmTest, MetafileFramesPicturesAndExtent) {
     }
 }
 
+TEST_F(CgmTest, HeaderInfoReadBack) {
+  open(kDriverCgm, false, 756, 540);
+  IGrHardcopy("S");
+  int colours = 0;
+  float aspect = 0;
+  ASSERT_TRUE(yyinfocgm(path_, colours, aspect));
+  EXPECT_EQ(colours, 1 << 24);
+  EXPECT_NEAR(aspect, 6300.0f / 4500.0f, 1e-5);
+  {
+    std::ofstream cut(path_, std::ios::binary | std::ios::trunc);
+    cut << std::string("\x00\x2D\x0C", 3);  // a title that stops short
+  }
+  EXPECT_FALSE(yyinfocgm(path_, colours, aspect));
+  EXPECT_EQ(colours, 1);
+  EXPECT_EQ(WInfoError(1), 2);
+}
+
 TEST_F(CgmTest, BigPageScaledAndFontListsByOption) {
   options_ = {{28, 1}};
   open(kDriverCgm, false, 4000, 4000);

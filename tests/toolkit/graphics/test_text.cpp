@@ -157,14 +157,28 @@ TEST_F(SoftTextTest, StackedTextRunsDownFromThePoint) {
   EXPECT_TRUE(has(segs, px + 3 * xs_, py - h_ + 10 * ys_, px + 3 * xs_, py - h_ + 2 * ys_));
 }
 
+TEST_F(SoftTextTest, RatioRulesAndDefaultSize) {
+  const float xp = gs().xpxlen, yp = gs().ypxlen;
+  IGrCharRatio(2, 2.0f);  // width follows height: half of it
+  IGrCharSize(0.01f, 0.04f);
+  EXPECT_NEAR(gs().chsizx * xp, 0.04f * yp / 2, 1e-3);
+  IGrCharRatio(3, 2.0f);  // the height asked is more than the width allows: width rule
+  EXPECT_NEAR(gs().chsizx, 0.01f, 1e-6);
+  EXPECT_NEAR(gs().chsizy * yp, 2 * 0.01f * xp, 1e-3);
+  IGrCharSize(0.03f, 0.02f);  // now the height is the smaller
+  EXPECT_NEAR(gs().chsizy, 0.02f, 1e-6);
+  EXPECT_NEAR(gs().chsizx * xp, 0.02f * yp / 2, 1e-3);
+  IGrCharRatio(0);
+  IGrCharSize(0, -1);  // at or below 0: the defaults
+  EXPECT_FLOAT_EQ(gs().chsizx, 0.0133333f);
+  EXPECT_FLOAT_EQ(gs().chsizy, 0.0333333f);
+}
+
 class DeviceTextTest : public GraphicsTest {};
 
 TEST_F(DeviceTextTest, UnturnableDeviceFallsBackAndClipsWholeCharacters) {
   open(kDriverHpgl, false, 720, 720);
   IGrUnits(0, 0, 719.99f, 719.99f);
-  IGrCharSize(0.01f, 0.02f);
-  IGrCharSize(0, 0);  // a size of 0 takes the default
-  EXPECT_FLOAT_EQ(gs().chsizx, 0.0133333f);
   const float w = gs().xpxlen * gs().chsizx;
   WGrTextString(100, 100, "Device");
   WGrTextString(719.99f - 3.5f * w, 200, "ABCDEFGH");  // three whole characters fit
