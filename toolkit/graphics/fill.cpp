@@ -245,8 +245,11 @@ void fill_shape(int deviceop) {
   const int igpar2 = s.igpar2;
   s.igpar1 = 1;
   yyhdrv(deviceop);
+  // A driver that can't fill this shape answers -1 and gets the scan lines.
+  const bool declined = s.ighcpy > 0 && s.igpar1 == -1;
   for (int path : {kPathScreen, kPathHardcopy}) {
-    const bool device = style >= 3 && s.ifmeth[static_cast<size_t>(path - 1)] == 0;
+    const bool device = style >= 3 && s.ifmeth[static_cast<size_t>(path - 1)] == 0 &&
+                        !(declined && path == kPathHardcopy);
     if (device) continue;
     on_path(path, [&] {
       s.xwork = savedx;
@@ -291,6 +294,12 @@ void gradient_run(int x1, int x2, int y, int rgb) {
   s.igry = {y, y + 1};
   s.igpar1 = 1;
   xxhcif(zg::OpRectHalf);
+  if (s.igpar1 == -1) {
+    // A driver without fills takes the run as a line.
+    s.grx[1] = static_cast<float>(x2);
+    s.gry[1] = static_cast<float>(y);
+    xxhcif(zg::OpLine);
+  }
   s.igpar1 = -1;
   xxhcif(zg::OpRectHalf);
   s.icmodel = model;
@@ -656,4 +665,50 @@ void IGrGradient(std::span<const float> x, std::span<const float> y, std::span<c
   }
   s.nshvert = static_cast<int>(n);
   yygradientfill(s.iymnpx, s.iymxpx, s.ixmnpx, s.ixmxpx, steps);
+}
+
+// For drivers without ellipses, pies or arcs of their own: the shape of the
+// present arguments as a polygon or polyline, on the hardcopy path alone.
+void yygrhcshape(int op) {
+  auto& s = state();
+  const auto grx = s.grx, gry = s.gry;
+  const auto igrx = s.igrx, igry = s.igry;
+  const auto xwork = s.xwork, ywork = s.ywork;
+  const int igpar1 = s.igpar1, igpar2 = s.igpar2, screen = s.igscrn;
+  std::vector<float> px, py;
+  const float cx = grx[0], cy = gry[0];
+  bool open = false;
+  if (op == zg::OpEllipseHalf) {
+    for (int i = 0; i <= kEllipseVertices; ++i) {
+      const double a = 2 * M_PI * i / kEllipseVertices;
+      px.push_back(cx + grx[1] * static_cast<float>(std::cos(a)));
+      py.push_back(cy + gry[1] * static_cast<float>(std::sin(a)));
+    }
+  } else {
+    const float a0 = grx[2], a1 = gry[2], r = grx[1];
+    open = op == zg::OpArc && s.ifstyl == 0 && s.ifdens >= kOpenArcDensity;
+    const int n = std::max(2, static_cast<int>(std::ceil((a1 - a0) / (2 * M_PI) * kEllipseVertices)));
+    if (!open) {
+      px.push_back(cx);
+      py.push_back(cy);
+    }
+    for (int i = 0; i <= n; ++i) {
+      const float a = a0 + (a1 - a0) * static_cast<float>(i) / static_cast<float>(n);
+      px.push_back(cx + r * std::cos(a));
+      py.push_back(cy + r * std::sin(a));
+    }
+    if (!open) {
+      px.push_back(cx);
+      py.push_back(cy);
+    }
+  }
+  s.igscrn = 0;
+  if (open || (op == zg::OpArc) || (op == zg::OpEllipseHalf && s.ifstyl == 0))
+    yygrpolyline(px.data(), py.data(), static_cast<int>(px.size()), 1);
+  else
+    yygrpolygoncomplex(px.data(), py.data(), static_cast<int>(px.size()), 1);
+  s.igscrn = screen;
+  s.grx = grx; s.gry = gry; s.igrx = igrx; s.igry = igry;
+  s.xwork = xwork; s.ywork = ywork;
+  s.igpar1 = igpar1; s.igpar2 = igpar2;
 }

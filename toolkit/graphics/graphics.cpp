@@ -41,14 +41,14 @@ struct DriverEntry {
   const char* file;
 };
 constexpr DriverEntry kDrivers[] = {
-    {1, nullptr, "zelvplot.plt"},
+    {zelv_graphics::kDriverHpgl, xxhpgl, "zelvplot.plt"},
     {zelv_graphics::kDriverPostScript, xxpost, "zelvplot.ps"},
     {zelv_graphics::kDriverSvg, xxsvg, "zelvplot.svg"},
     {4, nullptr, "zelvplot.prn"},
     {6, nullptr, "zelvplot.png"},
-    {8, nullptr, "zelvplot.dxf"},
-    {9, nullptr, "zelvplot.cgm"},
-    {12, nullptr, "zelvplot.plt"},
+    {zelv_graphics::kDriverDxf, xxdxf, "zelvplot.dxf"},
+    {zelv_graphics::kDriverCgm, xxcgm, "zelvplot.cgm"},
+    {zelv_graphics::kDriverHpgl2, xxhpgl2, "zelvplot.plt"},
 };
 constexpr int kFlagPrintCommand = 8;
 constexpr std::string_view kPrintMark = " @ ";
@@ -387,7 +387,10 @@ void yygrpolyline(const float* x, const float* y, int count, int raster) {
 // ---- Paths --------------------------------------------------------------
 
 void yygdrv(int op) {
-  if (state().igscrn > 0) yygapi(op);
+  const auto& s = state();
+  if (s.igscrn <= 0) return;
+  if (s.igdriver != 0) yygcgm(op);
+  else yygapi(op);
 }
 
 void yyhdrv(int op) {
@@ -491,6 +494,8 @@ void IGrInit(std::string_view options) {
   s.chsizx = 0.0133333f; s.chsizy = 0.0333333f; s.chrota = 0;
   s.ichfam = s.ichfam2 = 2; s.ichstyl = 0; s.ichprop = 0; s.ichali = 0;
   s.xcur = s.ycur = 0;
+  if (s.igdriver != 0 && s.igscrn > 0) yygcgm(zg::OpClose);
+  s.igdriver = 0;
   s.igscrn = 0;
   set_raster(kDefaultRaster, kDefaultRaster);
   s.nxpixl = s.nypixl = kDefaultRaster;
@@ -507,6 +512,7 @@ void IGrInit(std::string_view options) {
     }
   }
   apply_area();
+  yygrtextinit();
   yygrtextvectors();
   if (s.igscrn > 0) {
     yygdrv(zg::OpStart);
@@ -527,6 +533,27 @@ void IGrInit(std::string_view options) {
 
 void IGrSelect(int targettype, int targetid) {
   auto& s = state();
+  constexpr int kMetafileTarget = 4;
+  if (targettype == kMetafileTarget) {
+    // The screen path writes a memory metafile on a raster of the default size.
+    yygapiflush();
+    s.itarg = kMetafileTarget;
+    s.itargid = std::max(targetid, 0);
+    s.igdriver = kMetafileTarget;
+    s.igscrn = 1;
+    set_raster(kDefaultRaster, kDefaultRaster);
+    s.nxpixl = s.nxgraf;
+    s.nypixl = s.nygraf;
+    yygcgmopen(s.itargid);
+    s.igpar1 = 1;
+    yygcgm(zg::OpStart);
+    IGrArea(s.xgamin, s.ygamin, s.xgamax, s.ygamax);
+    return;
+  }
+  if (s.igdriver != 0) {
+    yygcgm(zg::OpClose);
+    s.igdriver = 0;
+  }
   s.itarg = 1;
   s.itargid = (targettype == 1 && targetid >= 0) ? targetid : WInfoWindow(4);
   if (targettype == 1 && targetid >= 0) WindowSelect(targetid);
@@ -549,6 +576,7 @@ void IGrArea(float x1, float y1, float x2, float y2) {
     s.xgalen = x2 - x1;
     s.ygalen = y2 - y1;
   }
+  yygrtextrotate(s.chrotar);
   yygrtextvectors();
 }
 
@@ -743,6 +771,7 @@ void IGrHardcopy(std::string_view filename, std::string_view title) {
     apply_area();
   }
   update_aspect();
+  yygrtextrotate(s.chrotar);
   yygrtextvectors();
   s.plotx = s.ploty = zg::kUnknownPoint;
   for (int op : {zg::OpLineWidth, zg::OpLineType, zg::OpJoin, zg::OpCap, zg::OpClip, zg::OpFont, zg::OpColour})

@@ -4,6 +4,7 @@
 // indexes 0..255 under the palette model.
 #pragma once
 
+#include <optional>
 #include <span>
 #include <string_view>
 
@@ -11,6 +12,7 @@ namespace zelv_graphics {
 // Hardcopy driver numbers.
 constexpr int kDriverPostScript = 2;
 constexpr int kDriverSvg = 3;
+constexpr int kDriverHpgl = 1, kDriverDxf = 8, kDriverCgm = 9, kDriverHpgl2 = 12;
 // Fill styles.
 constexpr int kFillOutline = 0, kFillHatch = 1, kFillCrossHatch = 2, kFillHalfTone = 3, kFillSolid = 4;
 // Hardcopy option numbers used by callers.
@@ -23,8 +25,12 @@ constexpr int kPaletteBlack = 223;
 // Start of graphics. Options: "H" keeps the screen path off, "P" keeps the
 // hardcopy options and default names of the selected driver.
 void IGrInit(std::string_view options = {});
-// Screen target: 1 window (handle, default the current one); others fall back to it.
+// Screen target: 1 window (handle, default the current one), 4 memory
+// metafile (its number); others fall back to the window.
 void IGrSelect(int targettype, int targetid = -1);
+// Draws memory metafile `id` again on the paths in force, its picture
+// stretched over the whole raster.
+void IGrReplay(int id);
 // Part of the target in use, as fractions 0..1; error 44 on a bad pair.
 void IGrArea(float x1, float y1, float x2, float y2);
 // The caller's numbers over the area; error 16 on an empty range.
@@ -64,9 +70,29 @@ void igrplotmode2(int mode = 0);
 // style bits 1 bold, 2 italic; alignment 0 left, 1 centre, 2 right; angle in degrees.
 void IGrCharSize(float width, float height);
 void IGrCharFont(int family, int style = 0);
+// Keeps width and height in a ratio (height over width, in raster units):
+// 0 none, 1 height follows width, 2 width follows height, 3 the smaller wins.
+void IGrCharRatio(int rule, float ratio = 1.0f);
 void IGrCharAlign(int alignment);
 void IGrCharRotate(float degrees);
 void IGrCharOut(float x, float y, std::string_view text);
+// 0 device text where the path can draw it, 1 software text on both paths.
+void IGrCharType(int type);
+// 0 fixed pitch, 1 proportional by the software font's widths, 2 by the device's.
+void IGrCharSpacing(int spacing);
+// 0 along the text direction, 1 stacked downward.
+void IGrCharDirection(int direction);
+// Text at a point (the current point when absent), device or software text per
+// path; the point is the left end of the text's middle line before alignment.
+void WGrTextString(std::optional<float> x, std::optional<float> y, std::string_view text);
+// Length of a text in character cells; mode 1 never asks the device.
+float WGrTextLength(std::string_view text, int mode = 0);
+// The software fonts: the stroke font, and the outline fonts by family.
+void WGrVFontStandard();
+void WGrOFontFixed();
+void WGrOFontRoman();
+void WGrOFontSwiss();
+void WGrOFontSymbol();
 
 // Hardcopy. Option 1 records the driver and runs its set-up.
 void IGrHardcopySelect(int option, int driver);

@@ -5,6 +5,7 @@
 #include <array>
 #include <cstdio>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -28,6 +29,17 @@ enum Op : int {
 constexpr int kAskDriver = -999;
 constexpr int kKeepPage = -998;
 constexpr float kUnknownPoint = -9999.0f;
+
+// A software font: glyphs as runs of grid characters, located per character.
+struct SoftFont {
+  float xspace = 7.68f, yspace = 11.88f, xgridc = 6, ygridc = 11;
+  int ichset = 8, ichspa = 0, icheuro = 0, ichvec = 1, ichwgt = 0;
+  std::string cchdata;
+  std::array<int, 96> icloc7{};  // 0-based starts of characters 33..127, then the end
+  std::array<int, 96> icloc8{};  // the same for 161..255
+  std::string cswfontfile;
+  int ichtyp = 0;
+};
 
 struct FileCloser {
   void operator()(std::FILE* f) const { std::fclose(f); }
@@ -72,6 +84,16 @@ struct State {
   float chsizx = 0.0133333f, chsizy = 0.0333333f, chrota = 0;
   int ichfam = 2, ichfam2 = 2, ichstyl = 0, ichprop = 0, ichali = 0;
   float sinhgt = 0, coshgt = 0;
+  // Software text.
+  float chrotar = 0, chrotc = 1, chrotx = 0, chroty = 0, chrotcr = 1, chrotxr = 0, chrotyr = 0;
+  float coswid = 0, sinwid = 0, chslnt = 0;
+  int ichtyp = 0, ichdir = 0, inoutstr = 0;
+  float chsizxreq = 0.0133333f, chsizyreq = 0.0333333f, chratio = 1;
+  int ichratio = 0;
+  std::array<int, 4> ichsubs{0, 1, 1, 0};  // 1-based: screen, hardcopy, keep font
+  SoftFont font, fontsaved;
+  std::array<float, 96> chspac7{};  // widths of 32..127
+  std::array<float, 95> chspac8{};  // widths of 161..255
 
   // Gradient polygon.
   std::vector<int> ishadex, ishadey, ishadec;
@@ -128,6 +150,44 @@ void yyhdrv(int op);
 void xxhcif(int op);
 void xxpost(int op);
 void xxsvg(int op);
+void xxhpgl(int op);
+void xxhpgl2(int op);
+void xxcgm(int op);
+void xxdxf(int op);
+// DXF writers: group code and text, real, integer, a point's two groups, an
+// entity head.
+void yydxf1(std::string_view name);
+void yydxf2(int codex, int codey, float x, float y);
+void yydxf3(int code, std::string_view text);
+void yydxf4(int code, float value);
+void yydxf5(int code, int value);
+std::string yydxfreal(float value);
+// Plotter-language writers.
+void yyhpglwrite(std::string_view text);
+void yyhpglwritetrim(std::string_view text);
+void yyhpglcmd(std::string_view text);
+void yyhpglcmdscaled(std::string_view command, float x, float y);
+void yyhpglreplaydata(int kind, int a, int b, int c, int d);
+void yyhpgl2pencolour(int index, int r, int g, int b);
+// Metafile writers: a header word, integers, a point, strings, whole elements.
+std::string yycgm2(int cls, int id, size_t length);
+void yycgm3(std::string& out, float x, float y);
+std::string yycgm4(int cls, int id, int rgb);
+void yycgm5(std::string& out, int value);
+void yycgm6(std::string& out, int a, int b);
+void yycgm7(std::string& out, std::string_view text);
+void yycgm8(std::string& out, std::string_view text);
+void yycgm1(int& r, int& g, int& b);
+void yycgm10(int id, size_t from, size_t to);
+std::string yycgmelement(int cls, int id, const std::string& params, bool longform);
+// The memory metafile: the twin of the file driver on the screen path.
+void yygcgm(int op);
+// Makes (or empties) memory metafile `id`; writes beyond the capacity are
+// dropped. A capacity of 0 keeps the one it has, or takes a megabyte.
+void yygcgmopen(int id, size_t capacity = 0);
+const std::string& yygcgmdata(int id);
+// Colour count and aspect from a metafile's header.
+bool yyinfocgm(const std::string& file, int& colours, float& aspect);
 void yygapi(int op);
 void yyresn(int type, int id, int width, int height);
 void yydefh();
@@ -142,6 +202,26 @@ std::string yyrgbhex(int red, int green, int blue);
 
 // Text measures for the device text routines.
 void yygrtextvectors();
+// Software text: font loading, widths, the angle, and the choice per path.
+void yygrtextinit();
+void yychsfont(float xspace, float yspace, float xgrid, float ygrid, int set, int flags, int spacing, int target,
+               std::string_view name, std::string_view data, const std::array<int, 96>& loc7,
+               const std::array<int, 96>& loc8);
+bool yygrtextspacing(int character, float spacing7, float spacing8);
+void yygrtextrotate(float angle);
+void yygrtextsizeset(float x, float y);
+void yygrtextsize(std::optional<float> x = std::nullopt, std::optional<float> y = std::nullopt);
+// A parallelogram in the background colour behind a text from its start.
+void yygrtextstringfillback(float sx, float sy, float length, float width, float height);
+bool yygrtextsubstitution(int path, float width, float height);
+void yygrtextfontsave(bool save);
+void yygrofontfixed();
+void yygrofontfixedbold();
+void yygrofontroman();
+void yygrofontromanbold();
+void yygrofontswiss();
+void yygrofontswissbold();
+void yygrdefaultspacing(std::array<float, 96>& space7, std::array<float, 95>& space8);
 
 // Output of the drivers.
 void yygrhcopen(int unit);
@@ -153,6 +233,9 @@ void yygrhcclose(int unit);
 // Fill.
 void yygrpolygoncomplex(const float* x, const float* y, int count, int raster);
 void yygrrectangle(float x1, float y1, float x2, float y2, bool report);
+// An ellipse (5), pie (13) or arc (34) of the present arguments drawn as lines
+// or a polygon on the hardcopy path, for drivers that lack the shape.
+void yygrhcshape(int op);
 void yygrfillstepsize(int path, int density, float& xstep, float& ystep, int& xint, int& yint, float& inset,
                       bool& diagonal);
 void yygradientfill(int iymin, int iymax, int ixmin, int ixmax, int steps);

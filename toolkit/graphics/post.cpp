@@ -502,6 +502,10 @@ void xxpost(int op) {
       s.i24cap[2] = 1;
       s.igradcap[2] = 0;
       s.ipropcap[2] = 1;
+      // Device text in every size and at every angle: never software text.
+      s.igcset[2] = 8;
+      s.sizemin[2] = 1.7E38f;
+      s.icsrot[2] = 360;
       s.yhstep = 1.0f;
       s.cdeffile[2] = "zelvplot.ps";
       return;

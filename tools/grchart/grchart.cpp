@@ -1,7 +1,7 @@
 // Draws one test chart of the graphics layer: line types and widths, markers,
 // arcs, every fill style, gradients, device text, the 256 palette colours.
 //
-//   grchart [--ps FILE] [--eps FILE] [--svg FILE] [--screen SECONDS]
+//   grchart [--ps|--eps|--svg|--hpgl|--hpgl2|--cgm|--dxf|--replay-svg FILE]... [--screen SECONDS]
 //
 // Files are written with the screen path off, on a 640 by 480 page for EPS
 // and SVG, so that the two can be compared pixel for pixel.
@@ -194,6 +194,50 @@ void texts() {
   IGrCharAlign(0);
 }
 
+// Software text, the same on every path: strokes at several sizes and
+// angles, filled outlines, proportional and stacked text.
+void software_texts() {
+  label(80, 36, "Software text: strokes, outlines, sizes, angles");
+  IGrColourN(kPaletteBlack);
+  IGrCharType(1);
+  IGrCharFont(2, 0);
+  WGrVFontStandard();
+  const std::array<float, 3> sizes{0.006f, 0.009f, 0.013f};
+  for (size_t i = 0; i < sizes.size(); ++i) {
+    IGrCharSize(sizes[i], sizes[i] * 2.0f * kChartWidth / kChartHeight);
+    IGrCharOut(80, 31 - 5.5f * static_cast<float>(i), i == 0 ? "ABCDEFGHIJKLMNOPQRSTUVWXYZ 0123456789" : "Stroke 42 Ag!");
+  }
+  IGrCharSize(0.005f, 0.010f * kChartWidth / kChartHeight);
+  IGrCharOut(80, 15, "abcdefghijklmnopqrstuvwxyz ()[]{}<>=+-*/%$#@&?");
+  IGrCharSize(0.007f, 0.014f * kChartWidth / kChartHeight);
+  IGrColourN(100);
+  for (int a : {0, 30, 60, 90}) {
+    IGrCharRotate(static_cast<float>(a));
+    IGrCharOut(134, 3, "    " + std::to_string(a));
+  }
+  IGrCharRotate(0);
+  IGrColourN(kPaletteBlack);
+  IGrCharSpacing(1);
+  WGrOFontSwiss();
+  IGrCharSize(0.010f, 0.022f * kChartWidth / kChartHeight);
+  IGrCharOut(80, 10, "Outline, Wide");
+  IGrCharFont(3, 1);
+  WGrOFontRoman();
+  IGrCharAlign(2);
+  IGrCharOut(128, 4, "Bold right");
+  IGrCharAlign(0);
+  IGrCharSpacing(0);
+  IGrCharFont(2, 2);
+  WGrVFontStandard();
+  IGrCharSize(0.006f, 0.012f * kChartWidth / kChartHeight);
+  IGrCharOut(80, 4, "italic");
+  IGrCharFont(2, 0);
+  IGrCharDirection(1);
+  IGrCharOut(156, 32, "DOWN");
+  IGrCharDirection(0);
+  IGrCharType(0);
+}
+
 void palette() {
   label(4, 40, "Palette 0-255");
   IGrColourModel(1);
@@ -217,6 +261,7 @@ void chart() {
   gradients();
   texts();
   palette();
+  software_texts();
 }
 
 void to_file(int driver, std::string_view file, bool encapsulated) {
@@ -233,6 +278,19 @@ void to_file(int driver, std::string_view file, bool encapsulated) {
   IGrHardcopy("S");
 }
 
+// The chart kept in a memory metafile, then replayed onto an SVG file.
+void replayed(std::string_view file) {
+  constexpr int kMetafile = 1;
+  IGrInit("H");
+  IGrSelect(4, kMetafile);
+  chart();
+  IGrInit("H");
+  IGrHardcopySelect(1, kDriverSvg);
+  IGrHardcopy(file);
+  IGrReplay(kMetafile);
+  IGrHardcopy("S");
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -242,9 +300,14 @@ int main(int argc, char** argv) {
     if (opt == "--ps") to_file(kDriverPostScript, val, false);
     else if (opt == "--eps") to_file(kDriverPostScript, val, true);
     else if (opt == "--svg") to_file(kDriverSvg, val, false);
+    else if (opt == "--hpgl") to_file(kDriverHpgl, val, false);
+    else if (opt == "--hpgl2") to_file(kDriverHpgl2, val, false);
+    else if (opt == "--cgm") to_file(kDriverCgm, val, false);
+    else if (opt == "--dxf") to_file(kDriverDxf, val, false);
+    else if (opt == "--replay-svg") replayed(val);
     else if (opt == "--screen") seconds = std::atoi(argv[i + 1]);
     else {
-      std::fprintf(stderr, "usage: grchart [--ps FILE] [--eps FILE] [--svg FILE] [--screen SECONDS]\n");
+      std::fprintf(stderr, "usage: grchart [--ps|--eps|--svg|--hpgl|--hpgl2|--cgm|--dxf|--replay-svg FILE]... [--screen SECONDS]\n");
       return 2;
     }
   }

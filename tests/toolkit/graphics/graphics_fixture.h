@@ -12,6 +12,7 @@
 #include <fstream>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 class GraphicsTest : public ::testing::Test {
@@ -30,6 +31,7 @@ class GraphicsTest : public ::testing::Test {
   // Opens a hardcopy on the driver; EPS portrait at the given page size for PostScript.
   void open(int driver, bool eps = true, int width = 640, int height = 480) {
     IGrHardcopySelect(1, driver);
+    for (const auto& [option, value] : options_) IGrHardcopyOptions(option, value);
     if (driver == zelv_graphics::kDriverPostScript && eps) {
       IGrHardcopyOptions(zelv_graphics::kOptOrientation, 0);
       IGrHardcopyOptions(zelv_graphics::kOptEncapsulated, 1);
@@ -64,4 +66,5 @@ class GraphicsTest : public ::testing::Test {
   }
 
   std::string path_;
+  std::vector<std::pair<int, int>> options_;  // set on the driver before it opens
 };
