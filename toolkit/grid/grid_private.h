@@ -166,3 +166,8 @@ bool yyGridCanPaste(Widget grid);
 // The text clipboard beneath: put a text, read the text there (false: none).
 bool yyGridClipboardPut(Widget w, std::string_view text);
 bool yyGridClipboardGet(Widget w, std::string& text);
+
+// What a grid window does with a message before the application sees it:
+// its exposures are its own, a new size is the grid's.
+struct MessageRecord;
+void yyGridProcessMessage(int& type, MessageRecord& record);
