@@ -9,6 +9,7 @@
 #include "app/resources/gombrel_resources.h"
 #include "toolkit/comdlg/message_box.h"
 #include "toolkit/dialog/dialog.h"
+#include "toolkit/editor/editor.h"
 #include "toolkit/grid/grid.h"
 #include "toolkit/kernel/resources.h"
 #include "toolkit/kernel/startup.h"
@@ -66,6 +67,7 @@ void main_window() {
   yyDialogAttach();
   yyGridAttach();
   yyComdlgAttach();
+  yyEditAttach();
   WInitialise("");
   const int toolbars[4] = {gombrel_ids::toolbar::main, 0, 0, 0};
   WindowOpen(35, 15, 15, std::nullopt, std::nullopt, gombrel_ids::menu::main, toolbars, gombrel_ids::dialog::main_form,

@@ -614,7 +614,7 @@ void yyst2dbl(double& value, std::string_view text) {
   quietly([&] { istringtodouble(c_text(text), value); });
 }
 
-void yyst2dblcheck(double& value, int& valid, std::string_view text) {
+void yyst2dblcheck_(double& value, int& valid, std::string_view text) {
   valid = quietly([&] { istringtodouble(c_text(text), value); }) ? 1 : 0;
 }
 

@@ -55,7 +55,7 @@ void yyst2int(int& value, std::string_view text);
 void yyst2rea(float& value, std::string_view text);
 void yyst2dbl(double& value, std::string_view text);
 // As yyst2dbl; `valid` is 1 when the text was a number, else 0.
-void yyst2dblcheck(double& value, int& valid, std::string_view text);
+void yyst2dblcheck_(double& value, int& valid, std::string_view text);
 
 // Parse the text and write the number back into it in the format (a blank format
 // gives the defaults of yyint2st, yyrea2st, yydbl2st), error state kept.

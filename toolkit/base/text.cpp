@@ -24,6 +24,17 @@ void ilocatestring(std::string_view text, int& first, int& last) {
   while (static_cast<std::size_t>(last) < text.size() && !is_separator(text[last])) ++last;
 }
 
+std::string yyStrDeAmpersand(std::string_view text) {
+  std::string out;
+  out.reserve(text.size());
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (text[i] == '&' && i + 1 < text.size() && text[i + 1] != '&') continue;
+    out += text[i];
+    if (text[i] == '&' && i + 1 < text.size()) out += text[++i];  // the pair is copied whole
+  }
+  return out;
+}
+
 void ilowercase(std::string& text) {
   for (char& c : text) c = lower(c);
 }

@@ -10,6 +10,9 @@ int ilocatechar(std::string_view text);
 // Positions of the first and last character of the first word (a run of
 // characters other than blank and zero); both 0 if there is none.
 void ilocatestring(std::string_view text, int& first, int& last);
+// The text less its mnemonic marks: an ampersand before any character but
+// another ampersand is dropped; everything else, "&&" included, is kept.
+std::string yyStrDeAmpersand(std::string_view text);
 // Conversions of A-Z and a-z only.
 void ilowercase(std::string& text);
 void iuppercase(std::string& text);

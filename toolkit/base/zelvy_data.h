@@ -71,9 +71,9 @@ namespace zelvy_comdlg {
 
 struct Data {
   int icderr = 0;
+  int icdlgbut = 0;  // the last common dialog's result: 1 OK, 2 Cancel, 3 Abort, 4 Retry, 5 Ignore, 6 Yes, 7 No
   std::array<int, 3> icdopt{8, 25, 10};
   std::array<int, 2> wcomdlgpos{20, 20};  // default position of the common dialogs
-  int icdlgbut = 0;                       // the button that answered the last message box
 };
 
 Data& data();

@@ -21,6 +21,7 @@
 #include "toolkit/kernel/dialog_attach.h"
 #include "toolkit/kernel/display_private.h"
 #include "toolkit/kernel/message.h"
+#include "toolkit/kernel/tooltip_private.h"
 #include "toolkit/kernel/message_private.h"
 #include "toolkit/kernel/window.h"
 #include "toolkit/kernel/window_private.h"
@@ -136,6 +137,8 @@ void yyDialogFree(DialogRecord& d) {
   yyDialogForgetFields(d);
   for (FieldRecord& f : d.fields)
     if (f.image != 2 && xdisplay()) XFreePixmap(xdisplay(), f.image);
+  // The cover window goes with the dialog's own; its picture doesn't.
+  if (d.freeze.pixmap && xdisplay()) XFreePixmap(xdisplay(), d.freeze.pixmap);
   d = DialogRecord{};
 }
 
@@ -188,6 +191,7 @@ bool yyDialogCreate(int idx, Widget parent, int kind) {
     XmAddWMProtocolCallback(d.shell, del, yyDialogWMCloseCB, reinterpret_cast<XtPointer>(static_cast<std::intptr_t>(idx)));
   }
   XtAddEventHandler(d.widget, KeyPressMask, False, yyDialogEscapeEH, nullptr);
+  yyDialogKeyTranslations(d, nullptr);
   XtAddCallback(d.widget, XtNdestroyCallback, yyDialogDestroyCB, reinterpret_cast<XtPointer>(static_cast<std::intptr_t>(idx)));
   d.focusShell = d.widget;
   while (d.focusShell && !XtIsVendorShell(d.focusShell)) d.focusShell = XtParent(d.focusShell);
@@ -253,11 +257,13 @@ void yyDialogAllocLoad(int idx, int resid, const RcDialog& rc) {
   }
 }
 
+}  // namespace
+
 // Returns true when the dialog was already loaded; `error` 0 or the code.
 bool yyDialogLoad(int resid, int dialogid, bool forceNew, int kind, Widget parent, int messageMode, int& error) {
   error = 0;
   int count = -1, titleLength = -1;
-  yyrcdialogcheck(resid, count, titleLength);
+  yyrcdialogcheck_(resid, count, titleLength);
   int idx = forceNew ? -1 : yyDialogFind(dialogid);
   bool existed = idx >= 0;
   if (!existed) {
@@ -287,7 +293,10 @@ bool yyDialogLoad(int resid, int dialogid, bool forceNew, int kind, Widget paren
   return existed;
 }
 
+namespace {
+
 void yyDialogDestroy(int idx) {
+  yyTooltipDestroy();  // it may belong to one of the fields going
   DialogRecord& d = ds.wDialogInfo[idx];
   if (!d.widget) {
     yyDialogFree(d);
@@ -307,6 +316,7 @@ void yyDialogDestroy(int idx) {
 }
 
 void yyDialogHide(int idx) {
+  yyTooltipDestroy();  // it may belong to one of the fields going
   DialogRecord& d = ds.wDialogInfo[idx];
   if (d.shownMode == -1) return;
   if (d.shownMode == 3) yyMsgSemiModelessStack(-1, 2, idx);
@@ -377,6 +387,8 @@ int yyDialogShow(int x, int y, int mode, int fieldid) {
     XMoveWindow(dpy, XtWindow(d.shell), x, y);
   }
   yyDialogSizeFix(d);
+  for (FieldRecord& f : d.fields)
+    if (f.type == kTreeview) yyDialogTreeviewFixState(f);
   d.shownMode = mode;
   d.focusField = -1;
   const int fi = fieldid != 0 ? yyDialogFindField(fieldid, ds.iDlgCur) : -1;
@@ -404,6 +416,22 @@ void window_dialog_pixels(int dialogid, int& width, int& height, bool& resizable
 
 void window_dialog_combine(int dialogid, int handle) { yywindowdialog(handle, dialogid); }
 
+// Only dialogs the program draws on need their picture kept; the widgets of
+// the others repaint themselves while the modal loop runs.
+bool dialog_freeze(int on) {
+  bool kept = true;
+  for (DialogRecord& d : ds.wDialogInfo) {
+    if (d.identifier == -1 || !d.widget) continue;
+    if (on == 0) {
+      yyDialogWidgetBlitAllNowX(d);
+      continue;
+    }
+    if (d.shownMode == -1 || !yyDialogUserDrawn(d) || !XtIsRealized(d.widget)) continue;
+    if (d.freezeCount++ == 0 && !yyFreezePicture(XtWindow(d.widget), d.freeze)) kept = false;
+  }
+  return kept;
+}
+
 }  // namespace
 
 // ---- Engine internals ------------------------------------------------------
@@ -413,13 +441,14 @@ void yyDialogInit() {
   for (DialogRecord& d : ds.wDialogInfo) d = DialogRecord{};
   ds.iDlgCur = -1;
   yyDialogFontInfo();
+  yyDialogKeyInit();
   engineReady = true;
 }
 
 bool yyDialogPixelSize(int resid, int& width, int& height) {
   dialog_metrics_ready();
   int count = -1, titleLength = -1;
-  yyrcdialogcheck(resid, count, titleLength);
+  yyrcdialogcheck_(resid, count, titleLength);
   if (count < 0) return false;
   int w = 0, h = 0, anchor = 0, font = 0, bytes = 0;
   std::uint32_t style = 0, layout = 0;
@@ -570,6 +599,33 @@ DialogRecord* yyDialogFieldInfo(Widget w, FieldRecord*& field) {
 
 bool yyDialogUserDrawn(const DialogRecord& d) { return d.drawnOn || d.fieldDrawnOn; }
 
+void yydialoggrselect_(int fieldid, int& error) {
+  error = 0;
+  if (ds.iDlgCur < 0 || ds.wDialogInfo[static_cast<std::size_t>(ds.iDlgCur)].identifier == -1) {
+    error = 1008;
+    return;
+  }
+  DialogRecord& d = ds.wDialogInfo[static_cast<std::size_t>(ds.iDlgCur)];
+  if (fieldid == 0) {
+    d.drawnOn = true;
+    return;
+  }
+  const int fi = yyDialogFindField(fieldid, ds.iDlgCur);
+  if (fi < 0 || d.fields[static_cast<std::size_t>(fi)].type != kPicture) {
+    error = 1006;
+    return;
+  }
+  d.fields[static_cast<std::size_t>(fi)].drawnOn = true;
+  d.fieldDrawnOn = true;
+}
+
+void yyDialogWidgetBlitAllNowX(DialogRecord& d) {
+  if (d.freezeCount == 0 || --d.freezeCount > 0) return;
+  yyFreezeRelease(d.freeze);
+  // What the program drew comes back through its own expose messages.
+  if (d.widget && XtIsRealized(d.widget)) XClearArea(xdisplay(), XtWindow(d.widget), 0, 0, 0, 0, True);
+}
+
 void yyDialogResize(int idx, int width, int height) {
   if (idx < 0 || idx >= kDialogs) return;
   DialogRecord& d = ds.wDialogInfo[idx];
@@ -673,6 +729,11 @@ void yydialogtitle_(int icon, bool haveTitle, int& error, std::string_view title
   DialogRecord& d = ds.wDialogInfo[ds.iDlgCur];
   d.title.assign(title);
   if (d.shell) XtVaSetValues(d.shell, XmNtitle, d.title.empty() ? " " : d.title.c_str(), nullptr);
+  // A tab page's title is its tab's label.
+  if (d.kind == 1)
+    for (DialogRecord& owner : ds.wDialogInfo)
+      for (FieldRecord& f : owner.fields)
+        if (f.type == kTab) yyTabWidgetChangeLabelX(f, d.identifier, d.title);
 }
 
 void yydialogencoding_(int encoding) { zelvy_x::state().iDialogEncoding = encoding; }
@@ -866,8 +927,44 @@ void WDialogShow(std::optional<int> x, std::optional<int> y, std::optional<int> 
   yymessagemodal(0);
 }
 
-void wdialogshowcommon(std::optional<int> fieldid, std::optional<int> mode, std::optional<int>) {
-  WDialogShow(zelvy_comdlg::data().wcomdlgpos[0], zelvy_comdlg::data().wcomdlgpos[1], fieldid, mode);
+void yycomdlggetpos(int code, bool isDialog, int width, int height, int& x, int& y) {
+  // The reference's origin on the screen; a reference that isn't there
+  // leaves x, y as given, then still kept on the screen.
+  auto from_dialog = [&](const DialogRecord* d) {
+    if (!d || !d->widget || !XtIsRealized(d->widget)) return false;
+    Window child = 0;
+    int rx = 0, ry = 0;
+    if (!XTranslateCoordinates(xdisplay(), XtWindow(d->widget), DefaultRootWindow(xdisplay()), x, y, &rx, &ry, &child))
+      return false;
+    x = rx;
+    y = ry;
+    return true;
+  };
+  auto dialog_with_id = [](int id) -> const DialogRecord* {
+    const int idx = yyDialogFind(id);
+    return idx < 0 ? nullptr : &ds.wDialogInfo[static_cast<std::size_t>(idx)];
+  };
+  if (xdisplay()) {
+    if (code < 0) {
+      const DialogRecord* cur = ds.iDlgCur >= 0 && ds.wDialogInfo[static_cast<std::size_t>(ds.iDlgCur)].shownMode != -1
+                                    ? &ds.wDialogInfo[static_cast<std::size_t>(ds.iDlgCur)]
+                                    : nullptr;
+      if (!from_dialog(cur)) yyWindowGetPos(0, x, y);
+    } else if (isDialog) {
+      from_dialog(dialog_with_id(code));
+    } else {
+      yyWindowGetPos(code, x, y);
+    }
+  }
+  yyWindowPositionOnScreen(width, height, x, y);
+}
+
+void wdialogshowcommon(std::optional<int> fieldid, std::optional<int> mode, std::optional<int> code) {
+  DialogRecord* d = yyDialogCurrent("WDialogShow");
+  if (!d) return;
+  int x = zelvy_comdlg::data().wcomdlgpos[0], y = zelvy_comdlg::data().wcomdlgpos[1];
+  yycomdlggetpos(code.value_or(-1), false, d->width, d->height, x, y);
+  WDialogShow(x, y, fieldid, mode);
 }
 
 void WDialogHide() {
@@ -914,6 +1011,7 @@ void yyDialogAttach() {
   hooks.shutdown = yyDialogShutdown;
   hooks.pixels = window_dialog_pixels;
   hooks.combine = window_dialog_combine;
+  hooks.freeze = dialog_freeze;
   yyAttachDialogEngine(hooks);
   LoopHooks loop;
   loop.dialogEvent = yyDialogProcessEvent;

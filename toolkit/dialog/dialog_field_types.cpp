@@ -111,7 +111,9 @@ void label_create(DialogRecord& d, FieldRecord& f) {
   yyDialogLabelSetText(f, f.text);
 }
 
-Pixmap image_pixmap(int imageId, int type, Pixel background, int& w, int& h) {
+// With `greyed` the image fades two thirds of the way into the background, as
+// a disabled button shows it.
+Pixmap image_pixmap(int imageId, int type, Pixel background, int& w, int& h, bool greyed = false) {
   std::vector<std::uint8_t> rgba;
   int status = 0;
   yyrcimagepixels(imageId, type, w, h, rgba, status);
@@ -123,11 +125,17 @@ Pixmap image_pixmap(int imageId, int type, Pixel background, int& w, int& h) {
   GC gc = XCreateGC(dpy, pm, 0, nullptr);
   XSetForeground(dpy, gc, background);
   XFillRectangle(dpy, pm, gc, 0, 0, static_cast<unsigned>(w), static_cast<unsigned>(h));
+  XColor bg{};
+  bg.pixel = background;
+  if (greyed) XQueryColor(dpy, DefaultColormap(dpy, zelvy_x::state().iScreen), &bg);
+  auto fade = [&](std::uint8_t c, unsigned short b) {
+    return greyed ? static_cast<std::uint8_t>((c + 2 * (b >> 8)) / 3) : c;
+  };
   for (int y = 0; y < h; ++y)
     for (int x = 0; x < w; ++x) {
       const std::uint8_t* p = &rgba[static_cast<std::size_t>((y * w + x) * 4)];
       if (p[3] >= 128) continue;
-      XSetForeground(dpy, gc, yyAllocPixel(p[0], p[1], p[2]));
+      XSetForeground(dpy, gc, yyAllocPixel(fade(p[0], bg.red), fade(p[1], bg.green), fade(p[2], bg.blue)));
       XDrawPoint(dpy, pm, gc, x, y);
     }
   XFreeGC(dpy, gc);
@@ -230,12 +238,18 @@ int centred_margin(const FieldRecord& f, int inner) {
   return std::max(0, (inner - line) / 2);
 }
 
+// What every text widget of a field starts with: no cursor until it has the
+// focus, a one-pixel side margin.
+Args& yyDialogXmTextProps1(Args& args, int marginHeight) {
+  return args.add(XmNmarginHeight, marginHeight).add(XmNmarginWidth, 1).add(XmNcursorPositionVisible, False);
+}
+
 Args& text_args(Args& args, const FieldRecord& f) {
   const bool edge = (f.style & field_style::kBorder) || (f.extendedStyle & field_style2::kEdges);
   // The line sits in the middle of a field taller than one line.
   const int shadow = (edge || !zelvy_x::state().bFlatStyle) ? 1 : 0;
   const int margin = (f.type == kString && (f.style & field_style::kMultiLine)) ? 0 : centred_margin(f, f.height - 2 * shadow);
-  args.add(XmNmarginHeight, margin).add(XmNmarginWidth, 1).add(XmNcursorPositionVisible, False);
+  yyDialogXmTextProps1(args, margin);
   args.add(XtNbackground, yyDialogScheme(15)).add(XtNforeground, yyDialogScheme(14));
   if (zelvy_x::state().bFlatStyle) {
     args.add(XmNshadowThickness, edge ? 1 : 0);
@@ -314,9 +328,13 @@ void create_text(DialogRecord& d, FieldRecord& f) {
   if ((f.style & field_style::kPassword) && !numeric) initial.clear();
   double v = 0;
   int good = 0;
-  if (numeric && !initial.empty()) yyst2dblcheck(v, good, initial);
+  if (numeric && !initial.empty()) yyst2dblcheck_(v, good, initial);
   yyDialogPutText(f, initial, v, {}, true);
   if (numeric && initial.empty()) t.defined = t.valid = false;
+}
+
+void free_pixmap_cb(Widget, XtPointer pixmap, XtPointer) {
+  if (xdisplay()) XFreePixmap(xdisplay(), static_cast<Pixmap>(reinterpret_cast<std::uintptr_t>(pixmap)));
 }
 
 void button_create(DialogRecord& d, FieldRecord& f) {
@@ -339,7 +357,25 @@ void button_create(DialogRecord& d, FieldRecord& f) {
   yyDialogSetLabel(f.widget, f.text);
   if (mnemonic) XtVaSetValues(f.widget, XmNmnemonic, XStringToKeysym(std::string(1, mnemonic).c_str()), nullptr);
   if (f.style & field_style::kDefaultButton) d.defaultButton = static_cast<int>(&f - d.fields.data());
+  // An image button shows the image of its own identifier.
+  if (f.style & (field_style::kButtonIcon | field_style::kButtonBitmap)) {
+    int w = 0, h = 0;
+    f.image = image_pixmap(f.identifier, (f.style & field_style::kButtonIcon) ? 2 : 1, yyDialogScheme(17), w, h);
+    if (f.image != 2) {
+      f.imageResourceId = f.identifier;
+      f.imageWidget = f.widget;
+      const Pixmap greyed = image_pixmap(f.identifier, (f.style & field_style::kButtonIcon) ? 2 : 1, yyDialogScheme(17), w, h, true);
+      XtVaSetValues(f.widget, XmNlabelType, XmPIXMAP, XmNlabelPixmap, f.image, XmNlabelInsensitivePixmap, greyed, nullptr);
+      if (greyed != 2) XtAddCallback(f.widget, XmNdestroyCallback, free_pixmap_cb, reinterpret_cast<XtPointer>(greyed));
+    }
+  }
   XtAddCallback(f.widget, XmNactivateCallback, yyDialogButtonCB, nullptr);
+  // A button that shows a picture tells its text in a tooltip instead.
+  if ((f.style & (field_style::kButtonIcon | field_style::kButtonBitmap)) && !f.text.empty()) {
+    f.tooltip = f.text;
+    XtAddEventHandler(f.widget, EnterWindowMask | LeaveWindowMask, False, yyDialogTooltipEH, nullptr);
+    f.tooltipHandler = true;
+  }
 }
 
 void toggle_create(DialogRecord& d, FieldRecord& f) {
@@ -454,6 +490,7 @@ void list_create(DialogRecord& d, FieldRecord& f) {
   f.widget = XtCreateManagedWidget("ZelvField", xmListWidgetClass, sw, args.a, args.n);
   f.outerWidget = sw;
   load_options(d, f, [&f](XmString s) { XmListAddItemUnselected(f.widget, s, 0); });
+  if (!(f.extraFlags & field_extra::kNoDoubleClick)) XtAddCallback(f.widget, XmNdefaultActionCallback, yyDialogDblClickCB, nullptr);
   if (f.style & field_style::kListNotify) {
     XtAddCallback(f.widget, XmNbrowseSelectionCallback, yyDialogFieldChangedStateCB, nullptr);
     XtAddCallback(f.widget, XmNmultipleSelectionCallback, yyDialogFieldChangedStateCB, nullptr);
@@ -519,6 +556,29 @@ void treeview_create(DialogRecord& d, FieldRecord& f) {
 
 }  // namespace
 
+void yyDialogTreeviewFixState(FieldRecord& f) {
+  if (f.type != kTreeview || !f.widget) return;
+  // The container lays out the hidden children of an item only when its
+  // outline state changes; so each parent is toggled away and back.
+  WidgetList items = nullptr;
+  const int count = XmContainerGetItemChildren(f.widget, nullptr, &items);
+  std::vector<Widget> todo(items, items + std::max(0, count));
+  XtFree(reinterpret_cast<char*>(items));
+  while (!todo.empty()) {
+    Widget item = todo.back();
+    todo.pop_back();
+    WidgetList kids = nullptr;
+    const int n = XmContainerGetItemChildren(f.widget, item, &kids);
+    if (n <= 0) continue;
+    todo.insert(todo.end(), kids, kids + n);
+    XtFree(reinterpret_cast<char*>(kids));
+    unsigned char state = XmCOLLAPSED;
+    XtVaGetValues(item, XmNoutlineState, &state, nullptr);
+    XtVaSetValues(item, XmNoutlineState, state == XmEXPANDED ? XmCOLLAPSED : XmEXPANDED, nullptr);
+    XtVaSetValues(item, XmNoutlineState, state, nullptr);
+  }
+}
+
 void yyDialogString(DialogRecord& d, FieldRecord& f) { create_text(d, f); }
 void yyDialogInteger(DialogRecord& d, FieldRecord& f) { create_text(d, f); }
 void yyDialogReal(DialogRecord& d, FieldRecord& f) { create_text(d, f); }
@@ -530,7 +590,12 @@ namespace {
 
 // What the types share beyond creation: clearing (2) and the states (3..6).
 void common_operation(int operation, DialogRecord& d, FieldRecord& f) {
-  if (operation >= 3 && operation <= 6) return yyDialogFieldStateX(operation - 3, d, f);
+  if (operation >= 3 && operation <= 6) {
+    yyDialogFieldStateX(operation - 3, d, f);
+    // A grid following the scheme shows the state in its cells too.
+    if (f.type == kGrid && gridHooks.colour && f.defaultBackground && operation <= 5) gridHooks.colour(f, operation - 3);
+    return;
+  }
   if (operation != 2) return;
   switch (f.type) {
     case kLabel: case kGroup: case kButton: case kString: case kInteger: case kReal: case kDouble:
@@ -585,7 +650,10 @@ void yyDialogList(int operation, DialogRecord& d, FieldRecord& f) {
 }
 
 void yyDialogTab(int operation, DialogRecord& d, FieldRecord& f) {
-  if (operation == 1) frame_like_create(d, f, field_capability::kTab);
+  if (operation == 1) {
+    frame_like_create(d, f, field_capability::kTab);
+    yyDialogTabPages(d, f);
+  }
   else common_operation(operation, d, f);
 }
 
@@ -653,7 +721,7 @@ void yyDialogField(int operation, DialogRecord& d, FieldRecord& f) {
 int yyDialogFontCreate(const DialogRecord& d, const FieldRecord& f) {
   if (!zelvy_x::state().bXft) return 0;
   int font = d.fontIndex;
-  yyrcfieldfont(d.resourceId, f.identifier, font);
+  yyrcfieldfont_(d.resourceId, f.identifier, font);
   return font >= 0 && font < static_cast<int>(zelvy_dialog::state().DlgFontInfo.size()) ? font : 0;
 }
 

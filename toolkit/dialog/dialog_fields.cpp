@@ -16,6 +16,7 @@
 #include "toolkit/dialog/dialog_fields_private.h"
 #include "toolkit/kernel/display_private.h"
 #include "toolkit/kernel/message.h"
+#include "toolkit/kernel/tooltip_private.h"
 #include "toolkit/base/error.h"
 #include "toolkit/base/zelvy_data.h"
 #include "toolkit/base/format.h"
@@ -102,7 +103,7 @@ void reformat(FieldRecord& f) {
     int v = 0;
     int good = 0;
     double dv = 0;
-    yyst2dblcheck(dv, good, text);
+    yyst2dblcheck_(dv, good, text);
     if (!good) return;
     v = static_cast<int>(dv);
     out.assign(12, ' ');
@@ -110,7 +111,7 @@ void reformat(FieldRecord& f) {
   } else {
     double v = 0;
     int good = 0;
-    yyst2dblcheck(v, good, text);
+    yyst2dblcheck_(v, good, text);
     if (!good) return;
     out.assign(51, ' ');
     if (f.type == kReal) yyrea2st(static_cast<float>(v), out, fmt);
@@ -169,6 +170,7 @@ void focus_in(DialogRecord* d, FieldRecord* f) {
 
 void yyDialogFieldChangedFocusEH(Widget w, XtPointer, XEvent* ev, Boolean*) {
   if (ev->type != FocusIn && ev->type != FocusOut) return;
+  yyTooltipDestroy();
   FieldRecord* f = nullptr;
   DialogRecord* d = yyDialogFieldInfo(w, f);
   if (!d || !f) return;
@@ -252,6 +254,7 @@ void yyDialogStringCB(Widget w, XtPointer, XtPointer call) {
 }
 
 void yyDialogButtonCB(Widget w, XtPointer, XtPointer) {
+  yyTooltipDestroy();
   FieldRecord* f = nullptr;
   DialogRecord* d = yyDialogFieldInfo(w, f);
   if (d && f) yyDialogButtonMessage(*d, f->identifier);
@@ -293,6 +296,7 @@ void yyDialogFieldProps(int operation, DialogRecord& d, FieldRecord& f) {
     XtAddEventHandler(f.valueWidget, FocusChangeMask, False, yyDialogFieldChangedFocusEH, nullptr);
     XtAddEventHandler(f.valueWidget, KeyPressMask, False, yyDialogEscapeEH, nullptr);
   }
+  yyDialogKeyTranslations(d, &f);
   if ((f.capabilities & field_capability::kValueChangedCallback) && (f.type == kCheckbox || f.type == kRadio))
     XtAddCallback(f.widget, XmNvalueChangedCallback, yyDialogFieldChangedStateCB, nullptr);
   std::array<int, 6> col{256, 256, 256, 256, 256, 256};
@@ -458,6 +462,7 @@ void disabled_text_look(FieldRecord& f, bool disabled) {
 void yyDialogFieldVisible(DialogRecord&, FieldRecord& f, bool visible) {
   Widget outer = f.outerWidget ? f.outerWidget : f.widget;
   if (!outer || visible == static_cast<bool>(f.style & field_style::kVisible)) return;
+  if (f.type == kTab) yyTabWidgetVisibleX(f, visible);
   if (visible) {
     f.style |= field_style::kVisible;
     XtManageChild(outer);
@@ -669,6 +674,25 @@ void WDialogTooltip(int fieldid, std::optional<std::string_view> text) {
   if (!f) return;
   f->tooltip.assign(text.value_or(std::string_view{}));
   while (!f->tooltip.empty() && f->tooltip.back() == ' ') f->tooltip.pop_back();
+  // An emptied text keeps the handler, which then finds nothing to show.
+  if (f->tooltip.empty() || f->tooltipHandler || !f->widget) return;
+  XtAddEventHandler(f->widget, EnterWindowMask | LeaveWindowMask, False, yyDialogTooltipEH, nullptr);
+  f->tooltipHandler = true;
+}
+
+void yyDialogTooltipEH(Widget w, XtPointer, XEvent* ev, Boolean*) {
+  if (ev->type == EnterNotify) {
+    yyTooltipArm(yyDialogTooltipCB, reinterpret_cast<XtPointer>(w));
+  } else if (ev->type == LeaveNotify && ev->xcrossing.detail != NotifyInferior) {
+    yyTooltipLeave();
+  }
+}
+
+void yyDialogTooltipCB(XtPointer data, XtIntervalId*) {
+  auto w = reinterpret_cast<Widget>(data);
+  FieldRecord* f = nullptr;
+  DialogRecord* d = yyDialogFieldInfo(w, f);
+  if (d && f && !f->tooltip.empty()) yyTooltipCreate(w, f->tooltip);
 }
 
 int winfodialogfield(int fieldid, int item) {

@@ -14,6 +14,7 @@
 
 #include "toolkit/base/check.h"
 #include "toolkit/dialog/dialog.h"
+#include "toolkit/kernel/window_private.h"
 
 // Per-font metrics of dialog text; dialog units are measured in them.
 struct DialogFontMetrics {
@@ -36,6 +37,15 @@ struct TextFieldData {
 };
 
 struct DialogRecord;
+
+// One page of a tab field: the page dialog's widget and identifier, its
+// label and button, and its state (0 disabled).
+struct TabRecord {
+  Widget page = nullptr, button = nullptr;
+  int pageId = 0;
+  std::string label;
+  int state = 1;
+};
 
 struct FieldRecord {
   int identifier = 0;
@@ -63,6 +73,11 @@ struct FieldRecord {
   int rightGap = 0, bottomGap = 0;
   std::uint32_t edgeFlags = 0;
   std::string tooltip;
+  bool tooltipHandler = false;  // yyDialogTooltipEH is on the widget
+  bool drawnOn = false;         // a picture the program draws on
+  std::vector<TabRecord> tabs;  // a tab field's pages, in order
+  int selectedPage = -1;        // identifier of the page in view
+  Widget tabBar = nullptr;      // the row of page buttons
   std::vector<Widget> parts;  // widgets of the simple compound forms (arrows, cells)
   // A disabled text widget's shadows (and its combo box's), to give back when
   // it is enabled again.
@@ -93,6 +108,9 @@ struct DialogRecord {
   int lastCellCode = -1;
   // The program draws on the dialog itself, or on one of its pictures.
   bool drawnOn = false, fieldDrawnOn = false;
+  // The kept picture of a dialog drawn on, while a modal level freezes it.
+  FrozenPicture freeze;
+  int freezeCount = 0;
 };
 
 namespace zelvy_dialog {
@@ -240,6 +258,11 @@ void yyDialogNumericStored(TextFieldData& d, std::string_view text, double numbe
 
 // Engine internals shared by the sources of this folder.
 int yyDialogFind(int dialogid);
+// Common-dialog position: x, y relative to a reference become screen
+// coordinates that keep a width by height rectangle on the screen. Code
+// below 0: the current dialog, else window 0's client area; otherwise the
+// dialog with identifier `code` (isDialog) or the client area of window `code`.
+void yycomdlggetpos(int code, bool isDialog, int width, int height, int& x, int& y);
 // The first free registry entry, -1 when all are taken.
 int yyDialogNextFree();
 void yyDialogUnload(int dialogIndex);
@@ -258,11 +281,45 @@ inline DialogRecord* yyDialogFromWidget(Widget w, FieldRecord** field = nullptr)
 }
 FieldRecord* yyDialogGetField(int fieldid, int dialogIndex);
 bool yyDialogUserDrawn(const DialogRecord& d);
+// The program draws on the current dialog (field 0) or on one of its
+// pictures from now on; error 1006 for another field.
+void yydialoggrselect_(int fieldid, int& error);
+// One freeze of a dialog undone; the last shows it live and has it redrawn.
+void yyDialogWidgetBlitAllNowX(DialogRecord& d);
 // Lays out a resizable dialog's fields for a new size in pixels.
 void yyDialogResize(int dialogIndex, int width, int height);
 // The dialog engine's look at an X event; true when it was the engine's.
 bool yyDialogProcessEvent(XEvent& ev);
 void yyDialogConfigureEH(Widget w, XtPointer data, XEvent* event, Boolean* cont);
+// Tooltips of fields: the enter and leave handler, and the timer that shows
+// the text of the field whose widget it carries.
+void yyDialogTooltipEH(Widget w, XtPointer data, XEvent* event, Boolean* cont);
+void yyDialogTooltipCB(XtPointer widget, XtIntervalId* id);
+// The keyboard: the action and its tables (made once), put on a dialog
+// widget (field null) or a field's value widget; the clipboard keys of a
+// text widget; a double click in a list, which presses the default button.
+void yyDialogKeyTrans(Widget w, XEvent* event, String* params, Cardinal* count);
+void yyDialogKeyInit();
+void yyDialogKeyTranslations(DialogRecord& d, FieldRecord* f);
+void yyDialogXmTextProps2(Widget text, bool multiLine);
+void yyDialogDblClickCB(Widget w, XtPointer data, XtPointer call);
+// Tab fields. A page is added with its widget, identifier and label (a
+// blank when empty); the first one added is selected. Selecting (no
+// message) ignores an unknown, disabled or already selected page and
+// answers whether it changed. Pages the resource names are loaded at creation.
+void yyTabWidgetAddDataX(FieldRecord& tab, Widget page, int pageId, std::string_view label);
+void yyTabWidgetChangeLabelX(FieldRecord& tab, int pageId, std::string_view label);
+void yyTabWidgetVisibleX(FieldRecord& tab, bool show);
+bool yyTabWidgetSelectX(FieldRecord& tab, int pageId);
+void yyDialogTabPages(DialogRecord& d, FieldRecord& tab);
+// The user chose another page: TabChanged, unless a field doesn't validate,
+// in which case the old page comes back.
+void yyDialogTabChangedCB(DialogRecord& d, FieldRecord& tab, int oldPage, int newPage);
+// Loads dialog `resid` as `dialogid`: kind 0/2 with a shell, 1 a tab page,
+// 3 a window's; true when it was loaded already; error 0 or the code.
+bool yyDialogLoad(int resid, int dialogid, bool forceNew, int kind, Widget parent, int messageMode, int& error);
+// Makes a treeview's container lay out the items under collapsed parents.
+void yyDialogTreeviewFixState(FieldRecord& f);
 // The widget of what holds the keyboard focus: a dialog, or a window's client.
 Widget yyDialogBaseWidget();
 // Focus to a field: position -1 selects all of a text, else the insertion

@@ -9,6 +9,7 @@
 #include "toolkit/base/error.h"
 #include "toolkit/base/zelvy_data.h"
 #include "toolkit/base/format.h"
+#include "toolkit/base/text.h"
 
 namespace {
 
@@ -91,17 +92,13 @@ std::string yyDialogStrFilterInsert(std::string_view text, int kind, bool multiL
 }
 
 std::string yyDialogStrGetMnemonic(std::string_view text, char& mnemonic) {
-  std::string out;
   mnemonic = 0;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    if (text[i] == '&' && i + 1 < text.size() && text[i + 1] != '&') {
-      mnemonic = text[i + 1];
-      continue;
-    }
-    out += text[i];
-    if (text[i] == '&' && i + 1 < text.size()) out += text[++i];  // "&&" stays as it is
+  for (std::size_t i = 0; i + 1 < text.size(); ++i) {
+    if (text[i] != '&') continue;
+    if (text[i + 1] != '&') mnemonic = text[i + 1];
+    ++i;  // a pair is never the start of another
   }
-  return out;
+  return yyStrDeAmpersand(text);
 }
 
 std::string yyDialogStrConvert(int crMode, bool wrap, int width, std::string_view text,
@@ -152,7 +149,7 @@ bool yyDialogValidateText(TextFieldData& d, std::string_view text, bool store, b
   }
   double v = 0;
   int good = 0;
-  yyst2dblcheck(v, good, text);
+  yyst2dblcheck_(v, good, text);
   if (!good || !read_whole(d.kind, text) || yyDialogNumericOutOfRange(d.minimum, d.maximum, v)) return false;
   if (store) {
     d.valid = true;
@@ -166,7 +163,7 @@ int yyDialogNumericValue(const TextFieldData& d, std::string_view text, double& 
   if (d.edited) {
     if (text.find_first_not_of(' ') == std::string_view::npos) return 1010;
     int good = 0;
-    yyst2dblcheck(value, good, text);
+    yyst2dblcheck_(value, good, text);
     return good && read_whole(d.kind, text) ? 0 : 1010;
   }
   if (!d.valid) return 1010;
@@ -183,7 +180,7 @@ void yyDialogNumericStored(TextFieldData& d, std::string_view text, double numbe
     if (number == 0.0) {
       double parsed = 0;
       int good = 0;
-      yyst2dblcheck(parsed, good, text);
+      yyst2dblcheck_(parsed, good, text);
       if (good) d.value = parsed;
     }
   } else {

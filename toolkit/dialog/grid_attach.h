@@ -10,6 +10,8 @@ struct GridFieldHooks {
   // Builds the widgets of a grid field: f.widget the outer one, like any
   // other type's creation routine.
   void (*create)(DialogRecord& d, FieldRecord& f) = nullptr;
+  // The field's state (0 disabled, 1 enabled, 2 read-only) in its cells' colours.
+  void (*colour)(FieldRecord& f, int state) = nullptr;
 };
 
 void yyAttachGridField(const GridFieldHooks& hooks);

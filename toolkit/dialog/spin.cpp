@@ -481,7 +481,7 @@ void yyIntegerSpinWidgetSpinSpinner(Widget w, int button) {
   }
   if (!known) {
     int good = 0;
-    yyst2dblcheck(value, good, shown);
+    yyst2dblcheck_(value, good, shown);
     if (!good || !std::isfinite(value) || !yyIntegerSpinWidgetNumberValid(w, value))
       value = yyIntegerSpinWidgetNumberZero(w);
   }
@@ -532,7 +532,7 @@ void yydialogspinnerstepinteger(int fieldid, int small, int large, int origin, i
   if (Widget w = spinner_of_field(fieldid, kInteger, error)) yySpinWidgetSetSteps(w, small, large, origin);
 }
 
-void yydialogspinnerstepreal(int fieldid, float small, float large, int& error) {
+void wdialogspinnerstepreal(int fieldid, float small, float large, int& error) {
   if (Widget w = spinner_of_field(fieldid, kReal, error)) yySpinWidgetSetSteps(w, small, large);
 }
 
@@ -542,6 +542,6 @@ void yyfieldspinstepdouble(int fieldid, double small, double large, int& error) 
 
 void WDialogSpinnerStep(int fieldid, float smallStep, std::optional<float> largeStep) {
   int error = 0;
-  yydialogspinnerstepreal(fieldid, smallStep, largeStep.value_or(smallStep), error);
+  wdialogspinnerstepreal(fieldid, smallStep, largeStep.value_or(smallStep), error);
   if (error) yyerror(error, "WDialogSpinnerStep");
 }

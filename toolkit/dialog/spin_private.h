@@ -60,5 +60,5 @@ std::string yyIntegerSpinWidgetNumberText(Widget w, double value);
 // Steps of a spinner field of the current dialog; error 0, 1005 or 1006 (a
 // field of another type, or no spinner).
 void yydialogspinnerstepinteger(int fieldid, int small, int large, int origin, int& error);
-void yydialogspinnerstepreal(int fieldid, float small, float large, int& error);
+void wdialogspinnerstepreal(int fieldid, float small, float large, int& error);
 void yyfieldspinstepdouble(int fieldid, double small, double large, int& error);

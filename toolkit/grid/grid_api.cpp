@@ -4,6 +4,8 @@
 #include <cctype>
 #include <string>
 
+#include <X11/IntrinsicP.h>
+
 #include "toolkit/base/error.h"
 #include "toolkit/base/format.h"
 #include "toolkit/base/zelvy_data.h"
@@ -11,6 +13,9 @@
 #include "toolkit/grid/grid.h"
 #include "toolkit/grid/grid_private.h"
 #include "toolkit/kernel/display_private.h"
+#include "toolkit/kernel/window_private.h"
+#include "toolkit/kernel/message_private.h"
+#include "toolkit/kernel/message.h"
 
 using namespace zelvy_dialog;
 
@@ -90,9 +95,36 @@ Widget yyGridFind(int fieldid, int& error) {
   return grid;
 }
 
+void yyGridProcessMessage(int& type, MessageRecord& record) {
+  // A grid window's picture is the grid's own: nothing to repaint for the
+  // application.
+  if (type == ExposeMessage) {
+    type = 0;
+    return;
+  }
+  if (type != Resize) return;
+  // The grid fills the window's client area, whatever its new size.
+  auto& ws = zelvy_win::state();
+  const int h = record.Win;
+  if (!yywindowexists(h) || !ws.wtClient[h]) return;
+  WidgetList kids = nullptr;
+  Cardinal count = 0;
+  XtVaGetValues(ws.wtClient[h], XtNchildren, &kids, XtNnumChildren, &count, nullptr);
+  for (Cardinal i = 0; i < count; ++i)
+    if (XtIsSubclass(kids[i], gridWidgetClass))
+      XtConfigureWidget(kids[i], 0, 0, static_cast<Dimension>(std::max(1, ws.WinInfo[h].ClientWidth)),
+                        static_cast<Dimension>(std::max(1, ws.WinInfo[h].ClientHeight)), 0);
+}
+
 void yyGridAttach() {
+  LoopHooks loop;
+  loop.gridMessage = yyGridProcessMessage;
+  yyAttachLoopHooks(loop);
   GridFieldHooks hooks;
   hooks.create = yyDialogGrid;
+  hooks.colour = [](FieldRecord& f, int fieldState) {
+    if (Widget grid = yyGridOfField(f)) yyGridColour(grid, fieldState);
+  };
   yyAttachGridField(hooks);
 }
 

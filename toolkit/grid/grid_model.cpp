@@ -91,7 +91,7 @@ void yyGridModelStore(GridColumn& c, int row, std::string_view text, double numb
     int valid = 0;
     double parsed = 0.0;
     const std::string t = trimmed(std::string(text));
-    if (!t.empty()) yyst2dblcheck(parsed, valid, t);
+    if (!t.empty()) yyst2dblcheck_(parsed, valid, t);
     if (!valid) {
       flag &= ~grid_cell::kHasValue;
       c.numbers[at(row)] = 0.0;
@@ -138,7 +138,7 @@ void yyGridModelNumber(const GridColumn& c, int row, double& number, bool& defin
   if (c.cellType == grid_type::kString) {
     const std::string& s = c.strings[at(row)];
     int valid = 0;
-    if (!s.empty()) yyst2dblcheck(number, valid, s);
+    if (!s.empty()) yyst2dblcheck_(number, valid, s);
     defined = valid != 0;
     if (!defined) number = 0.0;
     return;
@@ -220,7 +220,7 @@ void paste_item(GridColumn& c, int row, std::string item) {
   }
   int valid = 0;
   double v = 0.0;
-  if (!t.empty()) yyst2dblcheck(v, valid, t);
+  if (!t.empty()) yyst2dblcheck_(v, valid, t);
   if (!valid || !yyGridModelInRange(c, v)) {
     yyGridModelClear(c, row);
     return;

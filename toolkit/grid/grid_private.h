@@ -59,6 +59,7 @@ struct GridState {
   bool wideMode = false, refreshing = false, redrawOff = false;
   int gridWindow = 0;
   std::optional<GridColour> gridColour;
+  int colourState = 1;  // the field's state as its cells show it: 0 disabled, 1 enabled, 2 read-only
   int lineColour = 0xC0C0C0;  // red + 256 green + 65536 blue
   // Viewport geometry.
   int fullRows = 0, builtRows = 0, builtColumns = 0, lastLeft = 0;
@@ -113,6 +114,10 @@ void yyGridWidgetSetSingleCellDataX(double number, Widget grid, int column, int 
 void yyGridWidgetSetRowLabelDataX(Widget grid, int row, std::string_view text);
 void yyGridWidgetSetColumnLabelX(Widget grid, int column, std::string_view text);
 void yyGridWidgetSetCellStateX(Widget grid, int column, int row, int state);
+// The text cells in view take the colours of a field state: 0 disabled (the
+// dialog's background), 1 enabled, 2 read-only (the dialog's background where
+// no colour of cell, column or grid is set).
+void yyGridColour(Widget grid, int state);
 // A number stored as given, text made only for a cell on screen; a format
 // other than the column's becomes the column's.
 void yyGridWidgetSetNumberX(Widget grid, int column, int row, double number, std::string_view format);
@@ -161,3 +166,8 @@ bool yyGridCanPaste(Widget grid);
 // The text clipboard beneath: put a text, read the text there (false: none).
 bool yyGridClipboardPut(Widget w, std::string_view text);
 bool yyGridClipboardGet(Widget w, std::string& text);
+
+// What a grid window does with a message before the application sees it:
+// its exposures are its own, a new size is the grid's.
+struct MessageRecord;
+void yyGridProcessMessage(int& type, MessageRecord& record);

@@ -228,6 +228,7 @@ Pixel cell_background(Widget grid, int column, int row) {
   if (s.selectionOn && column >= s.selC1 && column <= s.selC2 && row >= s.selR1 && row <= s.selR2)
     return zelvy_x::state().wSchemeCol[at(kSchemeFieldText)].pixel == scheme(kSchemeFieldBack) ? scheme(kSchemeDialog)
                                                                                                 : scheme(16);
+  if (s.colourState == 0 && grid_type::textual(c.cellType)) return scheme(kSchemeDialog);
   const std::uint32_t flag = c.cellFlags[at(row)];
   if (((flag & grid_cell::kReadOnly) || g.readOnly) && !g.readOnlyColour) return scheme(kSchemeDialog);
   auto pick = [](const GridColour& col) -> std::optional<Pixel> {
@@ -240,7 +241,7 @@ Pixel cell_background(Widget grid, int column, int row) {
     if (auto p = pick(*c.columnColour)) return *p;
   if (s.gridColour)
     if (auto p = pick(*s.gridColour)) return *p;
-  return scheme(kSchemeFieldBack);
+  return scheme(s.colourState == 2 && grid_type::textual(c.cellType) ? kSchemeDialog : kSchemeFieldBack);
 }
 
 Pixel cell_foreground(Widget grid, int column, int row) {
@@ -725,7 +726,7 @@ void yyGridWidgetCellChangedCBX(Widget w, XtPointer data, XtPointer) {
       }
       int valid = 0;
       double v = 0.0;
-      yyst2dblcheck(v, valid, text);
+      yyst2dblcheck_(v, valid, text);
       state().bInvalidField = !valid || !yyGridModelInRange(c, v);
       if (valid) yyGridModelStoreNumber(c, row, v);
       break;
@@ -1419,6 +1420,16 @@ void yyGridWidgetSetCellStateX(Widget grid, int column, int row, int state) {
     s.refreshing = true;
     show_cell(grid, column, row - s.firstRow, row);
     s.refreshing = false;
+  }
+}
+
+void yyGridColour(Widget grid, int state) {
+  GridState& s = st(grid);
+  s.colourState = state;
+  for (std::size_t column = 0; column < s.views.size() && column < s.model.columns.size(); ++column) {
+    if (!grid_type::textual(s.model.columns[column].cellType)) continue;
+    for (std::size_t vrow = 0; vrow < s.views[column].cells.size(); ++vrow)
+      set_colours(grid, static_cast<int>(column), static_cast<int>(vrow), s.firstRow + static_cast<int>(vrow));
   }
 }
 

@@ -24,6 +24,9 @@ struct DialogEngineHooks {
   // whether it may be resized; then showing it in the window's client.
   void (*pixels)(int dialogid, int& width, int& height, bool& resizable) = nullptr;
   void (*combine)(int dialogid, int handle) = nullptr;
+  // A modal level starts (1) or ends (0): the dialogs the program draws on
+  // keep their picture meanwhile; false when a picture could not be kept.
+  bool (*freeze)(int on) = nullptr;
 };
 
 void yyAttachDialogEngine(const DialogEngineHooks& hooks);

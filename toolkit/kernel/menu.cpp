@@ -332,8 +332,10 @@ void WMenuFloatShow(int x, int y, int flags) {
   if (!(flags & 1) && yywindowexists(h)) {
     int px = 0, py = 0;
     WindowUnitsToPixels(x, y, px, py);
-    Window child;
-    XTranslateCoordinates(xdisplay(), zelvy_win::state().wClient[h], RootWindow(xdisplay(), zelvy_x::state().iScreen), px, py, &sx, &sy, &child);
+    if (yyWindowGetPos(h, px, py)) {
+      sx = px;
+      sy = py;
+    }
   }
   create_windows(m);
   if (m.Created) yyWindowPositionOnScreen(m.PopupWidth[0] + 6, m.PopupHeight[0], sx, sy);

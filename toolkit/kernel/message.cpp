@@ -16,6 +16,7 @@
 
 #include "toolkit/base/check.h"
 #include "toolkit/kernel/display_private.h"
+#include "toolkit/kernel/editor_attach.h"
 #include "toolkit/kernel/statusbar_private.h"
 #include "toolkit/kernel/window.h"
 #include "toolkit/kernel/menu_private.h"
@@ -56,7 +57,6 @@ struct State {
   zelv::Slots<Window, kModalDepth> wModal{};
   zelv::Slots<Widget, kModalDepth> wtModal{};
   zelv::Slots<int, kModalDepth> iModal{};
-  std::array<std::vector<int>, kModalDepth> frozenBy;
   int nModal = 0;
   int nModalOverflow = 0;  // pushes beyond the depth, popped without effect
   LoopHooks hooks;
@@ -132,10 +132,6 @@ int owner_of(Window xwin) {
 
 int key_modifiers(unsigned state) { return ((state & ControlMask) ? 1 : 0) + ((state & ShiftMask) ? 2 : 0); }
 
-int mouse_modifiers(unsigned state) {
-  return key_modifiers(state) + ((state & Button1Mask) ? 4 : 0) + ((state & Button2Mask) ? 8 : 0) +
-         ((state & Button3Mask) ? 16 : 0);
-}
 
 // Modal levels and semi-modeless objects let through only the events of their own windows.
 bool yyMsgBlockEvent(const XEvent& ev) {
@@ -149,7 +145,7 @@ bool yyMsgBlockEvent(const XEvent& ev) {
     const int top = mq.nModal - 1;
     if (in_tree(ev.xany.window, mq.wtModal[top])) return false;
     for (int h = 0; h <= zelvy_win::state().iWinMax; ++h)
-      if (zelvy_win::state().wWindow[h] && zelvy_win::state().WinInfo[h].FreezeWindow == ev.xany.window) return true;
+      if (zelvy_win::state().wWindow[h] && zelvy_win::state().WinInfo[h].Freeze.cover == ev.xany.window) return true;
     const int h = owner_of(ev.xany.window);
     if (h < 0) return false;
     return h != mq.iModal[top];
@@ -239,7 +235,7 @@ void button_event(XEvent& ev) {
     XSetInputFocus(xdisplay(), zelvy_win::state().wClient[h], RevertToParent, ev.xbutton.time);
     yyWindowFocusSub(h);
   }
-  const int mods = mouse_modifiers(ev.xbutton.state);
+  const int mods = yyMsgMouseModifiers(ev.xbutton.state);
   if (press) {
     const bool dbl = enabled(MouseDoubleClick) && static_cast<int>(button) == mq.lastButton &&
                      ev.xbutton.time - mq.lastPress < static_cast<Time>(zelvy_x::state().iMultiClickTime);
@@ -262,7 +258,7 @@ void motion_event(XEvent& ev) {
     if (y >= 0) code = 2;
   }
   if (code == 2 && enabled(MouseMove))
-    yyMsgSend(MouseMove, 0, mouse_modifiers(ev.xmotion.state), 0, 0, ev.xmotion.x, y, h,
+    yyMsgSend(MouseMove, 0, yyMsgMouseModifiers(ev.xmotion.state), 0, 0, ev.xmotion.x, y, h,
               as_time(ev.xmotion.time));
 }
 
@@ -354,6 +350,12 @@ bool yyMsgProcessEvent(XEvent& ev) {
 
 }  // namespace
 
+// Control 1, Shift 2, held buttons 4, 8 and 16, as a mouse message carries them.
+int yyMsgMouseModifiers(unsigned state) {
+  return key_modifiers(state) + ((state & Button1Mask) ? 4 : 0) + ((state & Button2Mask) ? 8 : 0) +
+         ((state & Button3Mask) ? 16 : 0);
+}
+
 int yyMsgProcessMessage(XEvent& ev) {
   // Menus and accelerators see every event first.
   MenuMessage made;
@@ -376,6 +378,11 @@ int yyMsgProcessMessage(XEvent& ev) {
 
 namespace {
 
+EditorHooks& editor_hooks() {
+  static EditorHooks hooks;
+  return hooks;
+}
+
 // One X event through the toolkit.
 int yyMsgInterpret() {
   XEvent ev;
@@ -394,7 +401,13 @@ int yyMsgInterpret() {
   const int w = m.rec.Win;
   if (m.type != 0 && m.type != TimerExpired && w >= 1 && w <= zelvy_win::state().iWinMax && yywindowexists(w)) {
     const int kind = zelvy_win::state().WinInfo[w].Kind;
-    if (kind == 1 && mq.hooks.editMessage) mq.hooks.editMessage(m.type, m.rec);
+    if (kind == 1 && mq.hooks.editMessage) {
+      // A message the editor raises while handling one it swallowed takes
+      // that one's place.
+      Pending seen = std::exchange(m, Pending{});
+      mq.hooks.editMessage(seen.type, seen.rec);
+      if (seen.type != 0) m = seen;
+    }
     else if (kind == 4 && mq.hooks.gridMessage) mq.hooks.gridMessage(m.type, m.rec);
   }
   return mq.ZelvMessage.type;
@@ -458,6 +471,14 @@ void timer_fired(XtPointer data, XtIntervalId*) {
 }
 
 }  // namespace
+
+void yyAttachEditor(const EditorHooks& hooks) {
+  editor_hooks() = hooks;
+  LoopHooks loop;
+  loop.editMessage = hooks.process_message;
+  yyAttachLoopHooks(loop);
+}
+const EditorHooks& yyEditorHooks() { return editor_hooks(); }
 
 KeyMessage yyMsgProcessKey(unsigned long ks, bool ctrl, bool shift, std::string_view chars) {
   KeyMessage m;
@@ -686,13 +707,11 @@ void push_level(Widget level, int owner) {
   mq.wtModal[n] = level;
   mq.wModal[n] = level && XtIsRealized(level) ? XtWindow(level) : 0;
   mq.iModal[n] = owner;
-  mq.frozenBy[n].clear();
-  // Every other window keeps its picture and takes no input.
-  for (int h = 0; h <= zelvy_win::state().iWinMax; ++h) {
-    if (h == owner || !zelvy_win::state().wWindow[h] || !zelvy_win::state().wtShell[h]) continue;
-    yyWindowFreeze(h);
-    mq.frozenBy[n].push_back(h);
-  }
+  // Every other window keeps its picture and takes no input; the same owner
+  // is spared when the level ends, so the counts come back exactly.
+  int error = 0;
+  yygetwindowbitmap_(1, owner, error);
+  if (error) yyerror(error, "yygetwindowbitmap_");
   ++mq.nModal;
   yyMsgClearEvents();
   yyMsgResizeControl();
@@ -706,8 +725,8 @@ void pop_level() {
   if (mq.nModal == 0) return;
   --mq.nModal;
   const auto n = static_cast<std::size_t>(mq.nModal);
-  for (int h : mq.frozenBy[n]) yyWindowThaw(h);
-  mq.frozenBy[n].clear();
+  int error = 0;
+  yygetwindowbitmap_(0, mq.iModal[n], error);
   mq.wtModal[n] = nullptr;
   mq.wModal[n] = 0;
   mq.iModal[n] = -1;

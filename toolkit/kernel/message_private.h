@@ -18,6 +18,8 @@ int yyMsgWindowType(Window xwin);
 // Throws away the keyboard and pointer events already queued, so that what
 // was typed or clicked before a modal level changed hands reaches no one.
 void yyMsgClearEvents();
+// Modifier bits of a mouse message from an X event state.
+int yyMsgMouseModifiers(unsigned state);
 
 // Modal levels of dialogs and boxes: direction 1 pushes one whose widget
 // (the dialog's shell) alone takes input from then on; other values pop the

@@ -85,6 +85,7 @@ const std::int32_t* lookup(const std::int32_t* table, int words, DialogWord word
 // Copies pool bytes [begin, end), 0-based, as far as the span reaches.
 void copy_pool(const char* pool, int begin, int end, std::span<char> out) {
   std::size_t n = std::min<std::size_t>(out.size(), static_cast<std::size_t>(std::max(0, end - begin)));
+  if (n == 0) return;  // an empty span may have no storage at all
   std::memcpy(out.data(), pool + begin, n);
 }
 
@@ -177,7 +178,7 @@ void yyrcfontlist(int font_index, int& family, int& size) {
   size = T().XFONT[2 * (font_index - 1) + 1];
 }
 
-void yyrcdialogcheck(int dialog_id, int& field_count, int& title_length) {
+void yyrcdialogcheck_(int dialog_id, int& field_count, int& title_length) {
   int k = find_dialog(dialog_id);
   if (k < 0) {
     field_count = title_length = -1;
@@ -186,6 +187,11 @@ void yyrcdialogcheck(int dialog_id, int& field_count, int& title_length) {
   field_count = dialog_record(k + 1)[kFirstField] - dialog_record(k)[kFirstField];
   std::int32_t pos = dialog_record(k)[kTitle], next = dialog_record(k + 1)[kTitle];
   title_length = next > pos ? next - pos - 1 : 0;
+}
+
+// The window layer's name for the same question.
+void yyrcdialogcheck(int dialog_id, int& field_count, int& title_length) {
+  yyrcdialogcheck_(dialog_id, field_count, title_length);
 }
 
 void yyrcdialogload(int dialog_id, int& width, int& height, std::uint32_t& style, std::uint32_t& layout,
@@ -205,7 +211,7 @@ void yyrcdialogload(int dialog_id, int& width, int& height, std::uint32_t& style
   assign_out(title, next > pos ? std::string_view(T().CTITLES + pos - 1, next - pos - 1) : std::string_view{});
 }
 
-void yyrcfieldload(int dialog_id, std::span<int> ids, std::span<int> types, std::span<int> x, std::span<int> y,
+void yyrcfieldload_(int dialog_id, std::span<int> ids, std::span<int> types, std::span<int> x, std::span<int> y,
                    std::span<int> width, std::span<int> height, std::span<std::uint32_t> style,
                    std::span<std::uint32_t> style2, std::span<std::uint32_t> extra, std::span<int> text_pos,
                    std::span<char> text) {
@@ -318,7 +324,7 @@ void yyrcfieldtreeview(int, int, int& menu_id, int& selected) { menu_id = select
 void yyrcfieldformatcheck(int, int, int& length) { length = 0; }
 void yyrcfieldformatload(int, int, std::string& format) { assign_out(format, {}); }
 
-void yyrcfieldfont(int dialog_id, int field_id, int& font_index) {
+void yyrcfieldfont_(int dialog_id, int field_id, int& font_index) {
   int k = find_dialog(dialog_id);
   if (k < 0) {
     font_index = 0;
@@ -327,6 +333,9 @@ void yyrcfieldfont(int dialog_id, int field_id, int& font_index) {
   const std::int32_t* e = lookup(T().FONT, 2, kFont, dialog_id, field_id);
   font_index = e ? e[1] : dialog_record(k)[6];
 }
+
+// The display services' name for the same lookup.
+void yyrcfieldfont(int dialog_id, int field_id, int& font_index) { yyrcfieldfont_(dialog_id, field_id, font_index); }
 
 void yyrcimagecheck(int image_id, int type, int& width, int& height, int& hot_x, int& hot_y, int& data_bytes) {
   int k = find_image(image_id, type);
@@ -407,7 +416,7 @@ void yyrcmenuget(int menu_id, RcMenu& menu, int& status) {
 
 void yyrcdialogget(int dialog_id, RcDialog& dialog, int& status) {
   int count = 0, title_length = 0;
-  yyrcdialogcheck(dialog_id, count, title_length);
+  yyrcdialogcheck_(dialog_id, count, title_length);
   dialog = {};
   if (count < 0) {
     status = 1007;
@@ -419,7 +428,7 @@ void yyrcdialogget(int dialog_id, RcDialog& dialog, int& status) {
   std::vector<int> ids(count), types(count), x(count), y(count), w(count), h(count), pos(count);
   std::vector<std::uint32_t> style(count), style2(count), extra(count);
   std::vector<char> text(bytes);
-  yyrcfieldload(dialog_id, ids, types, x, y, w, h, style, style2, extra, pos, text);
+  yyrcfieldload_(dialog_id, ids, types, x, y, w, h, style, style2, extra, pos, text);
   dialog.fields.resize(count);
   for (int i = 0; i < count; ++i) {
     RcField& f = dialog.fields[i];

@@ -51,6 +51,7 @@ void yyrcfontcount(int& count);
 void yyrcfontlist(int font_index, int& family, int& size);
 
 // Dialogs: field count and title length; -1, -1 when absent.
+void yyrcdialogcheck_(int dialog_id, int& field_count, int& title_length);
 void yyrcdialogcheck(int dialog_id, int& field_count, int& title_length);
 // Size in dialog units, style, layout flags, anchor field (0 not resizable),
 // font index, bytes of the dialog's field texts, and the title.
@@ -58,7 +59,7 @@ void yyrcdialogload(int dialog_id, int& width, int& height, std::uint32_t& style
                     int& anchor_field, int& font_index, int& text_bytes, std::string& title);
 // The field records in resource order and the dialog's field texts; a field
 // without text has offset -1.
-void yyrcfieldload(int dialog_id, std::span<int> ids, std::span<int> types, std::span<int> x, std::span<int> y,
+void yyrcfieldload_(int dialog_id, std::span<int> ids, std::span<int> types, std::span<int> x, std::span<int> y,
                    std::span<int> width, std::span<int> height, std::span<std::uint32_t> style,
                    std::span<std::uint32_t> style2, std::span<std::uint32_t> extra, std::span<int> text_pos,
                    std::span<char> text);
@@ -90,6 +91,7 @@ void yyrcfieldtreeview(int dialog_id, int field_id, int& menu_id, int& selected)
 void yyrcfieldformatcheck(int dialog_id, int field_id, int& length);             // 0: none here
 void yyrcfieldformatload(int dialog_id, int field_id, std::string& format);
 // The field's font index; the dialog's default when the field has no entry.
+void yyrcfieldfont_(int dialog_id, int field_id, int& font_index);
 void yyrcfieldfont(int dialog_id, int field_id, int& font_index);
 
 // Images: identifier and type must both match; -1 in all results when not.

@@ -301,7 +301,7 @@ void yyWindowSplitUndo(int h) {
   // The parent's bar shows its own menu again, and the client takes the room.
   yyMenuShowOnBar(h, h);
   yyMenuPositionRoot(h);
-  if (!yywindowexists(ws.iWinCur)) yywindowgrselect(h);
+  if (!yywindowexists(ws.iWinCur)) yywindowselect_(h);
   XSync(xdisplay(), False);
 }
 

@@ -17,6 +17,7 @@
 
 #include "toolkit/kernel/resources.h"
 #include "toolkit/kernel/dialog_attach.h"
+#include "toolkit/kernel/editor_attach.h"
 #include "toolkit/kernel/display_private.h"
 #include "toolkit/kernel/menu_private.h"
 #include "toolkit/kernel/message.h"
@@ -136,11 +137,8 @@ Geometry plan_window(const OpenRequest& q, const char* routine) {
   g.y = q.y;
   if ((q.flags & 16) && q.parent >= 0) {
     // Inside the parent: relative to its client area on the screen.
-    Display* dpy = xdisplay();
     int px = 0, py = 0;
-    Window child;
-    XTranslateCoordinates(dpy, ws.wClient[q.parent], RootWindow(dpy, zelvy_x::state().iScreen), 0, 0, &px, &py,
-                          &child);
+    yyWindowGetPos(q.parent, px, py);
     const WindowRecord& p = ws.WinInfo[q.parent];
     if (g.x == kDefault) g.x = (p.ClientWidth - g.fw) / 2;
     if (g.y == kDefault) g.y = (p.ClientHeight - g.fh) / 2;
@@ -302,8 +300,9 @@ void yyWindowCloseChild2(int h) {
   WindowRecord& r = ws.WinInfo[h];
   // A pane has no shell: its frame lives in the parent's client area.
   Widget top = ws.wtShell[h] ? ws.wtShell[h] : ws.wtWindow[h];
-  while (r.FreezeCount > 0) yyWindowThaw(h);
+  while (r.FreezeCount > 0) yyWindowRedraw(h);
   if (!r.Keep) XtUnmapWidget(top);
+  if (r.Kind == 1 && yyEditorHooks().shutdown) yyEditorHooks().shutdown(h);
   yyWindowStatusBarShutdown(h);
   yyMenuWindowClosed(h);
   if (r.KindShutdown) r.KindShutdown(h);
@@ -397,6 +396,7 @@ void yyWindowResize(int h) {
   const int ch = std::max(1, r.FrameHeight - top - sbar_height(h));
   XtConfigureWidget(ws.wtClient[h], 0, top, cw, ch, 0);
   if (r.Content) XtConfigureWidget(r.Content, 0, 0, cw, ch, 0);
+  if (r.Kind == 1 && yyEditorHooks().resize) yyEditorHooks().resize(h);
   yyWindowStatusBarResize(h);
   r.ClientX = 0;
   r.ClientY = top;
@@ -430,12 +430,27 @@ void yyWindowDialog(int h, int dialogid) {
   if (dialog_engine().combine) dialog_engine().combine(dialogid, h);
 }
 
-bool yywindowgrselect(int h) {
+bool yywindowselect_(int h) {
   if (!yywindowexists(h)) {
     yyerror(1003, "YYWindowSelect");
     return false;
   }
   take_selection(h);
+  return true;
+}
+
+// The graphics side's name for the selection.
+bool yywindowgrselect(int h) { return yywindowselect_(h); }
+
+bool yyWindowGetPos(int h, int& x, int& y) {
+  if (!yywindowexists(h) || !xdisplay()) return false;
+  Window child = 0;
+  int rx = 0, ry = 0;
+  if (!XTranslateCoordinates(xdisplay(), ws.wClient[h], RootWindow(xdisplay(), zelvy_x::state().iScreen), x, y, &rx,
+                             &ry, &child))
+    return false;
+  x = rx;
+  y = ry;
   return true;
 }
 
@@ -591,7 +606,7 @@ void WindowClose() {
   zelvy_data::data().iwinhandle = 0;
 }
 
-void WindowSelect(int handle) { yywindowgrselect(handle); }
+void WindowSelect(int handle) { yywindowselect_(handle); }
 
 namespace {
 

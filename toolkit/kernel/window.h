@@ -33,5 +33,8 @@ void WindowUnitsFromPixels(int pixelx, int pixely, int& unitx, int& unity);
 // Internal: one axis of the unit conversion, for a client extent of `size` pixels.
 int yyunitstopixels(int unit, int size);
 int yyunitsfrompixels(int pixel, int size);
+// Client-area pixels of window `handle` to screen coordinates, in place;
+// false (and x, y untouched) without such a window.
+bool yyWindowGetPos(int handle, int& x, int& y);
 // Keeps a rectangle on the screen.
 void yyWindowPositionOnScreen(int width, int height, int& x, int& y);

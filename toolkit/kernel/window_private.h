@@ -16,6 +16,12 @@
 #include "toolkit/base/error.h"
 #include "toolkit/base/zelvy_data.h"
 
+// A window's picture kept while it is frozen, and the window that shows it.
+struct FrozenPicture {
+  Window cover = 0;
+  Pixmap pixmap = 0;
+};
+
 struct WindowRecord {
   int Visible = 1;
   int Kind = 0;  // 0 plain, 1 editor, 2 bitmap viewer, 3 with a dialog, 4 grid, 5 split
@@ -42,8 +48,7 @@ struct WindowRecord {
   // routine that frees KindData when the window reverts or closes.
   void (*KindShutdown)(int handle) = nullptr;
   // The kept picture a window shows while a modal level freezes it.
-  Window FreezeWindow = 0;
-  Pixmap FreezePixmap = 0;
+  FrozenPicture Freeze;
   int FreezeCount = 0;
 };
 
@@ -132,15 +137,26 @@ enum WindowComponent { kCompShell = 1, kCompFrame, kCompClient, kCompContent, kC
 Widget yyWindowComponent(int h, int component);
 // A client got the focus: title bar colours of the panes, the active pane's menu.
 void yyWindowFocusSub(int h);
-// Modal freeze: the window keeps the picture it shows now and takes no input.
-void yyWindowFreeze(int h);
-void yyWindowThaw(int h);
+// Modal freeze: the window keeps the picture it shows now and takes no input;
+// false when the picture could not be kept. Freezes nest: each yyWindowFreeze
+// is undone by one yyWindowRedraw, the last of which shows the window live
+// again and redraws its client.
+bool yyWindowFreeze(int h);
+void yyWindowRedraw(int h);
+// Every open window but exceptWindow (on 1) is frozen, or (on 0) counted down
+// one freeze; so are the dialogs the program draws on. Error 1042 when a
+// picture could not be kept (the freeze holds without it).
+void yygetwindowbitmap_(int on, int exceptWindow, int& error);
+// A picture over an X window: a cover window whose background is the copy.
+bool yyFreezePicture(Window target, FrozenPicture& out);
+void yyFreezeRelease(FrozenPicture& picture);
 
 // True when h names an open window.
 bool yywindowexists(int h);
 // Lays a window out for its present frame size (menu, status bar, client).
 void yyWindowResize(int h);
 // Selects a window on both sides; error 1003 when it does not exist.
+bool yywindowselect_(int h);
 bool yywindowgrselect(int h);
 // The handle of a toolkit window by one of its X windows, -1 when none.
 // code: 1 frame, 2 client, 3 status bar, 8 shell, or 0 for any.

@@ -423,7 +423,7 @@ TEST(ResourceContract, ShortSpansAreFilledOnlyAsFarAsTheyReach) {
   EXPECT_EQ(narrow, "New");
 }
 
-// Field by field, the offsets of yyrcfieldload agree with the texts of
+// Field by field, the offsets of yyrcfieldload_ agree with the texts of
 // yyrcdialogget: -1 for none, each text NUL-ended in the pool.
 TEST(ResourceContract, FieldTextOffsetsAgreeWithTheTexts) {
   const int id = ids::dialog::main_form;
@@ -435,7 +435,7 @@ TEST(ResourceContract, FieldTextOffsetsAgreeWithTheTexts) {
   std::vector<int> fids(count), type(count), x(count), y(count), wd(count), ht(count), pos(count);
   std::vector<std::uint32_t> s1(count), s2(count), s3(count);
   std::vector<char> text(bytes);
-  yyrcfieldload(id, fids, type, x, y, wd, ht, s1, s2, s3, pos, text);
+  yyrcfieldload_(id, fids, type, x, y, wd, ht, s1, s2, s3, pos, text);
   const RcDialog d = dialog(id);
   ASSERT_EQ(d.fields.size(), static_cast<std::size_t>(count));
   for (int k = 0; k < count; ++k) {

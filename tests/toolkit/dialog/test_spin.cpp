@@ -201,7 +201,7 @@ TEST_F(Spin, TypedTextFollowsTheNumericRules) {
   EXPECT_EQ(zelvy_data::data().ierr, 0);
 
   int error = -1;
-  yydialogspinnerstepreal(kDomains, 1.5f, 2.0f, error);  // an integer spinner
+  wdialogspinnerstepreal(kDomains, 1.5f, 2.0f, error);  // an integer spinner
   EXPECT_EQ(error, 1006);
   yydialogspinnerstepinteger(1016, 2, 0, 0, error);  // a number without arrows
   EXPECT_EQ(error, 1006);

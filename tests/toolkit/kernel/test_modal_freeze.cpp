@@ -116,7 +116,7 @@ TEST_F(ModalFreeze, WindowsBehindAModalBoxKeepTheirPictureAndTakeNoInput) {
   steps = {
       [&] {
         depth = yyMsgModalDepth();
-        freeze = ws.WinInfo[0].FreezeWindow;
+        freeze = ws.WinInfo[0].Freeze.cover;
         dialog = box_in(XtWindow(zelvy_dialog::state().wDialogInfo[about].shell), frame);
         // Another client's window covers the form, and goes again.
         XWindowAttributes at{};
@@ -183,7 +183,7 @@ TEST_F(ModalFreeze, WindowsBehindAModalBoxKeepTheirPictureAndTakeNoInput) {
   WDialogUnload();
   WDialogSelect(kForm);
   EXPECT_EQ(yyMsgModalDepth(), 0);
-  EXPECT_EQ(ws.WinInfo[0].FreezeWindow, 0u);
+  EXPECT_EQ(ws.WinInfo[0].Freeze.cover, 0u);
   EXPECT_EQ(ws.WinInfo[0].Locked, 0);
   settle();
   // Thawed, the form shows its own text again.
@@ -213,12 +213,37 @@ TEST_F(ModalFreeze, LevelsNestAndWindowTypesAreKnown) {
   EXPECT_EQ(ws.WinInfo[0].FreezeCount, 2);
   EXPECT_EQ(ws.WinInfo[0].Locked, 1);
   yymessagemodal(0);
-  EXPECT_NE(ws.WinInfo[0].FreezeWindow, 0u);  // the outer level still holds it
+  EXPECT_NE(ws.WinInfo[0].Freeze.cover, 0u);  // the outer level still holds it
   yymessagemodal(0);
   yymessagemodal(0);  // one pop too many changes nothing
   EXPECT_EQ(yyMsgModalDepth(), 0);
-  EXPECT_EQ(ws.WinInfo[0].FreezeWindow, 0u);
+  EXPECT_EQ(ws.WinInfo[0].Freeze.cover, 0u);
   EXPECT_EQ(ws.WinInfo[0].Locked, 0);
+}
+
+// A dialog the program draws on keeps its picture under a modal level like a
+// window does; the others need none, their widgets repaint themselves.
+TEST_F(ModalFreeze, OnlyDialogsDrawnOnAreFrozen) {
+  DialogRecord& form = zelvy_dialog::state().wDialogInfo[zelvy_dialog::state().iDlgCur];
+  yymessagemodal(1);
+  EXPECT_EQ(form.freezeCount, 0);
+  yymessagemodal(0);
+
+  int error = 0;
+  yydialoggrselect_(ids::main_form::title, error);
+  EXPECT_EQ(error, 1006);  // only pictures are drawn on
+  yydialoggrselect_(0, error);
+  EXPECT_EQ(error, 0);
+  yymessagemodal(1);
+  yymessagemodal(1);
+  EXPECT_EQ(form.freezeCount, 2);
+  EXPECT_NE(form.freeze.cover, 0u);
+  yymessagemodal(0);
+  EXPECT_NE(form.freeze.cover, 0u);
+  yymessagemodal(0);
+  EXPECT_EQ(form.freezeCount, 0);
+  EXPECT_EQ(form.freeze.cover, 0u);
+  EXPECT_EQ(form.freeze.pixmap, 0u);
 }
 
 }  // namespace

@@ -139,10 +139,10 @@ TEST_F(OsConvertTest, CTextToNumberLeavesTheErrorStateAlone) {
   EXPECT_EQ(r, 2.5f);
   double d = 0;
   int valid = -1;
-  yyst2dblcheck(d, valid, "1D2");
+  yyst2dblcheck_(d, valid, "1D2");
   EXPECT_EQ(d, 100.0);
   EXPECT_EQ(valid, 1);
-  yyst2dblcheck(d, valid, "1..2");
+  yyst2dblcheck_(d, valid, "1..2");
   EXPECT_EQ(valid, 0);
   EXPECT_EQ(zelvy_data::data().ierr, 77);
   EXPECT_EQ(zelvy_data::data().idbug, 2);

@@ -1,0 +1,414 @@
+// Editor windows on the X server: viewing, editing and saving files, the
+// failures a user meets, awkward files, a file of a million lines, and the
+// close box reaching the application's loop.
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <X11/Intrinsic.h>
+#include <Xm/MessageB.h>
+#include <Xm/PushB.h>
+#include <Xm/Text.h>
+
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+#include "app/resources/gombrel_resources.h"
+#include "toolkit/base/zelvy_data.h"
+#include "toolkit/dialog/dialog.h"
+#include "toolkit/editor/editor.h"
+#include "toolkit/editor/editor_private.h"
+#include "toolkit/kernel/display_private.h"
+#include "toolkit/kernel/message.h"
+#include "toolkit/kernel/resources.h"
+#include "toolkit/kernel/startup.h"
+#include "toolkit/kernel/statusbar_private.h"
+#include "toolkit/kernel/window.h"
+#include "toolkit/kernel/window_private.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr int kOmbrelView = 39;  // how the program opens its result viewers
+constexpr int kSemiModeless = 3, kMonoFont = 4;
+
+void write(const fs::path& p, const std::string& bytes) {
+  std::ofstream(p, std::ios::binary) << bytes;
+}
+
+std::string read(const fs::path& p) {
+  std::ifstream f(p, std::ios::binary);
+  return {std::istreambuf_iterator<char>(f), {}};
+}
+
+class EditorWindow : public ::testing::Test {
+ protected:
+  static void SetUpTestSuite() {
+    yyrcinstall(gombrel_resource_tables());
+    yyDialogAttach();
+    yyEditAttach();
+    WInitialise();
+  }
+  void SetUp() override {
+    ASSERT_NE(xdisplay(), nullptr);
+    dir = fs::temp_directory_path() / ("editor_test_" + std::to_string(::getpid()));
+    fs::create_directories(dir);
+    WindowOpen(0, 0, 0, 300, 200, {}, {}, {}, "root");
+    zelvy_data::data().ierr = 0;
+  }
+  void TearDown() override {
+    if (handle > 0 && yywindowexists(handle)) WindowCloseChild(handle);
+    WindowClose();
+    fs::permissions(dir, fs::perms::owner_all);
+    fs::remove_all(dir);
+  }
+
+  // The viewer as the program opens it for a result file.
+  void open(const std::string& name, int flags = 0) {
+    WindowOpenChild(handle, kOmbrelView, 40, 40, 700, 480, 0, {}, 0, "Ombrel Text Editor");
+    ASSERT_GT(handle, 0);
+    WEditFile(name, kSemiModeless, 0, flags, kMonoFont);
+    settle();
+  }
+
+  static void settle() {
+    XSync(xdisplay(), False);
+    int type = 0;
+    MessageRecord m;
+    for (int i = 0; i < 500; ++i) {
+      WMessagePeek(type, m);
+      if (type == -1) {
+        XSync(xdisplay(), False);
+        WMessagePeek(type, m);
+        if (type == -1) break;
+      }
+    }
+  }
+  static void xdotool(const std::string& args) {
+    XSync(xdisplay(), False);
+    ASSERT_EQ(std::system(("xdotool " + args).c_str()), 0) << args;
+    settle();
+  }
+  EditRecord& record() { return *yyEditRecordOf(handle); }
+  std::string text() {
+    WindowSelect(handle);
+    std::string t;
+    WEditGetText(t);
+    return t;
+  }
+  void click_text() {
+    int x = 0, y = 0;
+    Window child = 0;
+    XTranslateCoordinates(xdisplay(), XtWindow(record().Text), DefaultRootWindow(xdisplay()), 30, 10, &x, &y,
+                          &child);
+    xdotool("mousemove " + std::to_string(x) + " " + std::to_string(y) + " click 1");
+  }
+  int messages() const { return yyEditLastMessage().count; }
+
+  fs::path dir;
+  int handle = -1;
+};
+
+const char* const kOut =
+    "  OMBREL  stand-in report\n"
+    "  Title : Silicon, room temperature\n"
+    "  Cell  :   5.4309   5.4309   5.4309  90.000  90.000  90.000\n"
+    "  Space group  F d -3 m\n"
+    "  Wavelength   0.71073\n"
+    "  Reflections read      1234   rejected     5\n";
+
+TEST_F(EditorWindow, ShowsAResultFileWithPositionAndTitle) {
+  write(dir / "si.out", kOut);
+  open((dir / "si.out").string());
+  EXPECT_EQ(text(), kOut);
+  EXPECT_EQ(zelvy_win::state().WinInfo[handle].Kind, 1);
+  EXPECT_EQ(*zelvy_win::state().WinInfo[handle].Title, "Ombrel Text Editor - [" + (dir / "si.out").string() + "]");
+  EXPECT_EQ(yyWindowStatusBarText(handle, 1), "Line:1  Col:1");
+  EXPECT_EQ(WInfoEditor(handle, 1), 1);  // nothing unsaved
+  EXPECT_EQ(WInfoEditor(handle, 2), static_cast<int>(std::string(kOut).size()));
+  const std::string out = kOut;
+  const int third = static_cast<int>(out.find('\n', out.find('\n') + 1)) + 2;
+  EXPECT_EQ(WEditPos(2, 3), third);
+  EXPECT_EQ(WEditPos(1, third - 1), 2);
+  EXPECT_EQ(WEditPos(2, 8), 0);  // beyond the last (empty) line
+
+  WEditSetPos(3, 2);  // line 3
+  settle();
+  EXPECT_EQ(WInfoEditor(handle, 15), 3);
+  EXPECT_EQ(yyWindowStatusBarText(handle, 1), "Line:3  Col:1");
+
+  // The picture a user gets.
+  const fs::path shots = fs::path(ZELV_BINARY_DIR) / "shots";
+  fs::create_directories(shots);
+  XRaiseWindow(xdisplay(), zelvy_win::state().wShell[handle]);
+  settle();
+  EXPECT_EQ(std::system(("import -window root " + (shots / "editor.png").string()).c_str()), 0);
+}
+
+TEST_F(EditorWindow, TypedTextIsSavedWithALastLineEndAndTheTableFollows) {
+  write(dir / "job.txt", "alpha\nbeta");
+  open((dir / "job.txt").string(), 0x80);  // modified mark in the title
+  click_text();
+  WindowSelect(handle);
+  WEditSetPos(3);  // between "al" and "pha"
+  xdotool("type --delay 30 'X'");
+  xdotool("key Return");
+  EXPECT_EQ(text(), "alX\npha\nbeta");
+  EXPECT_EQ(WInfoEditor(handle, 1), 0);
+  EXPECT_EQ(WInfoEditor(handle, 3), 1);
+  EXPECT_NE(zelvy_win::state().WinInfo[handle].Title->find(" *]"), std::string::npos);
+  // The table after the keystrokes is the one a fresh count gives.
+  EXPECT_EQ(WEditPos(2, 2), 5);
+  EXPECT_EQ(WEditPos(2, 3), 9);
+  EXPECT_EQ(record().LineCount, 3);
+
+  xdotool("key ctrl+s");  // the editor's own accelerator
+  EXPECT_EQ(read(dir / "job.txt"), "alX\npha\nbeta\n");
+  EXPECT_EQ(text(), "alX\npha\nbeta");  // the text keeps its form
+  EXPECT_EQ(WInfoEditor(handle, 1), 1);
+  EXPECT_EQ(WInfoEditor(handle, 3), 1);  // changed since load stays
+  EXPECT_EQ(zelvy_win::state().WinInfo[handle].Title->find(" *]"), std::string::npos);
+
+  // Text put in by the program goes through the same table.
+  WEditPutTextPart("one\r\ntwo\n", 5, 8);  // replaces "pha\n"
+  EXPECT_EQ(text(), "alX\none\ntwo\nbeta");
+  EXPECT_EQ(WEditPos(2, 4), 13);
+  WEditPutText("x\r\ny");
+  EXPECT_EQ(text(), "x\ny");
+  EXPECT_EQ(WEditPos(2, 2), 3);
+}
+
+TEST_F(EditorWindow, ASaveThatFailsSaysSoAndLeavesTheOldFile) {
+  write(dir / "keep.out", "old\n");
+  open((dir / "keep.out").string());
+  WindowSelect(handle);
+  WEditPutText("new text\n");
+  const int before = messages();
+  // The directory can't take the file any more (the owner of the test may
+  // write anywhere, so the file is replaced by something no file opens onto).
+  fs::rename(dir / "keep.out", dir / "kept.out");
+  fs::create_directory(dir / "keep.out");
+  yyeditsave(0);
+  EXPECT_EQ(messages(), before + 1);
+  EXPECT_EQ(yyEditLastMessage().title, "Open Error");
+  EXPECT_EQ(yyEditLastMessage().text, (dir / "keep.out").string() + "\nCould not open file to write.");
+  EXPECT_EQ(read(dir / "kept.out"), "old\n");
+  EXPECT_EQ(WInfoEditor(handle, 1), 0);  // still unsaved
+
+  if (::geteuid() != 0) {
+    fs::remove(dir / "keep.out");
+    fs::rename(dir / "kept.out", dir / "keep.out");
+    fs::permissions(dir, fs::perms::owner_read | fs::perms::owner_exec);
+    fs::permissions(dir / "keep.out", fs::perms::owner_read);
+    yyeditsave(0);
+    EXPECT_EQ(messages(), before + 2);
+    EXPECT_EQ(read(dir / "keep.out"), "old\n");
+  }
+  // A device that takes nothing.
+  WindowCloseChild(handle);
+  open("/dev/full");
+  EXPECT_EQ(yyEditLastMessage().text, "/dev/full\nFile is not of a regular type.");
+  WindowSelect(handle);
+  WEditPutText("x");
+  yyeditsave(0);
+  EXPECT_EQ(yyEditLastMessage().title, "Write Error");
+  EXPECT_EQ(yyEditLastMessage().text, "/dev/full\nFailed to write entire file.");
+}
+
+TEST_F(EditorWindow, MissingFilesAndDirectoriesAreReported) {
+  const int before = messages();
+  open((dir / "none.out").string());
+  EXPECT_EQ(messages(), before + 1);
+  EXPECT_EQ(yyEditLastMessage().title, "Open Error");
+  EXPECT_EQ(yyEditLastMessage().text,
+            (dir / "none.out").string() + "\nFile not found.\nPlease verify the correct file name was given");
+  EXPECT_EQ(text(), "");  // an open, empty editor
+  EXPECT_EQ(WInfoEditor(handle, 2), 0);
+
+  WindowSelect(handle);
+  WEditFile(dir.string());
+  EXPECT_EQ(yyEditLastMessage().text, dir.string() + "\nFile is not of a regular type.");
+  WindowCloseChild(handle);
+
+  // Quietly: no message, and the name stays for a later save.
+  open((dir / "quiet.txt").string(), 0x1000000);
+  EXPECT_EQ(messages(), before + 2);
+  WindowSelect(handle);
+  WEditPutText("made");
+  yyeditsave(0);
+  EXPECT_EQ(read(dir / "quiet.txt"), "made\n");
+}
+
+TEST_F(EditorWindow, AwkwardFilesShowWhatTheyHold) {
+  // Windows line ends, UTF-8, a line longer than any screen, ISO 8859-1.
+  std::string longline(200000, 'x');
+  write(dir / "mixed.txt", "h k l\r\n\xc3\x85ngstr\xc3\xb6m\r\n" + longline + "\nend \xc5\n");
+  open((dir / "mixed.txt").string());
+  const std::string t = text();
+  EXPECT_EQ(t, "h k l\n\xc3\x85ngstr\xc3\xb6m\n" + longline + "\nend \xc3\x85\n");
+  EXPECT_EQ(WEditPos(2, 3), 16);
+  EXPECT_EQ(WEditPos(2, 4), 16 + 200001);
+  WindowSelect(handle);
+  WEditSetPos(4, 2);
+  EXPECT_EQ(WInfoEditor(handle, 4), 16 + 200001);
+
+  // A binary file stops at its first NUL; before it, bytes stand for themselves.
+  WindowCloseChild(handle);
+  std::string bin = "\x7f" "ELF\x02\x01\x01";
+  bin += std::string(1, '\0') + "more";
+  write(dir / "a.bin", bin);
+  open((dir / "a.bin").string());
+  EXPECT_EQ(text(), "\x7f" "ELF\x02\x01\x01");
+  EXPECT_EQ(WInfoEditor(handle, 2), 7);
+}
+
+TEST_F(EditorWindow, AMillionLinesOpenAtOnceAndStayNavigable) {
+  std::string big;
+  big.reserve(52'000'000);
+  char line[64];
+  for (int i = 1; i <= 1'000'000; ++i) {
+    std::snprintf(line, sizeof line, "%8d %4d %4d %4d %12.3f %10.3f  reflection\n", i, i % 40 - 20, i % 30 - 15,
+                  i % 20 - 10, i * 0.5, i * 0.01);
+    big += line;
+  }
+  write(dir / "big.int", big);
+  const auto t0 = std::chrono::steady_clock::now();
+  open((dir / "big.int").string());
+  const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
+  EXPECT_LT(seconds, 20.0);  // a generous bound: sanitizers slow this down many times
+  RecordProperty("open_seconds", std::to_string(seconds));
+  EXPECT_EQ(record().LineCount, 1'000'001);  // the table is whole at once
+  // The widget shows the first page and takes the rest later; asking for the
+  // text in any way brings all of it.
+  EXPECT_LT(XmTextGetLastPosition(record().Text), 1'000'000);
+  EXPECT_EQ(WInfoEditor(handle, 2), static_cast<int>(big.size()));
+  EXPECT_EQ(XmTextGetLastPosition(record().Text), static_cast<XmTextPosition>(big.size()));
+  WindowSelect(handle);
+  const int last = static_cast<int>(big.rfind('\n', big.size() - 2)) + 1;
+  EXPECT_EQ(WEditPos(2, 1'000'000), last + 1);
+  WEditSetPos(999'999, 2);
+  settle();
+  EXPECT_EQ(yyWindowStatusBarText(handle, 1), "Line:999999  Col:1");
+  // An edit near the top moves the million starts behind it.
+  WEditPutTextPart("\n", 1);
+  EXPECT_EQ(record().LineCount, 1'000'002);
+  EXPECT_EQ(WEditPos(2, 1'000'001), last + 2);
+}
+
+// What a window manager sends when the user closes the window.
+void close_box(Window shell) {
+  XEvent ev{};
+  ev.xclient.type = ClientMessage;
+  ev.xclient.window = shell;
+  ev.xclient.message_type = XInternAtom(xdisplay(), "WM_PROTOCOLS", False);
+  ev.xclient.format = 32;
+  ev.xclient.data.l[0] = static_cast<long>(XInternAtom(xdisplay(), "WM_DELETE_WINDOW", False));
+  ev.xclient.data.l[1] = CurrentTime;
+  XSendEvent(xdisplay(), shell, False, NoEventMask, &ev);
+  XFlush(xdisplay());
+}
+
+TEST_F(EditorWindow, TheCloseBoxEndsTheApplicationsLoop) {
+  write(dir / "si.out", kOut);
+  open((dir / "si.out").string());
+  close_box(zelvy_win::state().wShell[handle]);
+  int type = 0;
+  MessageRecord m;
+  do WMessage(type, m);
+  while (type != CloseRequest);
+  EXPECT_EQ(m.Win, handle);
+  EXPECT_EQ(m.Value1, 0);
+  WindowCloseChild(handle);
+  EXPECT_EQ(yyEditRecordOf(handle), nullptr);
+}
+
+// Answers the save question as a user would, once it shows: the button of
+// the answer (an XmDIALOG_* child) is pressed.
+struct Answer {
+  Widget shell;
+  unsigned char button;
+  bool asked = false;
+};
+void answer_later(XtPointer data, XtIntervalId*) {
+  auto* a = static_cast<Answer*>(data);
+  Widget box = XtNameToWidget(a->shell, "*EditQuestion");
+  if (!box || !XtIsManaged(box)) {
+    XtAppAddTimeOut(zelvy_x::state().ixContext, 50, answer_later, data);
+    return;
+  }
+  a->asked = true;
+  XmPushButtonCallbackStruct cb{};
+  cb.reason = XmCR_ACTIVATE;
+  XtCallCallbacks(XmMessageBoxGetChild(box, a->button), XmNactivateCallback, &cb);
+}
+
+// Runs the loop until a close request or until nothing more comes.
+bool close_requested(int handle) {
+  int type = 0;
+  MessageRecord m;
+  for (int i = 0; i < 200; ++i) {
+    XSync(xdisplay(), False);
+    WMessagePeek(type, m);
+    if (type == CloseRequest && m.Win == handle) return true;
+    if (type == -1) {
+      XSync(xdisplay(), False);
+      WMessagePeek(type, m);
+      if (type == -1) return false;
+    }
+  }
+  return false;
+}
+
+TEST_F(EditorWindow, ClosingWithUnsavedChangesAsksFirst) {
+  write(dir / "job.txt", "a\n");
+  open((dir / "job.txt").string());
+  WindowSelect(handle);
+  WEditPutText("b\n");
+  Answer cancel{zelvy_win::state().wtShell[handle], XmDIALOG_CANCEL_BUTTON};
+  XtAppAddTimeOut(zelvy_x::state().ixContext, 50, answer_later, &cancel);
+  close_box(zelvy_win::state().wShell[handle]);
+  EXPECT_FALSE(close_requested(handle));  // cancelled: nothing closes
+  EXPECT_TRUE(cancel.asked);
+  EXPECT_EQ(read(dir / "job.txt"), "a\n");
+
+  Answer yes{zelvy_win::state().wtShell[handle], XmDIALOG_OK_BUTTON};
+  XtAppAddTimeOut(zelvy_x::state().ixContext, 50, answer_later, &yes);
+  close_box(zelvy_win::state().wShell[handle]);
+  EXPECT_TRUE(close_requested(handle));
+  EXPECT_EQ(read(dir / "job.txt"), "b\n");  // Yes saved first
+  WindowCloseChild(handle);
+
+  // A viewer has nothing to save and never asks.
+  open((dir / "job.txt").string(), 0x4);
+  WindowSelect(handle);
+  WEditPutText("c\n");
+  close_box(zelvy_win::state().wShell[handle]);
+  EXPECT_TRUE(close_requested(handle));
+}
+
+TEST_F(EditorWindow, WrappedLinesFollowTheWidth) {
+  std::string words;
+  for (int i = 0; i < 60; ++i) words += "reflection ";
+  write(dir / "wrap.txt", words + "\nend\n");
+  open((dir / "wrap.txt").string(), 0x1);
+  const int narrow = record().LineCount;
+  EXPECT_GT(narrow, 3);  // one text line takes several display lines
+  WindowSelect(handle);
+  EXPECT_EQ(WEditPos(2, 2) - 1, static_cast<int>(record().LineStarts[1]));
+  // Each display line but the last of the long one ends in a blank.
+  std::string t = text();
+  for (int i = 1; i + 2 < narrow; ++i) EXPECT_EQ(t[static_cast<std::size_t>(record().LineStarts[static_cast<std::size_t>(i)] - 1)], ' ');
+  yywindowsizepos(-999999, -999999, 1200, 480, 1);
+  settle();
+  EXPECT_LT(record().LineCount, narrow);
+  EXPECT_GE(record().LineCount, 3);
+}
+
+}  // namespace

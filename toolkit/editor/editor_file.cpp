@@ -1,0 +1,252 @@
+// Files of the editor: loading, saving, the backup, the save prompt, and the
+// messages a failure shows.
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <X11/Xft/Xft.h>
+#include <Xm/MessageB.h>
+#include <Xm/Text.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <new>
+#include <optional>
+#include <memory>
+#include <string>
+
+#include "toolkit/editor/editor.h"
+#include "toolkit/editor/editor_private.h"
+#include "toolkit/kernel/display_private.h"
+#include "toolkit/kernel/window_private.h"
+#include "toolkit/os/command.h"
+
+namespace {
+
+struct FileCloser {
+  void operator()(std::FILE* f) const { std::fclose(f); }
+};
+using File = std::unique_ptr<std::FILE, FileCloser>;
+
+// A box of the message kind on the editor's shell, gone when answered.
+Widget message_box(std::string_view title, std::string_view text, bool question) {
+  Widget parent = zelvy_x::state().rootWidget;
+  const int h = zelvy_win::state().iWinCur;
+  if (yywindowexists(h)) parent = zelvy_win::state().wtShell[h];
+  XmString msg = XmStringCreateLocalized(const_cast<char*>(std::string(text).c_str()));
+  XmString ttl = XmStringCreateLocalized(const_cast<char*>(std::string(title).c_str()));
+  Arg a[3];
+  int n = 0;
+  XtSetArg(a[n], XmNmessageString, msg); ++n;
+  XtSetArg(a[n], XmNdialogTitle, ttl); ++n;
+  XtSetArg(a[n], XmNdialogStyle, XmDIALOG_FULL_APPLICATION_MODAL); ++n;
+  Widget box = question ? XmCreateQuestionDialog(parent, const_cast<char*>("EditQuestion"), a, n)
+                        : XmCreateMessageDialog(parent, const_cast<char*>("EditMessage"), a, n);
+  XmStringFree(msg);
+  XmStringFree(ttl);
+  return box;
+}
+
+void destroy_shell(Widget w, XtPointer, XtPointer) { XtDestroyWidget(XtParent(w)); }
+
+void answer_cb(Widget, XtPointer client, XtPointer call) {
+  int* answer = static_cast<int*>(client);
+  switch (static_cast<XmAnyCallbackStruct*>(call)->reason) {
+    case XmCR_OK: *answer = 1; break;
+    case XmCR_HELP: *answer = 2; break;
+    default: *answer = 3; break;
+  }
+}
+
+void show_error(std::string_view path, std::string_view text, std::string_view title) {
+  yyEditMessage(title, std::string(path) + std::string(text));
+}
+
+}  // namespace
+
+EditLastMessage& yyEditLastMessage() {
+  static EditLastMessage m;
+  return m;
+}
+
+void yyEditMessage(std::string_view title, std::string_view text) {
+  EditLastMessage& last = yyEditLastMessage();
+  last.title = title;
+  last.text = text;
+  ++last.count;
+  if (!xdisplay()) return;
+  Widget box = message_box(title, text, false);
+  XtUnmanageChild(XmMessageBoxGetChild(box, XmDIALOG_CANCEL_BUTTON));
+  XtUnmanageChild(XmMessageBoxGetChild(box, XmDIALOG_HELP_BUTTON));
+  XtAddCallback(box, XmNokCallback, destroy_shell, nullptr);
+  XtManageChild(box);
+}
+
+int yyEditQuestion(std::string_view title, std::string_view text) {
+  if (!xdisplay()) return 3;
+  Widget box = message_box(title, text, true);
+  int answer = 0;
+  auto label = [&](unsigned char child, const char* s) {
+    XmString x = XmStringCreateLocalized(const_cast<char*>(s));
+    XtVaSetValues(XmMessageBoxGetChild(box, child), XmNlabelString, x, nullptr);
+    XmStringFree(x);
+  };
+  label(XmDIALOG_OK_BUTTON, "Yes");
+  label(XmDIALOG_HELP_BUTTON, "No");
+  label(XmDIALOG_CANCEL_BUTTON, "Cancel");
+  for (const char* cb : {XmNokCallback, XmNhelpCallback, XmNcancelCallback}) XtAddCallback(box, cb, answer_cb, &answer);
+  XtManageChild(box);
+  // The question waits for its answer; the box is modal to the application.
+  while (answer == 0) XtAppProcessEvent(zelvy_x::state().ixContext, XtIMAll);
+  XtDestroyWidget(XtParent(box));
+  return answer;
+}
+
+std::string yyEditFullPathname(std::string_view name) {
+  if (!name.empty() && name.front() == '/') return std::string(name);
+  std::string dir;
+  if (char* cwd = ::getcwd(nullptr, 0)) {
+    dir = cwd;
+    std::free(cwd);
+  }
+  if (dir != "/") dir += "/";
+  return dir + std::string(name);
+}
+
+namespace {
+
+void yyeditbackup(const std::string& path) {
+  struct stat st{};
+  if (::stat(path.c_str(), &st) != 0) return;
+  // Quoted for the shell: a path may hold blanks or quotes.
+  auto quoted = [](const std::string& p) {
+    std::string q = "'";
+    for (char c : p) q += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    return q + "'";
+  };
+  CommandStatus status;
+  yyoscommand("cp " + quoted(path) + " " + quoted(path + ".bak"), kCmdWait, -1, status);
+}
+
+bool write_file(const std::string& path, EditRecord& r) {
+  if (r.Flags & edit_flag::kBackup) yyeditbackup(path);
+  File f(std::fopen(path.c_str(), "w"));
+  if (!f) {
+    show_error(path, "\nCould not open file to write.", "Open Error");
+    return false;
+  }
+  yyEditFinishLoad(r, true);
+  char* text = XmTextGetString(r.Text);
+  const std::string_view t = text ? text : "";
+  bool ok = std::fwrite(t.data(), 1, t.size(), f.get()) == t.size();
+  // A saved file always ends with a line end; the text in memory keeps its form.
+  if (ok && (t.empty() || t.back() != '\n')) ok = std::fputc('\n', f.get()) != EOF;
+  XtFree(text);
+  if (std::fflush(f.get()) != 0) ok = false;
+  if (!ok) show_error(path, "\nFailed to write entire file.", "Write Error");
+  return ok;
+}
+
+bool read_file(const std::string& path, EditRecord& r, bool quiet) {
+  const bool silent = quiet && (r.Flags & edit_flag::kQuietMissing);
+  struct stat st{};
+  if (::stat(path.c_str(), &st) != 0) {
+    if (!silent)
+      show_error(path, "\nFile not found.\nPlease verify the correct file name was given", "Open Error");
+    return false;
+  }
+  if (!S_ISREG(st.st_mode)) {
+    show_error(path, "\nFile is not of a regular type.", "Open Error");
+    return false;
+  }
+  File f(std::fopen(path.c_str(), "r"));
+  if (!f) {
+    if (!silent) show_error(path, "\nCould not open file.", "Open Error");
+    return false;
+  }
+  std::string bytes;
+  try {
+    bytes.resize(static_cast<std::size_t>(st.st_size));
+  } catch (const std::bad_alloc&) {
+    show_error(path, "\nFile too large - not enough memory.", "Allocation Error");
+    return false;
+  }
+  const std::size_t got = std::fread(bytes.data(), 1, bytes.size(), f.get());
+  if (got != bytes.size()) {
+    show_error(path, "\nFailed to read entire file.", "Read Error");
+    bytes.resize(got);
+  }
+  f.reset();
+  yyEditReplaceAll(r, yyEditTextIsPlain(bytes) ? std::move(bytes) : yyEditTextForWidget(bytes));
+  r.Bookmark[static_cast<std::size_t>(r.CurrentBuffer - 1)] = -1;
+  r.Changed = 0;
+  return true;
+}
+
+}  // namespace
+
+bool yyEditLoadSave(std::string_view name, bool write, EditRecord& r, bool quiet) {
+  if (name.empty()) return false;
+  const std::string path = yyEditFullPathname(name);
+  r.FileName = path;
+  const bool ok = write ? write_file(path, r) : read_file(path, r, quiet);
+  if (!ok) {
+    yyEditTitle(r);
+    return false;
+  }
+  r.SelectionState = 0;
+  r.Dirty = 0;
+  yyEditTitle(r);
+  return true;
+}
+
+namespace {
+
+// The file selector's single call point; none is available yet, so the
+// choice is cancelled.
+std::optional<std::string> choose_file(std::string_view /*title*/, int /*flags*/, EditRecord& /*r*/) {
+  return std::nullopt;
+}
+
+}  // namespace
+
+bool yyEditFileSave(EditRecord& r, bool saveas) {
+  if (saveas || r.FileName.empty()) {
+    const std::optional<std::string> name = choose_file("Save As", 35, r);
+    if (!name) return false;
+    return yyEditLoadSave(*name, true, r, false);
+  }
+  return yyEditLoadSave(r.FileName, true, r, false);
+}
+
+bool yyEditCheckSave(EditRecord& r) {
+  if ((r.Flags & (edit_flag::kNeverPrompt | edit_flag::kViewer | edit_flag::kNoSave)) || !r.Dirty) return true;
+  std::string text = "Save changes";
+  if (!r.FileName.empty() && !(r.Flags & edit_flag::kNoNameInTitle)) text += " to " + r.FileName;
+  text += "?";
+  switch (yyEditQuestion(r.BaseTitle + " ", text)) {
+    case 1: return yyEditFileSave(r, false);
+    case 2: return true;
+    default: return false;
+  }
+}
+
+void yyEditFileNew(EditRecord& r) {
+  yyEditReplaceAll(r, std::string());
+  r.Dirty = r.Changed = 0;
+  r.SelectionState = 0;
+  r.Bookmark[static_cast<std::size_t>(r.CurrentBuffer - 1)] = -1;
+  r.FileName.clear();
+  yyEditTitle(r);
+}
+
+bool yyEditFileOpen(EditRecord& r) {
+  if (!yyEditCheckSave(r)) return false;
+  const std::optional<std::string> name = choose_file("Open", 162, r);
+  if (!name) return false;
+  if (!yyEditLoadSave(*name, false, r, false)) {
+    r.FileName.clear();
+    yyEditTitle(r);
+    return false;
+  }
+  return true;
+}
