@@ -62,6 +62,9 @@ void split_path(std::string_view path) {
   if (p == std::string_view::npos) return;
   working_dir = path.substr(0, p);
   WindowOutStatusBar(2, working_dir.trim());
+  // The job's files are named relative to its directory, wherever the
+  // selector ended.
+  IOsDirChange(working_dir.trim());
   file_inp = trimmed(path.substr(p + 1));
   const std::string name(file_inp.trim());
   const auto dot = name.find('.');
@@ -227,7 +230,7 @@ void view_file_with_editor(std::string_view extension, std::optional<std::string
     return;
   }
   int handle = 0;
-  WindowOpenChild(handle, kEditorWindowFlags, {}, {}, {}, {}, "Ombrel Text Editor");
+  WindowOpenChild(handle, kEditorWindowFlags, {}, {}, {}, {}, {}, {}, {}, "Ombrel Text Editor");
   WEditFile(name, kEditorMode, 0, 0, kEditorFont);
   // Everything for the main form waits until the editor is closed.
   do {

@@ -9,3 +9,9 @@ zelv_display_test(NAME gombrel_form_edit_e2e
   COMMAND sh ${CMAKE_CURRENT_LIST_DIR}/form_edit_e2e.sh $<TARGET_FILE:gombrel>
           ${CMAKE_SOURCE_DIR}/examples $<TARGET_FILE:zelv_xhelper> ${CMAKE_BINARY_DIR}/shots
   TIMEOUT 120)
+
+# The whole workflow from the user's hand: open, save, run, views, failures.
+zelv_display_test(NAME gombrel_workflow_e2e
+  COMMAND sh ${CMAKE_CURRENT_LIST_DIR}/workflow_e2e.sh $<TARGET_FILE:gombrel>
+          ${CMAKE_SOURCE_DIR}/examples $<TARGET_FILE:zelv_xhelper> ${CMAKE_BINARY_DIR}/shots
+  TIMEOUT 300)
