@@ -2,6 +2,7 @@
 // status bar and title, the messages it takes before the application, and
 // the routines that read and write the text.
 #include "toolkit/editor/editor.h"
+#include "support/lorx_io_messages.h"
 
 #include <sys/stat.h>
 
@@ -19,6 +20,7 @@
 #include "toolkit/base/error.h"
 #include "toolkit/base/zelvy_data.h"
 #include "toolkit/editor/editor_private.h"
+#include "toolkit/kernel/display.h"
 #include "toolkit/kernel/display_private.h"
 #include "toolkit/kernel/editor_attach.h"
 #include "toolkit/kernel/menu_private.h"
@@ -687,6 +689,23 @@ void yyEditAttach() {
   yyAttachEditor({yyEditProcessMessage, yyEditShutdown, [](int h) {
                     if (EditRecord* r = yyEditRecordOf(h)) yyEditResize(*r);
                   }});
+  // The support library's scroll window is a read-only editor in a child
+  // window of its own.
+  lorx_io_messages::ScrollWindowHooks& h = lorx_io_messages::scroll_hooks;
+  h.screen_height = [] { return WInfoScreen(2); };
+  h.open_child = [](int height, std::string_view title) {
+    int handle = -1;
+    WindowOpenChild(handle, {}, {}, {}, {}, height, {}, {}, {}, title);
+    return handle;
+  };
+  h.edit_file = [](int window, int flags, int fontType) {
+    WindowSelect(window);
+    WEditFile("", {}, 0, flags, fontType);
+  };
+  h.select = [](int window) { WindowSelect(window); };
+  h.editor_lines = [](int window) { return WInfoEditor(window, 2); };
+  h.put_text_part = [](std::string_view text, int start) { WEditPutTextPart(text, start); };
+  h.close_child = [](int window) { WindowCloseChild(window); };
 }
 
 void WEditFile(std::string_view filename, std::optional<int> mode, std::optional<int> menuid,

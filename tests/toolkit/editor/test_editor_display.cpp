@@ -20,6 +20,7 @@
 #include <string>
 
 #include "app/resources/gombrel_resources.h"
+#include "support/lorx_io_messages.h"
 #include "toolkit/base/zelvy_data.h"
 #include "toolkit/dialog/dialog.h"
 #include "toolkit/editor/editor.h"
@@ -412,3 +413,28 @@ TEST_F(EditorWindow, WrappedLinesFollowTheWidth) {
 }
 
 }  // namespace
+
+// The support library's scroll window: lines gather in a read-only editor
+// of its own, which closes on request and opens again at the next line.
+TEST_F(EditorWindow, TheScrollWindowGathersLinesInAnEditor) {
+  namespace msg = lorx_io_messages;
+  msg::write_scroll_text("first line   ");
+  msg::write_scroll_text("second line");
+  ASSERT_TRUE(msg::wscroll);
+  const int console = msg::win_console;
+  ASSERT_GT(console, 0);
+  EXPECT_EQ(zelvy_win::state().WinInfo[console].Kind, 1);
+  settle();
+  WindowSelect(console);
+  std::string t;
+  WEditGetText(t);
+  EXPECT_NE(t.find("first line\n"), std::string::npos) << t;
+  EXPECT_NE(t.find("second line\n"), std::string::npos) << t;
+  EXPECT_LT(t.find("first line"), t.find("second line"));
+  msg::close_scroll_window();
+  EXPECT_FALSE(msg::wscroll);
+  EXPECT_FALSE(yywindowexists(console));
+  msg::write_scroll_text("again");
+  EXPECT_TRUE(msg::wscroll);
+  msg::close_scroll_window();
+}
