@@ -55,12 +55,10 @@ void line_arguments() {
     IOsDirChange(working_dir.trim());
   }
 
-  if (!file_inp.blank()) {
-    const std::string name(file_inp.trim());
-    const auto dot = name.find('.');
-    codefile = dot == std::string::npos ? name : name.substr(0, dot);  // cut at 40 by the field
-  }
+  if (!file_inp.blank()) codefile = job_name(file_inp.trim());  // cut at 40 by the field
 }
+
+std::string job_name(std::string_view file) { return std::string(file.substr(0, file.find('.'))); }
 
 void main_window() {
   yyrcinstall(gombrel_resource_tables());

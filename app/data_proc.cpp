@@ -66,9 +66,7 @@ void split_path(std::string_view path) {
   // selector ended.
   IOsDirChange(working_dir.trim());
   file_inp = trimmed(path.substr(p + 1));
-  const std::string name(file_inp.trim());
-  const auto dot = name.find('.');
-  codefile = dot == std::string::npos ? name : name.substr(0, dot);
+  codefile = data_init::job_name(file_inp.trim());
   WindowOutStatusBar(4, codefile.trim());
 }
 
