@@ -16,9 +16,11 @@
 #include "support/lorx_io_messages.h"
 #include "toolkit/base/error.h"
 #include "toolkit/base/zelvy_data.h"
+#include "toolkit/comdlg/file_selector.h"
 #include "toolkit/comdlg/message_box_private.h"
 #include "toolkit/dialog/dialog_fields_private.h"
 #include "toolkit/dialog/dialog_private.h"
+#include "toolkit/kernel/comdlg_attach.h"
 #include "toolkit/kernel/display_private.h"
 #include "toolkit/kernel/message.h"
 #include "toolkit/kernel/message_private.h"
@@ -370,4 +372,20 @@ bool library_error_box(std::string_view report) {
 void yyComdlgAttach() {
   lorx_io_messages::message_box_hook = WMessageBox;
   yySetErrorBoxSink(library_error_box);
+  ComdlgHooks hooks;
+  hooks.select_file = [](std::string_view filter, int flags, std::string& filename, std::string_view title,
+                         int* filterindex) {
+    std::string name = filename;
+    WSelectFile(filter, flags, name, title.empty() ? std::optional<std::string_view>{} : title, filterindex);
+    if (zelvy_comdlg::data().icdlgbut != kAnswerOk) return false;
+    filename = name;
+    return true;
+  };
+  hooks.message_box = [](int buttonSet, int icon, int defaultButton, std::string_view text,
+                         std::string_view title) {
+    zelvy_comdlg::data().icdlgbut = kAnswerCancel;
+    WMessageBox(buttonSet, icon, defaultButton, text, title);
+    return zelvy_comdlg::data().icdlgbut;
+  };
+  yyAttachComdlg(hooks);
 }

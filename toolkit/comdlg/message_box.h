@@ -30,7 +30,8 @@ void WMessageBox(int buttonSet, int icon, int defaultButton, std::string_view te
                  std::string_view title = {});
 
 // Joins the common dialogs to the layers that report through them: the
-// support library's messages and the library error box of the error state.
+// support library's messages, the library error box of the error state, and the
+// file and box calls of the editor and the grid window (kernel/comdlg_attach.h).
 // Called once by the program; a later call does nothing more.
 void yyComdlgAttach();
 

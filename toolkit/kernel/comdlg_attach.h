@@ -1,0 +1,28 @@
+// Where the common dialogs are reached by their neighbours in the same layer
+// (the editor and the grid window): those may not include the common dialogs,
+// so the common dialogs leave their entry points here when the program
+// attaches them (yyComdlgAttach). Until then the calls below answer as if the
+// user had cancelled, and a box answers with its escape button.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+struct ComdlgHooks {
+  // The file selector: true and `filename` set when the user chose a file.
+  bool (*select_file)(std::string_view filter, int flags, std::string& filename, std::string_view title,
+                      int* filterindex) = nullptr;
+  // A message box; returns the answer (1 OK, 2 Cancel, 6 Yes, 7 No, ...).
+  int (*message_box)(int buttonSet, int icon, int defaultButton, std::string_view text,
+                     std::string_view title) = nullptr;
+};
+
+void yyAttachComdlg(const ComdlgHooks& hooks);
+const ComdlgHooks& yyComdlgHooks();
+
+// The calls the neighbours make. Unattached: no file (nullopt), and the
+// answer 2 (Cancel) for a box.
+std::optional<std::string> yyComdlgChooseFile(std::string_view filter, int flags, std::string_view start,
+                                              std::string_view title, int* filterindex = nullptr);
+int yyComdlgAsk(int buttonSet, int icon, int defaultButton, std::string_view text, std::string_view title);
