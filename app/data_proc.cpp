@@ -19,6 +19,8 @@
 #include "toolkit/os/command.h"
 #include "toolkit/os/files.h"
 
+#include <cstdio>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -77,11 +79,30 @@ std::string results_name() {
   return std::string(codefile.trim());
 }
 
+// A job file is text: a zero byte in its first block means something else was
+// chosen (a picture, a program, a reflection file in a binary format).
+bool holds_binary_data(const std::string& path) {
+  struct Closer {
+    void operator()(std::FILE* f) const { std::fclose(f); }
+  };
+  const std::unique_ptr<std::FILE, Closer> f(std::fopen(path.c_str(), "rb"));
+  if (!f) return false;  // the reader says why it can't be opened
+  char block[65536];
+  const std::size_t n = std::fread(block, 1, sizeof block, f.get());
+  return std::string_view(block, n).find('\0') != std::string_view::npos;
+}
+
 void open_job() {
   data_init::init_variables();
   std::string path(255, ' ');
   WSelectFile(kJobFilter, kOpenFlags, path, "Open Ombrel Files");
   if (!confirmed()) return;
+  // Refused before anything of the job shown changes, as if Open had been
+  // cancelled: reading it would give an empty job under its name.
+  if (const std::string chosen(trimmed(path)); holds_binary_data(chosen)) {
+    lorx_io_messages::error_message("The file " + chosen + " is not a job file: it holds binary data.");
+    return;
+  }
   split_path(trimmed(path));
   read_ombrel_file();
   if (exit_code == 0) {

@@ -15,3 +15,10 @@ zelv_display_test(NAME gombrel_workflow_e2e
   COMMAND sh ${CMAKE_CURRENT_LIST_DIR}/workflow_e2e.sh $<TARGET_FILE:gombrel>
           ${CMAKE_SOURCE_DIR}/examples $<TARGET_FILE:zelv_xhelper> ${CMAKE_BINARY_DIR}/shots
   TIMEOUT 300)
+
+# What goes wrong in the workflow: double-click, binary and missing files,
+# a save into a read-only directory.
+zelv_display_test(NAME gombrel_workflow_failures_e2e
+  COMMAND sh ${CMAKE_CURRENT_LIST_DIR}/workflow_failures_e2e.sh $<TARGET_FILE:gombrel>
+          ${CMAKE_SOURCE_DIR}/examples $<TARGET_FILE:zelv_xhelper> ${CMAKE_BINARY_DIR}/shots
+  TIMEOUT 180)
