@@ -2,13 +2,16 @@
 # make test                       build and run the whole test suite
 # make test-sanitize              the unit tests again, built with ASan and UBSan
 # make bench                      build and run the benchmarks
+# make install [PREFIX=/usr/local] [DESTDIR=…]  build and install the program
+# make package                    build the Debian package (build/gombrel_*.deb)
 JOB ?= examples/silicon/si.omb
+PREFIX ?= /usr/local
 BUILD ?= build
 JOBS ?= $(shell nproc)
 WERROR ?= $(if $(CI),ON,OFF)
 CMAKE_FLAGS ?=
 
-.PHONY: all deps configure build run test test-sanitize bench clean
+.PHONY: all deps configure build run test test-sanitize bench install package clean
 
 all: build
 
@@ -41,6 +44,14 @@ test-sanitize: deps
 
 bench: build
 	@tools/run-bench $(BUILD)
+
+# DESTDIR, when set, reaches cmake --install through the environment.
+install: configure
+	@cmake --build $(BUILD) -j $(JOBS) --target gombrel ombrel package_files
+	@cmake --install $(BUILD) --prefix "$(PREFIX)"
+
+package: build
+	@cd $(BUILD) && cpack -G DEB
 
 clean:
 	rm -rf build build-sanitize

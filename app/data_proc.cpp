@@ -19,7 +19,10 @@
 #include "toolkit/os/command.h"
 #include "toolkit/os/files.h"
 
+#include <unistd.h>
+
 #include <cstdio>
+#include <filesystem>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -27,6 +30,7 @@
 namespace data_proc {
 
 using namespace data_param;
+namespace fs = std::filesystem;
 
 namespace {
 
@@ -138,18 +142,34 @@ bool on_search_path(std::string_view program) {
   return status == 0;
 }
 
+// The stand-in reduction code installed with the program lives off the search
+// path (<prefix>/libexec/gombrel/ombrel beside <prefix>/bin/gombrel), so that
+// it never shadows a real one; it is taken only when there is no real one.
+std::string installed_stand_in() {
+  std::error_code ec;
+  const fs::path self = fs::read_symlink("/proc/self/exe", ec);
+  if (ec) return {};
+  const fs::path stand_in = self.parent_path().parent_path() / "libexec" / "gombrel" / "ombrel";
+  if (::access(stand_in.c_str(), X_OK) != 0) return {};
+  std::string quoted = "'";
+  for (const char c : stand_in.string()) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
+  return quoted + "'";
+}
+
 void run() {
   if (codefile.blank()) {
     lorx_io_messages::info_message("The input file passed to Ombrel program was empty!");
     return;
   }
-  if (!on_search_path("ombrel")) {
+  std::string program = "ombrel";
+  if (!on_search_path(program)) program = installed_stand_in();
+  if (program.empty()) {
     lorx_io_messages::error_message(
         "The reduction program \"ombrel\" was not found on the search path (PATH); the job was not run.");
     return;
   }
   WCursorShape(kBusyCursor);
-  IOsCommand("ombrel  " + std::string(codefile.trim()), kWaitFlags);
+  IOsCommand(program + "  " + std::string(codefile.trim()), kWaitFlags);
   WCursorShape(kNormalCursor);
   view_file_with_editor("out", results_name() + ".out");
 }
