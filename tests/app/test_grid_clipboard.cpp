@@ -29,6 +29,13 @@ constexpr int kEditable = 1;
 
 class GridClipboardTest : public MainFormTest {
  protected:
+  static void SetUpTestSuite() {
+    yyrcinstall(gombrel_resource_tables());
+    yyDialogAttach();
+    yyGridAttach();
+    WInitialise();
+    yyDialogEngineInit();
+  }
   void SetUp() override {
     MainFormTest::SetUp();
     dir_ = fs::temp_directory_path() / ("zelv_gridclip_" + std::to_string(::getpid()));
