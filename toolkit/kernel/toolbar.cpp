@@ -344,7 +344,7 @@ void yyMenuToolbarDestroy(std::unique_ptr<ToolbarRecord>& bar) {
     }
     XtDestroyWidget(bar->Bar);
   }
-  // The widgets go at the next dispatch; their pixmaps must outlive them.
+  // The pixmaps go after the widgets that show them.
   for (Pixmap& p : bar->ButtonPixmaps) free_pixmap(p);
   for (Pixmap& p : bar->GreyPixmaps) free_pixmap(p);
   bar.reset();

@@ -272,6 +272,17 @@ TEST_F(ToolbarTest, TheNextButtonsTooltipComesQuicklyAndOpenHasNone) {
   EXPECT_EQ(wait_tooltip(1200), 0u) << "Open has no tooltip text";
 }
 
+TEST_F(ToolbarTest, AWindowWithoutTheFocusShowsNoTooltip) {
+  park_pointer();
+  const Window elsewhere = XCreateSimpleWindow(xdisplay(), DefaultRootWindow(xdisplay()), 600, 600, 20, 20, 0, 0, 0);
+  XMapWindow(xdisplay(), elsewhere);
+  pump(100);
+  XSetInputFocus(xdisplay(), elsewhere, RevertToParent, CurrentTime);
+  point_at(button(kSave));
+  EXPECT_EQ(wait_tooltip(1200), 0u);
+  XDestroyWindow(xdisplay(), elsewhere);
+}
+
 TEST_F(ToolbarTest, RunTimeTooltipsWinAndBreakIntoLines) {
   int error = -1;
   yymenutooltip(kSave, error, "first\r\nsecond");
