@@ -211,6 +211,12 @@ ToolbarRecord* yyMenuToolbarOf(Widget w, int& index) {
   return nullptr;
 }
 
+ToolbarRecord* yyMenuToolbarOfWindow(Window xwin, int& index) {
+  index = -1;
+  if (!xwin || !xdisplay()) return nullptr;
+  return yyMenuToolbarOf(XtWindowToWidget(xdisplay(), xwin), index);
+}
+
 Pixmap yyMenuGetButtonImage(Pixmap strip, int index, int width, int height, int stripheight) {
   Display* dpy = xdisplay();
   if (!dpy || strip == kNoPixmap || width < 1 || height < 1) return kNoPixmap;

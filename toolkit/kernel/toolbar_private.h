@@ -74,3 +74,5 @@ void yyMenuToolbarWindowClosed(int window);
 void yyMenuTooltipsDelRuntime(int window);
 // The record that owns a button or bar widget, and the button's position (-1 the bar).
 ToolbarRecord* yyMenuToolbarOf(Widget w, int& index);
+// The same by X window, for the message loop (context clicks on a toolbar).
+ToolbarRecord* yyMenuToolbarOfWindow(Window xwin, int& index);

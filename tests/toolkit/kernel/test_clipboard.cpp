@@ -8,17 +8,8 @@
 #include <Xm/CutPaste.h>
 #include <Xm/Text.h>
 
-#include <chrono>
-#include <cstdio>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <sstream>
 #include <string>
-#include <thread>
 #include <vector>
-
-#include <unistd.h>
 
 #include "app/resources/gombrel_resources.h"
 #include "toolkit/base/zelvy_data.h"
@@ -29,11 +20,9 @@
 #include "toolkit/kernel/startup.h"
 #include "toolkit/kernel/window.h"
 #include "toolkit/kernel/window_private.h"
+#include "tests/toolkit/kernel/clipboard_peer.h"
 
 namespace {
-
-using Clock = std::chrono::steady_clock;
-namespace fs = std::filesystem;
 
 TEST(ClipboardRetry, ALockedClipboardIsAskedAgainUntilItAnswers) {
   int calls = 0;
@@ -56,55 +45,16 @@ class ClipboardTest : public ::testing::Test {
   void SetUp() override {
     ASSERT_NE(xdisplay(), nullptr);
     WindowOpen(7, 30, 30, 400, 200, {}, {}, {}, "Clipboard test");
-    pump(200);
-    dir_ = fs::temp_directory_path() / ("zelv_clip_" + std::to_string(::getpid()));
-    fs::create_directories(dir_);
+    peer.pump(200);
   }
   void TearDown() override {
     WindowClose();
-    pump(100);
-    fs::remove_all(dir_);
-  }
-
-  static void pump(int ms) {
-    const auto end = Clock::now() + std::chrono::milliseconds(ms);
-    int type = 0;
-    MessageRecord m;
-    while (Clock::now() < end) {
-      XSync(xdisplay(), False);
-      do WMessagePeek(type, m);
-      while (type != -1);
-      std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
-  }
-  // What another program reads from the clipboard. The loop keeps running
-  // meanwhile: this program answers the request.
-  std::string xclip_out() {
-    const fs::path out = dir_ / "out", done = dir_ / "done";
-    fs::remove(done);
-    const std::string cmd =
-        "(xclip -o -selection clipboard > '" + out.string() + "' 2>/dev/null; touch '" + done.string() + "') &";
-    EXPECT_EQ(std::system(cmd.c_str()), 0);
-    const auto end = Clock::now() + std::chrono::seconds(5);
-    while (!fs::exists(done) && Clock::now() < end) pump(20);
-    std::ifstream in(out, std::ios::binary);
-    std::ostringstream s;
-    s << in.rdbuf();
-    return s.str();
-  }
-  // Another program takes the clipboard with a text.
-  void xclip_in(const std::string& text, const std::string& target = "") {
-    const fs::path in = dir_ / "in";
-    std::ofstream(in, std::ios::binary) << text;
-    const std::string cmd = "xclip -i -selection clipboard" + (target.empty() ? "" : " -t " + target) + " '" +
-                            in.string() + "' >/dev/null 2>&1";
-    ASSERT_EQ(std::system(cmd.c_str()), 0);
-    pump(100);
+    peer.pump(100);
   }
   static Widget text_widget(const char* value, bool editable = true) {
     Widget t = XtVaCreateManagedWidget("ClipText", xmTextWidgetClass, zelvy_win::state().wtClient[0], XmNvalue, value,
                                        XmNeditable, editable ? True : False, nullptr);
-    pump(50);
+    ClipboardPeer::pump(50);
     return t;
   }
   static std::string value(Widget t) {
@@ -113,7 +63,7 @@ class ClipboardTest : public ::testing::Test {
     XtFree(s);
     return v;
   }
-  fs::path dir_;
+  ClipboardPeer peer;
 };
 
 TEST_F(ClipboardTest, TextGoesToOtherProgramsAndComesFromThem) {
@@ -126,9 +76,9 @@ TEST_F(ClipboardTest, TextGoesToOtherProgramsAndComesFromThem) {
   yyinfoclipboard(2, size);
   EXPECT_EQ(code, kClipText);
   EXPECT_EQ(size, static_cast<int>(text.size()));
-  EXPECT_EQ(xclip_out(), text);
+  EXPECT_EQ(peer.read(), text);
 
-  xclip_in("from elsewhere");
+  ASSERT_TRUE(peer.write("from elsewhere"));
   yyinfoclipboard(1, code);
   EXPECT_EQ(code, kClipText);
   std::vector<char> buffer(64);
@@ -144,14 +94,14 @@ TEST_F(ClipboardTest, TextGoesToOtherProgramsAndComesFromThem) {
 }
 
 TEST_F(ClipboardTest, TextOfferedOnlyAsUtf8IsStillText) {
-  xclip_in("unicode", "UTF8_STRING");
+  ASSERT_TRUE(peer.write("unicode", "UTF8_STRING"));
   int code = -9;
   yyinfoclipboard(1, code);
   EXPECT_EQ(code, kClipText);
 }
 
 TEST_F(ClipboardTest, TextFieldsPasteOverTheSelectionOrAtTheCursorAndRespectReadOnly) {
-  xclip_in("XY");
+  ASSERT_TRUE(peer.write("XY"));
   Widget t = text_widget("abcdef");
   XmTextSetSelection(t, 1, 3, CurrentTime);
   ASSERT_TRUE(yyXmTextPaste(t));
@@ -167,7 +117,7 @@ TEST_F(ClipboardTest, TextFieldsPasteOverTheSelectionOrAtTheCursorAndRespectRead
   EXPECT_FALSE(yyXmTextCut(ro, CurrentTime));
   EXPECT_EQ(value(ro), "fixed");
   ASSERT_TRUE(yyXmTextCopy(ro, CurrentTime)) << "copying from a read-only field works";
-  EXPECT_EQ(xclip_out(), "fix");
+  EXPECT_EQ(peer.read(), "fix");
 
   XmTextClearSelection(t, CurrentTime);
   EXPECT_FALSE(yyXmTextCut(t, CurrentTime)) << "nothing selected, nothing cut";
@@ -175,7 +125,7 @@ TEST_F(ClipboardTest, TextFieldsPasteOverTheSelectionOrAtTheCursorAndRespectRead
   XmTextSetSelection(t, 0, 3, CurrentTime);
   ASSERT_TRUE(yyXmTextCut(t, CurrentTime));
   EXPECT_EQ(value(t), "defXY");
-  EXPECT_EQ(xclip_out(), "aXY");
+  EXPECT_EQ(peer.read(), "aXY");
 }
 
 TEST_F(ClipboardTest, BitmapDataOnTheClipboardIsNoTextToPaste) {
@@ -231,7 +181,7 @@ TEST_F(ClipboardTest, AClipboardHeldLockedElsewhereFailsAfterTheRetriesAndWorksO
   XmClipboardUnlock(dpy, other, False);
   yyclipboardputstring(status, "free", 5);
   EXPECT_EQ(status, 0);
-  EXPECT_EQ(xclip_out(), "free");
+  EXPECT_EQ(peer.read(), "free");
   XDestroyWindow(dpy, other);
 }
 
