@@ -22,3 +22,14 @@ zelv_display_test(NAME gombrel_workflow_failures_e2e
   COMMAND sh ${CMAKE_CURRENT_LIST_DIR}/workflow_failures_e2e.sh $<TARGET_FILE:gombrel>
           ${CMAKE_SOURCE_DIR}/examples $<TARGET_FILE:zelv_xhelper> ${CMAKE_BINARY_DIR}/shots
   TIMEOUT 180)
+
+# The form's grid and fields with the clipboard of other programs (xclip).
+add_executable(app_grid_clipboard_tests ${CMAKE_CURRENT_LIST_DIR}/test_grid_clipboard.cpp)
+target_link_libraries(app_grid_clipboard_tests PRIVATE gombrel_app GTest::gtest GTest::gtest_main)
+zelv_display_test(NAME app_grid_clipboard COMMAND $<TARGET_FILE:app_grid_clipboard_tests> TIMEOUT 120)
+
+# The main window's toolbar from the user's hand, with screenshots.
+zelv_display_test(NAME gombrel_toolbar_e2e
+  COMMAND sh ${CMAKE_CURRENT_LIST_DIR}/toolbar_e2e.sh $<TARGET_FILE:gombrel>
+          ${CMAKE_SOURCE_DIR}/examples $<TARGET_FILE:zelv_xhelper> ${CMAKE_BINARY_DIR}/shots
+  TIMEOUT 120)

@@ -1,30 +1,16 @@
 // Cut, copy, paste and delete of a grid's cells through the text clipboard.
-#include <Xm/CutPaste.h>
-#include <Xm/Xm.h>
+#include <X11/Intrinsic.h>
 
 #include <algorithm>
 #include <string>
 
 #include "toolkit/grid/grid_private.h"
+#include "toolkit/kernel/clipboard_private.h"
 
 namespace {
 
-constexpr const char* kFormat = "STRING";
+// Other programs see the cells as text; the label tells the item is a grid's.
 constexpr const char* kItemLabel = "ZelvGrid";
-// A clipboard held by another client is asked again this many times.
-constexpr int kLockedRetries = 100;
-
-template <typename Call>
-int retry(Call call) {
-  int status = ClipboardLocked;
-  for (int k = 0; k < kLockedRetries && status == ClipboardLocked; ++k) status = call();
-  return status;
-}
-
-Window window_of(Widget w) {
-  while (w && !XtIsRealized(w)) w = XtParent(w);
-  return w ? XtWindow(w) : None;
-}
 
 Time event_time(Widget w) { return XtLastTimestampProcessed(XtDisplay(w)); }
 
@@ -33,47 +19,10 @@ std::size_t at(int i) { return static_cast<std::size_t>(i); }
 }  // namespace
 
 bool yyGridClipboardPut(Widget w, std::string_view text) {
-  Display* dpy = XtDisplay(w);
-  const Window win = window_of(w);
-  if (win == None) return false;
-  XmString label = XmStringCreateLocalized(const_cast<char*>(kItemLabel));
-  long item = 0;
-  int status = retry([&] { return XmClipboardStartCopy(dpy, win, label, event_time(w), w, nullptr, &item); });
-  XmStringFree(label);
-  if (status != ClipboardSuccess) return false;
-  std::string data(text);
-  status = retry([&] {
-    return XmClipboardCopy(dpy, win, item, const_cast<char*>(kFormat), data.data(),
-                           static_cast<unsigned long>(data.size()), 0, nullptr);
-  });
-  if (status != ClipboardSuccess) {
-    XmClipboardCancelCopy(dpy, win, item);
-    return false;
-  }
-  return retry([&] { return XmClipboardEndCopy(dpy, win, item); }) == ClipboardSuccess;
+  return yyClipboardPutString(text, event_time(w), kItemLabel, w) == 0;
 }
 
-bool yyGridClipboardGet(Widget w, std::string& text) {
-  Display* dpy = XtDisplay(w);
-  const Window win = window_of(w);
-  text.clear();
-  if (win == None) return false;
-  unsigned long length = 0;
-  if (retry([&] { return XmClipboardInquireLength(dpy, win, const_cast<char*>(kFormat), &length); }) !=
-          ClipboardSuccess ||
-      length == 0)
-    return false;
-  std::string buffer(length, '\0');
-  unsigned long got = 0;
-  long id = 0;
-  if (retry([&] {
-        return XmClipboardRetrieve(dpy, win, const_cast<char*>(kFormat), buffer.data(), length, &got, &id);
-      }) != ClipboardSuccess)
-    return false;
-  buffer.resize(std::min(got, length));
-  text = std::move(buffer);
-  return true;
-}
+bool yyGridClipboardGet(Widget w, std::string& text) { return yyClipboardGetText(text, w); }
 
 bool yyGridCanCut(Widget grid) {
   GridPart& g = yyGridPart(grid);

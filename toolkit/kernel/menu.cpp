@@ -6,6 +6,7 @@
 
 #include "toolkit/kernel/resources.h"
 #include "toolkit/kernel/display_private.h"
+#include "toolkit/kernel/toolbar.h"
 #include "toolkit/kernel/window.h"
 #include "toolkit/kernel/window_private.h"
 
@@ -196,6 +197,18 @@ void WMenuSetState(int itemid, int state, int value) {
   bits = set ? (bits | static_cast<int>(bit)) : (bits & ~static_cast<int>(bit));
   MenuRecord* m = target_menu();
   const int i = m ? m->find(itemid) : -1;
+  // The buttons of the window's toolbars (or the root window's, when the
+  // window has neither menu nor toolbar) follow the item.
+  if (!ms.iFloatMenu || !ms.pwFloatMenu) {
+    const int h = std::clamp(ms.iWinMenu, 0, zelvy_menu::kMenuSlots - 1);
+    const int w = (ms.pwRootMenuSub[h] || yyMenuToolbarButtonState(h, itemid) >= 0) ? h : 0;
+    const int now = yyMenuToolbarButtonState(w, itemid);
+    if (now >= 0) {
+      const int flags = i >= 0 ? static_cast<int>(m->ItemFlags[i]) : now;
+      const int want = set ? (flags | static_cast<int>(bit)) : (flags & ~static_cast<int>(bit));
+      if (want != now) yyMenuSetToolbarIdent(w, itemid, want & static_cast<int>(kMenuGreyed | kMenuChecked));
+    }
+  }
   if (i < 0) return;
   const std::uint32_t now = set ? (m->ItemFlags[i] | bit) : (m->ItemFlags[i] & ~bit);
   if (now == m->ItemFlags[i]) return;

@@ -168,6 +168,10 @@ void yyTooltipDestroy() {
 }
 
 void yyTooltipArm(XtTimerCallbackProc show, XtPointer data) {
+  yyTooltipArm(show, data, kTooltipDelay, kTooltipDelayInstant);
+}
+
+void yyTooltipArm(XtTimerCallbackProc show, XtPointer data, unsigned long delay, unsigned long instantdelay) {
   State& t = tip();
   if (!xdisplay() || yyMenuIsOpen()) return;
   cancel(t.idTooltipUp);
@@ -175,7 +179,7 @@ void yyTooltipArm(XtTimerCallbackProc show, XtPointer data) {
   t.show = show;
   t.showData = data;
   t.idTooltipUp = XtAppAddTimeOut(zelvy_x::state().ixContext,
-                                  t.bDisplayTooltipInst ? kTooltipDelayInstant : kTooltipDelay, delay_over, nullptr);
+                                  t.bDisplayTooltipInst ? instantdelay : delay, delay_over, nullptr);
 }
 
 void yyTooltipLeave() {

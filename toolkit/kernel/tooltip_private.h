@@ -6,9 +6,9 @@
 
 #include <string_view>
 
-// Delays in milliseconds: before a tooltip shows; before the next one shows,
-// when the last was left a moment ago; how long that moment lasts; how long
-// a tooltip stays.
+// Delays in milliseconds for dialog fields: before a tooltip shows; before
+// the next one shows, when the last was left a moment ago; how long that
+// moment lasts; how long a tooltip stays.
 inline constexpr unsigned long kTooltipDelay = 2000, kTooltipDelayInstant = 0, kTooltipInstantWindow = 3000,
                                kTooltipVisible = 5000;
 
@@ -20,6 +20,8 @@ void yyTooltipDestroy();
 // The pointer entered a widget with a tooltip: `show` runs with `data` after
 // the delay (at once within the instant window). Nothing while a menu is open.
 void yyTooltipArm(XtTimerCallbackProc show, XtPointer data);
+// The same with delays of its own (toolbar buttons answer sooner).
+void yyTooltipArm(XtTimerCallbackProc show, XtPointer data, unsigned long delay, unsigned long instantdelay);
 // The pointer left it: a tooltip showing goes and opens the instant window;
 // else the pending one is cancelled.
 void yyTooltipLeave();

@@ -22,6 +22,7 @@
 #include "toolkit/kernel/menu_private.h"
 #include "toolkit/kernel/message.h"
 #include "toolkit/kernel/statusbar_private.h"
+#include "toolkit/kernel/toolbar_private.h"
 #include "toolkit/kernel/widgets_private.h"
 #include "toolkit/kernel/window_private.h"
 #include "toolkit/base/error.h"
@@ -43,8 +44,12 @@ int sbar_height(int h) {
   return bar ? zelvy_sbar::state().iSBarHeight + 1 : 0;
 }
 
-// Height the frame adds to the client: menu bar and status bar.
-int extra_height(int h) { return menu_height(h) + sbar_height(h); }
+// What the frame adds to the client: menu bar, status bar and toolbars.
+int extra_height(int h) {
+  return menu_height(h) + sbar_height(h) + yyMenuToolbarThickness(h, kToolbarTop) +
+         yyMenuToolbarThickness(h, kToolbarBottom);
+}
+int extra_width(int h) { return yyMenuToolbarThickness(h, kToolbarLeft) + yyMenuToolbarThickness(h, kToolbarRight); }
 
 void yyWindowWMCloseCB(Widget, XtPointer client, XtPointer) {
   const int h = static_cast<int>(reinterpret_cast<std::intptr_t>(client));
@@ -127,11 +132,16 @@ Geometry plan_window(const OpenRequest& q, const char* routine) {
   const auto& zd = zelvy_data::data();
   g.cw = width >= 1 ? width : zd.iscwid * 8 / 10;
   g.ch = height >= 1 ? height : zd.ischgt * 8 / 10;
-  g.fw = g.cw;
+  // Toolbars lie around the client, each as deep as its buttons make it.
+  auto bar = [&q](int slot) {
+    return static_cast<int>(q.toolbars.size()) > slot ? yyMenuToolbarResourceThickness(q.toolbars[slot], slot) : 0;
+  };
+  g.fw = g.cw + bar(kToolbarLeft) + bar(kToolbarRight);
   // A window inside its parent has no menu bar of its own.
   g.with_menu = q.menuid > 0 && !(q.flags & 16);
   const int menu_rows = g.with_menu ? yyMenuRowHeight() : 0;
-  g.fh = g.ch + menu_rows + ((q.flags & 32) ? zelvy_sbar::state().iSBarHeight + 1 : 0);
+  g.fh = g.ch + menu_rows + ((q.flags & 32) ? zelvy_sbar::state().iSBarHeight + 1 : 0) + bar(kToolbarTop) +
+         bar(kToolbarBottom);
 
   g.x = q.x;
   g.y = q.y;
@@ -267,6 +277,11 @@ void finish_window(int h, const OpenRequest& q, const Geometry& g, const char* r
     yymenu(q.menuid, h, status);
     if (status != 0) yyerror(status, routine);
   }
+  for (int slot = 0; slot < kToolbarSlots && slot < static_cast<int>(q.toolbars.size()); ++slot) {
+    if (q.toolbars[slot] <= 0) continue;
+    int error = 0;
+    yyMenuToolbarCreate(q.toolbars[slot], h, slot, {}, error);
+  }
   yyWindowResize(h);
   yyMsgApplyMasks(h);
   if (g.with_dialog) yyWindowDialog(h, q.dialogid);
@@ -304,6 +319,7 @@ void yyWindowCloseChild2(int h) {
   if (!r.Keep) XtUnmapWidget(top);
   if (r.Kind == 1 && yyEditorHooks().shutdown) yyEditorHooks().shutdown(h);
   yyWindowStatusBarShutdown(h);
+  yyMenuToolbarWindowClosed(h);
   yyMenuWindowClosed(h);
   if (r.KindShutdown) r.KindShutdown(h);
   if (ws.wtShell[h]) yyResourceIconForget(ws.wtShell[h]);
@@ -391,14 +407,16 @@ void yyWindowResize(int h) {
   WindowRecord& r = ws.WinInfo[h];
   const int title = r.TitleLabel ? kPaneTitleHeight : 0;
   if (r.TitleLabel) XtConfigureWidget(r.TitleLabel, 0, 0, std::max(1, r.FrameWidth), kPaneTitleHeight, 0);
-  const int top = title + menu_height(h);
-  const int cw = std::max(1, r.FrameWidth);
-  const int ch = std::max(1, r.FrameHeight - top - sbar_height(h));
-  XtConfigureWidget(ws.wtClient[h], 0, top, cw, ch, 0);
+  int left = 0, top = title + menu_height(h);
+  int cw = r.FrameWidth, ch = r.FrameHeight - top - sbar_height(h);
+  yyMenuToolbarLayout(h, left, top, cw, ch);
+  cw = std::max(1, cw);
+  ch = std::max(1, ch);
+  XtConfigureWidget(ws.wtClient[h], left, top, cw, ch, 0);
   if (r.Content) XtConfigureWidget(r.Content, 0, 0, cw, ch, 0);
   if (r.Kind == 1 && yyEditorHooks().resize) yyEditorHooks().resize(h);
   yyWindowStatusBarResize(h);
-  r.ClientX = 0;
+  r.ClientX = left;
   r.ClientY = top;
   r.ClientWidth = cw;
   r.ClientHeight = ch;
@@ -645,7 +663,7 @@ void yywindowsizepos(int x, int y, int width, int height, int show) {
     if (x != kDefault) nx += rx;
     if (y != kDefault) ny += ry;
   }
-  if (width != kDefault && width > 0) r.FrameWidth = width;
+  if (width != kDefault && width > 0) r.FrameWidth = width + extra_width(h);
   if (height != kDefault && height > 0) r.FrameHeight = height + extra_height(h);
   XtConfigureWidget(ws.wtShell[h], static_cast<Position>(nx), static_cast<Position>(ny),
                     static_cast<Dimension>(std::max(1, r.FrameWidth)),
