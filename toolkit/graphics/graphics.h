@@ -53,6 +53,9 @@ void IGrArc(float x, float y, float radius, float startdeg, float enddeg);
 // Polygon shaded between vertex colours (RGB each); steps above 0 give bands
 // of that many colours instead of a smooth shade.
 void IGrGradient(std::span<const float> x, std::span<const float> y, std::span<const int> rgb, int steps = 0);
+// An image of width by height RGB pixels, rows from the top, stretched over the
+// box between two corners in units.
+void IGrImagePut(float x1, float y1, float x2, float y2, int width, int height, std::span<const int> rgb);
 // Outlines the clip box; clears the area.
 void IGrBorder();
 void IGrAreaClear();
