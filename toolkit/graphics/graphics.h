@@ -12,6 +12,7 @@ namespace zelv_graphics {
 // Hardcopy driver numbers.
 constexpr int kDriverPostScript = 2;
 constexpr int kDriverSvg = 3;
+constexpr int kDriverImage = 6;  // the page as a PNG file
 constexpr int kDriverHpgl = 1, kDriverDxf = 8, kDriverCgm = 9, kDriverHpgl2 = 12;
 // Fill styles.
 constexpr int kFillOutline = 0, kFillHatch = 1, kFillCrossHatch = 2, kFillHalfTone = 3, kFillSolid = 4;

@@ -171,6 +171,41 @@ TEST_F(ReadBackTest, ImageInPostScriptAndSvgRendersWhereItWasPut) {
   expect_quadrants(read_ppm(rendered()));
 }
 
+// The page driver draws into memory and writes a PNG that an outside reader
+// takes: lines, a solid fill, an image and software text where they were put.
+TEST_F(ReadBackTest, PageAsPngHoldsWhatWasDrawn) {
+  open(kDriverImage, false, 200, 100);
+  IGrUnits(0, 0, 200, 100);
+  IGrColourModel(0);
+  IGrColourN(kRed);
+  IGrJoin(10, 80, 190, 80);
+  IGrColourN(kBlue);
+  IGrFillPattern(kFillSolid);
+  IGrRectangle(20, 10, 60, 40);
+  const int pixels[] = {kRed, kGreen, kBlue, kYellow};
+  IGrImagePut(120, 10, 180, 50, 2, 2, pixels);
+  IGrColourN(0);
+  IGrCharSize(0.1f, 0.2f);
+  WGrTextString(70, 60, "H");
+  close();
+  ASSERT_EQ(run("convert png:" + path_ + " " + rendered()), 0);
+  const auto pic = read_ppm(rendered());
+  ASSERT_EQ(pic.width, 200);
+  ASSERT_EQ(pic.height, 100);
+  // Raster 80 of a 99.99 high clip box is pixel 79 up, row 20 down.
+  EXPECT_TRUE(near_colour(pic.at(100, 20), kRed));
+  EXPECT_TRUE(near_colour(pic.at(100, 25), 0xFFFFFF));
+  EXPECT_TRUE(near_colour(pic.at(40, 74), kBlue));
+  EXPECT_TRUE(near_colour(pic.at(135, 60), kRed));
+  EXPECT_TRUE(near_colour(pic.at(165, 60), kGreen));
+  EXPECT_TRUE(near_colour(pic.at(135, 80), kBlue));
+  EXPECT_TRUE(near_colour(pic.at(165, 80), kYellow));
+  int ink = 0;  // the letter, drawn as strokes, somewhere right of its point
+  for (int y = 25; y < 55; ++y)
+    for (int x = 70; x < 95; ++x) ink += pic.dark(x, y) ? 1 : 0;
+  EXPECT_GT(ink, 10);
+}
+
 TEST_F(ReadBackTest, BadImagesDrawNothingAndReport) {
   open(kDriverPostScript, true, 640, 480);
   const int pixels[] = {kRed, kGreen, kBlue};
