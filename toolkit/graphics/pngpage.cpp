@@ -20,7 +20,8 @@ constexpr int kUnit = 2;
 constexpr int kPageWidth = 1024, kPageHeight = 768;
 constexpr int kOptDepth = 23, kOptFormat = 26, kOptQuality = 31, kOptDpi = 32;
 constexpr int kFormatPng = 3, kFormatPngAlpha = 5;
-constexpr int kErrorFormat = 27;
+constexpr int kErrorFormat = 27, kErrorPageTooLarge = 34;
+constexpr double kMaxPixels = 16.0 * 1024 * 1024;
 constexpr int kWhite = 0xFFFFFF;
 constexpr const char* kCapability = "00000111111111110010011111000";
 // Line types as bit patterns, a set bit drawn: 12 bits each, the last 17.
@@ -108,6 +109,14 @@ void open_page() {
   p = Page{};
   p.image.width = std::max(s.ihcopt[1], 1);
   p.image.height = std::max(s.ihcopt[2], 1);
+  // A page beyond the buffer's limit is shrunk, both sides alike, to fit it.
+  const double pixels = static_cast<double>(p.image.width) * static_cast<double>(p.image.height);
+  if (pixels > kMaxPixels) {
+    yyerror(kErrorPageTooLarge, "xximag");
+    const double f = std::sqrt(kMaxPixels / pixels);
+    p.image.width = std::max(static_cast<int>(p.image.width * f), 1);
+    p.image.height = std::max(static_cast<int>(p.image.height * f), 1);
+  }
   p.image.rgb.assign(static_cast<size_t>(p.image.width) * static_cast<size_t>(p.image.height), kWhite);
   p.xmax = p.image.width - 1;
   p.ymax = p.image.height - 1;
