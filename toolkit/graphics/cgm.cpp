@@ -71,20 +71,13 @@ std::map<int, MetaRecord>& metainfo() {
   return m;
 }
 
-// Bytes go to the file, or to the memory metafile, which drops what
-// doesn't fit.
+// Bytes go to the file, or to the memory metafile.
 void emit(const std::string& bytes) {
-  auto& s = state();
   if (!cg().memory) {
     yygrhcwrite(kUnit, bytes);
     return;
   }
-  auto& rec = metainfo()[s.itargid];
-  if (rec.buffer.size() + bytes.size() > rec.capacity) {
-    yyerror(kErrorFull, "YYGCGM1");
-    return;
-  }
-  rec.buffer += bytes;
+  yygcgm1(bytes);
 }
 
 void word(std::string& out, int v) {
@@ -129,6 +122,26 @@ void yycgm7(std::string& out, std::string_view text) {
 
 void yycgm8(std::string& out, std::string_view text) { yycgm7(out, text); }
 
+// A string of any length: up to 254 characters as yycgm7; longer ones take the
+// count 255 and then their length in 16-bit parts of at most 32767, the top
+// bit of a part telling that another follows.
+void yycgm9(std::string& out, std::string_view text) {
+  constexpr size_t kShort = 254, kPart = 32767;
+  if (text.size() <= kShort) {
+    yycgm7(out, text);
+    return;
+  }
+  out.push_back(static_cast<char>(0xFF));
+  size_t at = 0;
+  do {
+    const size_t part = std::min(kPart, text.size() - at);
+    const bool more = at + part < text.size();
+    word(out, static_cast<int>(part) | (more ? 0x8000 : 0));
+    out.append(text.substr(at, part));
+    at += part;
+  } while (at < text.size());
+}
+
 // A whole element: short or long form, the parameters cut into parts of the
 // long form when too many, and a pad byte to an even length.
 std::string yycgmelement(int cls, int id, const std::string& params, bool longform) {
@@ -171,6 +184,10 @@ std::string yycgm4(int cls, int id, int rgb) {
 
 // Points of the work arrays as one polygon or polyline element.
 void yycgm10(int id, size_t from, size_t to) {
+  if (cg().memory) {
+    yygcgm10(id, from, to);
+    return;
+  }
   const auto& s = state();
   std::string p;
   for (size_t i = from; i < to && i < s.xwork.size(); ++i) yycgm3(p, s.xwork[i], s.ywork[i]);
@@ -434,9 +451,35 @@ void text() {
   yycgm5(p, yytrunc(s.chsizy * s.ypxlen * v.yscale));
   yycgm3(p, x, y);
   yycgm5(p, 1);
-  yycgm7(p, std::string_view(s.cgrstr).substr(0, n));
+  yycgm9(p, std::string_view(s.cgrstr).substr(0, n));
   emit(yycgmelement(kPrimitive, 5, p, true));
   if (back) element1(kControl, 4, 1);
+}
+
+// CELL ARRAY: corners of the first cell, the last cell and the first row's
+// last cell; the counts; local colour precision 8; packed cells, three bytes
+// each, rows evened to whole words.
+void image() {
+  auto& s = state();
+  if (!s.image || !s.image->valid()) return;
+  const auto& img = *s.image;
+  drawing();
+  std::string p;
+  yycgm3(p, s.grx[0], s.gry[1]);
+  yycgm3(p, s.grx[1], s.gry[0]);
+  yycgm3(p, s.grx[1], s.gry[1]);
+  yycgm6(p, img.width, img.height);
+  constexpr int kLocalPrecision = 8, kPacked = 1;
+  yycgm6(p, kLocalPrecision, kPacked);
+  for (int y = 0; y < img.height; ++y) {
+    for (int x = 0; x < img.width; ++x) {
+      int c = img.at(x, y), r = c & 0xFF, g = (c >> 8) & 0xFF, b = (c >> 16) & 0xFF;
+      yycgm1(r, g, b);
+      p += {static_cast<char>(r), static_cast<char>(g), static_cast<char>(b)};
+    }
+    if ((img.width * 3) % 2) p.push_back('\0');
+  }
+  emit(yycgmelement(kPrimitive, 9, p, true));
 }
 
 void clip() {
@@ -559,6 +602,9 @@ void driver(int op) {
     case zg::OpPolyHalf:
       fill(op);
       return;
+    case zg::OpImage:
+      image();
+      return;
     case zg::OpArc:
       drawing();
       line_colour();
@@ -644,6 +690,50 @@ void yygcgm(int op) {
   memory_mode = false;
   s.xscale = xscale;
   s.yscale = yscale;
+}
+
+// The memory metafile's writers: what the file writers make, appended to the
+// metafile of the present target. An element that doesn't fit is dropped
+// whole, so the metafile stays readable.
+void yygcgm1(std::string_view bytes) {
+  auto& rec = metainfo()[state().itargid];
+  if (rec.buffer.size() + bytes.size() > rec.capacity) {
+    yyerror(kErrorFull, "YYGCGM1");
+    return;
+  }
+  rec.buffer.append(bytes);
+}
+
+void yygcgm2(int cls, int id, size_t length) { yygcgm1(yycgm2(cls, id, length)); }
+
+void yygcgm4(int cls, int id, int rgb) { yygcgm1(yycgm4(cls, id, rgb)); }
+
+void yygcgm5(int value) {
+  std::string out;
+  yycgm5(out, value);
+  yygcgm1(out);
+}
+
+void yygcgm6(int a, int b) {
+  std::string out;
+  yycgm6(out, a, b);
+  yygcgm1(out);
+}
+
+void yygcgm9(std::string_view text) {
+  std::string out;
+  yycgm9(out, text);
+  yygcgm1(out);
+}
+
+void yygcgm10(int id, size_t from, size_t to) {
+  const bool was = memory_mode;
+  memory_mode = true;
+  const auto& s = state();
+  std::string p;
+  for (size_t i = from; i < to && i < s.xwork.size(); ++i) yycgm3(p, s.xwork[i], s.ywork[i]);
+  memory_mode = was;
+  yygcgm1(yycgmelement(kPrimitive, id, p, true));
 }
 
 void yygcgmopen(int id, size_t capacity) {
@@ -775,6 +865,24 @@ void IGrReplay(int id) {
           }
           yygrpolyline(x.data(), y.data(), static_cast<int>(x.size()), 1);
         }
+        break;
+      }
+      case 409: {
+        // A cell array back as an image over its box.
+        if (p.size() < 20) break;
+        zg::ImageData img;
+        img.width = s16(p, 12);
+        img.height = s16(p, 14);
+        const size_t row = static_cast<size_t>(std::max(img.width, 0)) * 3;
+        const size_t rowlen = row + (row & 1);
+        if (img.width <= 0 || img.height <= 0 || p.size() < 20 + rowlen * static_cast<size_t>(img.height)) break;
+        for (int yy = 0; yy < img.height; ++yy)
+          for (size_t i = 0; i < row; i += 3) {
+            const size_t at = 20 + rowlen * static_cast<size_t>(yy) + i;
+            img.rgb.push_back(rgb_of(p.substr(at, 3)));
+          }
+        yygrimage(img, static_cast<float>(s16(p, 0)) * fx, static_cast<float>(s16(p, 6)) * fy,
+                  static_cast<float>(s16(p, 4)) * fx, static_cast<float>(s16(p, 2)) * fy);
         break;
       }
       case 405: {

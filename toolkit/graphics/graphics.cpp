@@ -45,7 +45,7 @@ constexpr DriverEntry kDrivers[] = {
     {zelv_graphics::kDriverPostScript, xxpost, "zelvplot.ps"},
     {zelv_graphics::kDriverSvg, xxsvg, "zelvplot.svg"},
     {4, nullptr, "zelvplot.prn"},
-    {6, nullptr, "zelvplot.png"},
+    {zelv_graphics::kDriverImage, xximag, "zelvplot.png"},
     {zelv_graphics::kDriverDxf, xxdxf, "zelvplot.dxf"},
     {zelv_graphics::kDriverCgm, xxcgm, "zelvplot.cgm"},
     {zelv_graphics::kDriverHpgl2, xxhpgl2, "zelvplot.plt"},

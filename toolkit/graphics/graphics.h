@@ -12,6 +12,7 @@ namespace zelv_graphics {
 // Hardcopy driver numbers.
 constexpr int kDriverPostScript = 2;
 constexpr int kDriverSvg = 3;
+constexpr int kDriverImage = 6;  // the page as a PNG file
 constexpr int kDriverHpgl = 1, kDriverDxf = 8, kDriverCgm = 9, kDriverHpgl2 = 12;
 // Fill styles.
 constexpr int kFillOutline = 0, kFillHatch = 1, kFillCrossHatch = 2, kFillHalfTone = 3, kFillSolid = 4;
@@ -53,6 +54,9 @@ void IGrArc(float x, float y, float radius, float startdeg, float enddeg);
 // Polygon shaded between vertex colours (RGB each); steps above 0 give bands
 // of that many colours instead of a smooth shade.
 void IGrGradient(std::span<const float> x, std::span<const float> y, std::span<const int> rgb, int steps = 0);
+// An image of width by height RGB pixels, rows from the top, stretched over the
+// box between two corners in units.
+void IGrImagePut(float x1, float y1, float x2, float y2, int width, int height, std::span<const int> rgb);
 // Outlines the clip box; clears the area.
 void IGrBorder();
 void IGrAreaClear();

@@ -41,6 +41,18 @@ struct SoftFont {
   int ichtyp = 0;
 };
 
+// An image in memory, as the image-file loaders deliver it and the image
+// operation draws it: `height` rows from the top, each `width` RGB integers
+// (red in the low byte).
+struct ImageData {
+  int width = 0, height = 0;
+  std::vector<int> rgb;
+  bool valid() const {
+    return width > 0 && height > 0 && rgb.size() == static_cast<size_t>(width) * static_cast<size_t>(height);
+  }
+  int at(int x, int y) const { return rgb[static_cast<size_t>(y) * static_cast<size_t>(width) + static_cast<size_t>(x)]; }
+};
+
 struct FileCloser {
   void operator()(std::FILE* f) const { std::fclose(f); }
 };
@@ -68,6 +80,7 @@ struct State {
   std::vector<float> xwork, ywork;
   int igpar1 = 0, igpar2 = 0;
   std::string cgrstr;
+  const ImageData* image = nullptr;  // the image of operation 38, box in grx, gry 1 and 2
 
   // Attributes.
   int lintyp = 0, linwid = 1, linwidh = 5, lincap = 0, linjoin = 0, modepl = 0;
@@ -154,6 +167,7 @@ void xxhpgl(int op);
 void xxhpgl2(int op);
 void xxcgm(int op);
 void xxdxf(int op);
+void xximag(int op);
 // DXF writers: group code and text, real, integer, a point's two groups, an
 // entity head.
 void yydxf1(std::string_view name);
@@ -169,6 +183,12 @@ void yyhpglcmd(std::string_view text);
 void yyhpglcmdscaled(std::string_view command, float x, float y);
 void yyhpglreplaydata(int kind, int a, int b, int c, int d);
 void yyhpgl2pencolour(int index, int r, int g, int b);
+// Arcs (operation 34) of the two plotter editions, by the plotter's own arc.
+void yyhpglarc();
+void yyhpgl2arc();
+// Defines user raster pattern 1 (half-tone) or 2 (cross-hatch) in the pen in
+// force, and selects it as the fill type.
+void yyhpgl2rasterfill(int pattern);
 // Metafile writers: a header word, integers, a point, strings, whole elements.
 std::string yycgm2(int cls, int id, size_t length);
 void yycgm3(std::string& out, float x, float y);
@@ -180,6 +200,18 @@ void yycgm8(std::string& out, std::string_view text);
 void yycgm1(int& r, int& g, int& b);
 void yycgm10(int id, size_t from, size_t to);
 std::string yycgmelement(int cls, int id, const std::string& params, bool longform);
+// A string of any length, in the long form from 255 characters on.
+void yycgm9(std::string& out, std::string_view text);
+// The memory metafile's writers, twins of the file's: raw bytes (dropped
+// whole, with an error, when the metafile is full), a header word, a colour
+// element, integers, a long string, the work arrays as an element.
+void yygcgm1(std::string_view bytes);
+void yygcgm2(int cls, int id, size_t length);
+void yygcgm4(int cls, int id, int rgb);
+void yygcgm5(int value);
+void yygcgm6(int a, int b);
+void yygcgm9(std::string_view text);
+void yygcgm10(int id, size_t from, size_t to);
 // The memory metafile: the twin of the file driver on the screen path.
 void yygcgm(int op);
 // Makes (or empties) memory metafile `id`; writes beyond the capacity are
@@ -200,6 +232,11 @@ void yypalrgb(int& red, int& green, int& blue);
 int yycolourrgb(int colour);  // an index or RGB value under the model in force, as RGB
 std::string yyrgbhex(int red, int green, int blue);
 
+// Sets the colour (under the model given: 1 palette, else RGB) and tells one
+// path of it: 1 the screen, 2 the hardcopy, 0 both.
+constexpr int kBothPaths = 0, kPathOfScreen = 1, kPathOfHardcopy = 2;
+void yygrcolourn(int path, int colour, int model);
+
 // Text measures for the device text routines.
 void yygrtextvectors();
 // Software text: font loading, widths, the angle, and the choice per path.
@@ -215,6 +252,22 @@ void yygrtextsize(std::optional<float> x = std::nullopt, std::optional<float> y 
 void yygrtextstringfillback(float sx, float sy, float length, float width, float height);
 bool yygrtextsubstitution(int path, float width, float height);
 void yygrtextfontsave(bool save);
+// A software font read from a character-set file.
+struct ChrFont {
+  float xspace = 0, yspace = 0, xgrid = 0, ygrid = 0;
+  int set = 8, flags = 0, spacing = 0;
+  std::string name, data;
+  std::array<int, 96> loc7{}, loc8{};
+};
+// The file's path: a name with a slash as it stands, else in the
+// character-set directory; empty when there is no such file.
+std::string yygrchrpath(std::string_view name);
+// Reads a character-set file; false, and `font` untouched, when it is missing
+// or not whole and sound. Data beyond the font's room raises error 25 under
+// `routine`.
+bool yygrchrload(std::string_view name, ChrFont& font, std::string_view routine);
+// Makes the file's font the one in force; false leaves the font as it was.
+bool yygrchrfont(std::string_view name, std::string_view routine);
 void yygrofontfixed();
 void yygrofontfixedbold();
 void yygrofontroman();
@@ -229,6 +282,12 @@ void yygrhcwrite(int unit, std::string_view text);
 void yygrhcwriteline(int unit, std::string_view text);
 void yygrhcwritebuffer(int unit, std::string_view text, bool addend);
 void yygrhcclose(int unit);
+
+// Puts an image into a box on the raster (corners in raster units) on both
+// paths. The screen clips it to the clip box; files get the whole image.
+void yygrimage(const zelvy_graph::ImageData& image, float x1, float y1, float x2, float y2);
+// An image as a PNG file's bytes: 8-bit RGB, one compressed data chunk.
+std::string yypngencode(const zelvy_graph::ImageData& image);
 
 // Fill.
 void yygrpolygoncomplex(const float* x, const float* y, int count, int raster);

@@ -45,6 +45,9 @@ constexpr float kStepsPerPoint2 = 14.111111f;
 
 constexpr int kRecordRgb = 1, kRecordColourHandling = 2, kRecordPage = 3, kRecordEndFill = 7, kRecordModel = 13;
 
+constexpr int kRasterHalfTone = 1, kRasterCross = 2;
+constexpr int kRasterWidth = 8, kRasterHeight = 4;
+
 struct HpglState {
   bool second = false;
   int model = 1;
@@ -240,6 +243,25 @@ void yyhpgl2pencolour(int index, int r, int g, int b) {
             std::to_string(b) + ";");
 }
 
+// A user raster pattern of 8 by 4 pens, defined and selected: 1 a half-tone,
+// every other pixel in the pen of the fill and the rest white (pen 0); 2 a
+// cross-hatch of the pen's diagonals.
+void yyhpgl2rasterfill(int pattern) {
+  const int ink = hp().pen > 0 ? hp().pen : 1;
+  std::string cmd = "RF" + std::to_string(pattern) + "," + std::to_string(kRasterWidth) + "," +
+                    std::to_string(kRasterHeight);
+  for (int y = 0; y < kRasterHeight; ++y) {
+    for (int x = 0; x < kRasterWidth; ++x) {
+      const bool on = pattern == kRasterCross ? (x % kRasterHeight == y || (kRasterWidth - 1 - x) % kRasterHeight == y)
+                                              : (x + y) % 2 == 0;
+      cmd += on ? "," + std::to_string(ink) : ",0";
+    }
+  }
+  // Longer than a command line: written as it stands, not folded.
+  yygrhcwriteline(kUnit, cmd + ";");
+  yyhpglcmd("FT11," + std::to_string(pattern) + ";");
+}
+
 namespace {
 
 void pen() {
@@ -357,8 +379,88 @@ void fill(int op) {
     yygrhcshape(op);
     return;
   }
-  // No plotter here fills by itself: scan lines come back.
-  s.igpar1 = -1;
+  // The second edition fills polygons and rectangles by itself when the
+  // user allows plotter fills; all others take scan lines.
+  const bool device = hp().second && s.ihcopt[kOptPlotterFill] != 0 && s.ifstyl >= zelv_graphics::kFillHalfTone;
+  if (!device) {
+    s.igpar1 = -1;
+    return;
+  }
+  if (s.ifstyl == zelv_graphics::kFillHalfTone) yyhpgl2rasterfill(kRasterHalfTone);
+  else yyhpglcmd("FT1;");
+  auto point = [&](std::string_view cmd, float x, float y) {
+    char buf[40];
+    std::snprintf(buf, sizeof buf, "%.2s%d,%d;", cmd.data(), yytrunc(x * s.xscale), yytrunc(y * s.yscale));
+    yyhpglcmd(buf);
+  };
+  if (op == zg::OpRectHalf) {
+    point("PU", s.grx[0], s.gry[0]);
+    point("RA", s.grx[1], s.gry[1]);
+  } else {
+    const size_t n = std::min(static_cast<size_t>(std::max(s.igpar2, 0)), s.xwork.size());
+    if (n < 3) return;
+    point("PU", s.xwork[0], s.ywork[0]);
+    yyhpglcmd("PM0;");
+    for (size_t i = 1; i < n; ++i) point("PD", s.xwork[i], s.ywork[i]);
+    yyhpglcmd("PM2;FP;");
+  }
+  s.plotx = s.ploty = zg::kUnknownPoint;
+}
+
+// Arcs in the pen's own geometry. A raster circle is a circle in user units
+// only while X and Y have the same range per raster unit: the Y range is
+// stretched for the while, or the X range shrunk when Y would leave the
+// plotter's integer range.
+struct ArcScale {
+  float fx = 1, fy = 1;  // user units per raster unit
+  std::string command;
+};
+ArcScale arc_scale() {
+  const auto& s = state();
+  ArcScale a;
+  float xr = kUserRange, yr = kUserRange * s.yngraf / s.xngraf;
+  if (yr > kUserRange) {
+    xr = kUserRange * kUserRange / yr;
+    yr = kUserRange;
+  }
+  a.fx = xr / s.xngraf;
+  a.fy = yr / s.yngraf;
+  char buf[48];
+  std::snprintf(buf, sizeof buf, "SC0 %d 0 %d", static_cast<int>(xr), static_cast<int>(yr));
+  a.command = buf;
+  return a;
+}
+
+// An arc of the present arguments: centre 1, radius 2, start and end angles
+// in radians in 3. Open or closed through the centre, as the other drivers.
+void arc(bool second) {
+  auto& s = state();
+  const auto a = arc_scale();
+  const float cx = s.grx[0], cy = s.gry[0], r = s.grx[1], a0 = s.grx[2], a1 = s.gry[2];
+  const bool open = s.ifstyl == zelv_graphics::kFillOutline && s.ifdens >= 3;
+  auto point = [&](std::string_view cmd, float x, float y) {
+    char buf[48];
+    std::snprintf(buf, sizeof buf, second ? "%.2s%d,%d;" : "%.2s%7d%7d", cmd.data(), yytrunc(x * a.fx),
+                  yytrunc(y * a.fy));
+    yyhpglcmd(buf);
+  };
+  const float sx = cx + r * std::cos(a0), sy = cy + r * std::sin(a0);
+  yyhpglcmd(a.command);
+  if (open) {
+    point("PU", sx, sy);
+  } else {
+    point("PU", cx, cy);
+    point("PD", sx, sy);
+  }
+  constexpr double kDegrees = 57.29577951308232;
+  char buf[64];
+  const double sweep = (a1 - a0) * kDegrees;
+  std::snprintf(buf, sizeof buf, second ? "PD;AA%d,%d,%.2f;" : "PD;AA%7d%7d%9.2f", yytrunc(cx * a.fx),
+                yytrunc(cy * a.fy), sweep);
+  yyhpglcmd(buf);
+  if (!open) point("PD", cx, cy);
+  yyhpglcmd(kScale);
+  s.plotx = s.ploty = zg::kUnknownPoint;
 }
 
 void driver(int op, bool second) {
@@ -440,7 +542,8 @@ void driver(int op, bool second) {
     case zg::OpArc:
       s.bdopause = true;
       first_drawing();
-      yygrhcshape(zg::OpArc);
+      if (second) yyhpgl2arc();
+      else yyhpglarc();
       return;
     default:
       return;
@@ -448,6 +551,9 @@ void driver(int op, bool second) {
 }
 
 }  // namespace
+
+void yyhpglarc() { arc(false); }
+void yyhpgl2arc() { arc(true); }
 
 void xxhpgl(int op) { driver(op, false); }
 void xxhpgl2(int op) { driver(op, true); }

@@ -97,6 +97,17 @@ void yypost4(float x, float y, std::string_view text) {
   write_clean(line);
 }
 
+// As yypost4 with the scales exchanged: for boxes in a frame turned by 90
+// or 270 degrees, where X runs along the page's Y.
+void yypost4a(float a, float b, std::string_view text) {
+  const auto& s = state();
+  std::string line;
+  append_number(line, a * s.yscale);
+  append_number(line, b * s.xscale);
+  line.append(text);
+  write_clean(line);
+}
+
 void yypost5(float a, std::string_view text) {
   std::string line;
   append_number(line, a);
@@ -286,6 +297,63 @@ void close_file() {
     else yygrhcwriteline(kUnit, "initgraphics");
   }
   yygrhcclose(kUnit);
+}
+
+// The image of the present arguments, upright in the turned units: the frame
+// turns by the rotation, and the box is placed and sized in it.
+void image() {
+  auto& s = state();
+  if (!s.image || !s.image->valid()) return;
+  const auto& img = *s.image;
+  yypost2(1);
+  s.bdopause = true;
+  const float x1 = s.grx[0], x2 = s.grx[1], y1 = s.gry[0], y2 = s.gry[1];
+  char buf[64];
+  yypost6("gsave");
+  std::snprintf(buf, sizeof buf, "/picstr %10d string def", img.width * 3);
+  yypost6(buf);
+  yypost5(static_cast<float>(s.igurot), "ro");
+  switch (s.igurot) {
+    case 90:
+      yypost4a(y1, -x2, "translate");
+      yypost4a(y2 - y1, x2 - x1, "scale");
+      break;
+    case 180:
+      yypost4(-x2, -y2, "translate");
+      yypost4(x2 - x1, y2 - y1, "scale");
+      break;
+    case 270:
+      yypost4a(-y2, x1, "translate");
+      yypost4a(y2 - y1, x2 - x1, "scale");
+      break;
+    default:
+      yypost4(x1, y1, "translate");
+      yypost4(x2 - x1, y2 - y1, "scale");
+  }
+  std::snprintf(buf, sizeof buf, "%d %d 8 [%d 0 0 -%d 0 %d]", img.width, img.height, img.width, img.height,
+                img.height);
+  yypost6(buf);
+  yypost6("{currentfile picstr readhexstring pop}");
+  yypost6("false 3");
+  yypost6("colorimage");
+  constexpr size_t kLine = 240;
+  static constexpr char kHex[] = "0123456789ABCDEF";
+  std::string line;
+  line.reserve(kLine);
+  for (int c : img.rgb) {
+    for (int shift : {0, 8, 16}) {
+      const int byte = (c >> shift) & 0xFF;
+      line.push_back(kHex[byte >> 4]);
+      line.push_back(kHex[byte & 0xF]);
+    }
+    if (line.size() >= kLine) {
+      yygrhcwriteline(kUnit, line);
+      line.clear();
+    }
+  }
+  if (!line.empty()) yygrhcwriteline(kUnit, line);
+  yypost6("grestore");
+  s.plotx = s.ploty = zg::kUnknownPoint;
 }
 
 void text() {
@@ -501,6 +569,7 @@ void xxpost(int op) {
       s.cgcapab[2] = kCapability;
       s.i24cap[2] = 1;
       s.igradcap[2] = 0;
+      s.imgcap[2] = 1;
       s.ipropcap[2] = 1;
       // Device text in every size and at every angle: never software text.
       s.igcset[2] = 8;
@@ -578,6 +647,9 @@ void xxpost(int op) {
       return;
     case zg::OpClip:
       clip();
+      return;
+    case zg::OpImage:
+      image();
       return;
     case zg::OpLineType:
       if (s.lintyp == p.lintyp) return;

@@ -148,6 +148,34 @@ void arc(bool fill, bool pieslice) {
              static_cast<unsigned>(2 * ry), a0, extent);
 }
 
+// The image of the present arguments, each source pixel a block of the box,
+// runs of one colour along a row as one rectangle; the GC's clip box cuts it.
+void image() {
+  const auto& s = state();
+  if (!s.image || !s.image->valid()) return;
+  const auto& img = *s.image;
+  const int left = px(s.grx[0]), right = px(s.grx[1]), top = py(s.gry[1]), bottom = py(s.gry[0]);
+  const int w = right - left, h = bottom - top;
+  if (w <= 0 || h <= 0) return;
+  for (int y = 0; y < img.height; ++y) {
+    const int y1 = top + y * h / img.height, y2 = top + (y + 1) * h / img.height;
+    if (y2 <= y1) continue;
+    for (int x = 0; x < img.width;) {
+      const int c = img.at(x, y);
+      int end = x + 1;
+      while (end < img.width && img.at(end, y) == c) ++end;
+      const int x1 = left + x * w / img.width, x2 = left + end * w / img.width;
+      if (x2 > x1) {
+        set_colour(c);
+        XFillRectangle(scr().display, scr().drawable, scr().gc, x1, y1, static_cast<unsigned>(x2 - x1),
+                       static_cast<unsigned>(y2 - y1));
+      }
+      x = end;
+    }
+  }
+  set_colour(yycolourrgb(s.ichnalgl));
+}
+
 }  // namespace
 
 void yygapispan(int x1, int x2, int y, int rgb) {
@@ -247,6 +275,9 @@ void yygapi(int op) {
       XSetClipRectangles(d, gc, 0, 0, &r, 1, Unsorted);
       return;
     }
+    case zg::OpImage:
+      image();
+      return;
     case zg::OpPlotMode:
       XSetFunction(d, gc, s.modepl == 0 ? GXcopy : GXxor);
       return;

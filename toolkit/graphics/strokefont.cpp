@@ -4,6 +4,7 @@
 // finer outline grid, so that they fill where the stroke font draws lines.
 #include "toolkit/graphics/graphics.h"
 #include "toolkit/graphics/graphics_private.h"
+#include "toolkit/base/zelvy_data.h"
 
 #include <algorithm>
 #include <array>
@@ -233,7 +234,13 @@ const Table& outline_table(Outline kind) {
 
 constexpr int kFlagStrokes = 1, kFlagEuro = 2;
 
+// A character-set file of the font's name stands in for the built-in table;
+// a missing or damaged one leaves the table in force.
 void load_outline(Outline kind, std::string_view name, int spacing, float xspace) {
+  static constexpr std::array<std::string_view, 7> kRoutine = {
+      "yygrofontfixed", "yygrofontfixedbold", "yygrofontroman", "yygrofontromanbold",
+      "yygrofontswiss", "yygrofontswissbold", "WGrOFontSymbol"};
+  if (yygrchrfont(name, kRoutine[static_cast<size_t>(kind)])) return;
   const auto& t = outline_table(kind);
   yychsfont(xspace, 55, 55, 55, 8, kind == Outline::Symbol ? 0 : kFlagEuro, spacing, 0, name, t.data, t.loc7, t.loc8);
 }
@@ -241,6 +248,9 @@ void load_outline(Outline kind, std::string_view name, int spacing, float xspace
 }  // namespace
 
 void WGrVFontStandard() {
+  const auto& charset = zelvy_data::data().cdeffile[2];
+  if (yygrchrfont(charset.empty() ? std::string_view("standard.chr") : std::string_view(charset), "WGrVFontStandard"))
+    return;
   const auto& t = stroke_table();
   yychsfont(7.68f, 11.88f, 6, 11, 8, kFlagStrokes | kFlagEuro, 0, 0, "standard.chr", t.data, t.loc7, t.loc8);
 }

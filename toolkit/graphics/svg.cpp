@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
 
 using zelvy_graph::state;
@@ -300,6 +301,44 @@ void clip() {
   yygrhcwriteline(kUnit, line + "\"/></clipPath></defs>");
 }
 
+std::string base64(const std::string& bytes) {
+  static constexpr char kDigits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+  std::string out;
+  out.reserve((bytes.size() + 2) / 3 * 4);
+  for (size_t i = 0; i < bytes.size(); i += 3) {
+    const size_t n = std::min<size_t>(3, bytes.size() - i);
+    uint32_t v = 0;
+    for (size_t k = 0; k < 3; ++k)
+      v = (v << 8) | (k < n ? static_cast<unsigned char>(bytes[i + k]) : 0u);
+    for (size_t k = 0; k < 4; ++k) out.push_back(k <= n ? kDigits[(v >> (18 - 6 * k)) & 0x3F] : '=');
+  }
+  return out;
+}
+
+// The image of the present arguments as one element, its pixels a PNG in the
+// element itself, so that the file stays one file. Pixels stay square blocks
+// when stretched: the picture is data, not a photograph to smooth.
+void image() {
+  auto& s = state();
+  const auto& v = sv();
+  if (!s.image || !s.image->valid()) return;
+  const std::string png = yypngencode(*s.image);
+  if (png.empty()) return;
+  s.bdopause = true;
+  std::string line = "<image x=\"";
+  yysvg1(yysvgx(s.grx[0]), line);
+  line += "\" y=\"";
+  yysvg1(yysvgy(s.gry[1]), line);
+  line += "\" width=\"";
+  yysvg1(yysvgx(s.grx[1]) - yysvgx(s.grx[0]), line);
+  line += "\" height=\"";
+  yysvg1(yysvgy(s.gry[0]) - yysvgy(s.gry[1]), line);
+  line += "\" preserveAspectRatio=\"none\" style=\"image-rendering:optimizeSpeed";
+  if (v.clip) line += ";clip-path:url(#clip" + std::to_string(v.nclip) + ")";
+  line += "\" xmlns:xlink=\"http://www.w3.org/1999/xlink\" xlink:href=\"data:image/png;base64,";
+  yygrhcwriteline(kUnit, line + base64(png) + "\"/>");
+}
+
 }  // namespace
 
 void xxsvg(int op) {
@@ -324,7 +363,7 @@ void xxsvg(int op) {
       s.lwcap[2] = 2;
       s.i24cap[2] = 1;
       s.igradcap[2] = 0;
-      s.imgcap[2] = 0;
+      s.imgcap[2] = 1;
       s.yhstep = 1.0f;
       s.cdeffile[2] = "zelvplot.svg";
       s.ihcdrv = zelv_graphics::kDriverSvg;
@@ -368,6 +407,9 @@ void xxsvg(int op) {
     case zg::OpPieHalf:
     case zg::OpPolyHalf:
       fill(op);
+      return;
+    case zg::OpImage:
+      image();
       return;
     case zg::OpArc:
       s.bdopause = true;

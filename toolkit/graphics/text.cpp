@@ -76,10 +76,11 @@ void cell_vectors(float w, float h) {
 // widest character.
 void yygrtextstringfillback(float sx, float sy, float length, float w, float h) {
   auto& s = state();
-  const int colour = s.ichnalgl, model = s.icmodel, style = s.ifstyl;
-  s.icmodel = 0;
-  s.ichnalgl = s.ibackcol;
-  hear_both(zg::OpColour);
+  const int colour = s.ichnalgl, model = s.icmodel, style = s.ifstyl, previous = s.iprevcol;
+  // The path in hand takes the background colour; a path switched off
+  // for this pass keeps its own.
+  const int path = s.igscrn > 0 && s.ighcpy > 0 ? kBothPaths : s.igscrn > 0 ? kPathOfScreen : kPathOfHardcopy;
+  yygrcolourn(path, s.ibackcol, 0);
   s.ifstyl = zelv_graphics::kFillSolid;
   float ax, ay, bx, by;  // along and across
   if (s.ichdir == 0) {
@@ -96,9 +97,17 @@ void yygrtextstringfillback(float sx, float sy, float length, float w, float h) 
     yygrpolygoncomplex(x, y, 4, 1);
   }
   s.ifstyl = style;
-  s.icmodel = model;
+  yygrcolourn(path, colour, model);
+  s.iprevcol = previous;
+}
+
+void yygrcolourn(int path, int colour, int model) {
+  auto& s = state();
+  s.icmodel = model == 1 ? 1 : 0;
+  s.iprevcol = yycolourrgb(s.ichnalgl);
   s.ichnalgl = colour;
-  hear_both(zg::OpColour);
+  if (path != kPathOfHardcopy) yygdrv(zg::OpColour);
+  if (path != kPathOfScreen) yyhdrv(zg::OpColour);
 }
 
 namespace {

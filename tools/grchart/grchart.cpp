@@ -1,10 +1,11 @@
 // Draws one test chart of the graphics layer: line types and widths, markers,
-// arcs, every fill style, gradients, device text, the 256 palette colours.
+// arcs, every fill style, gradients, device text, the 256 palette colours, an
+// image.
 //
-//   grchart [--ps|--eps|--svg|--hpgl|--hpgl2|--cgm|--dxf|--replay-svg FILE]... [--screen SECONDS]
+//   grchart [--ps|--eps|--svg|--hpgl|--hpgl2|--cgm|--dxf|--png|--replay-svg FILE]... [--screen SECONDS]
 //
-// Files are written with the screen path off, on a 640 by 480 page for EPS
-// and SVG, so that the two can be compared pixel for pixel.
+// Files are written with the screen path off, on a 640 by 480 page for EPS,
+// SVG and the PNG page, so that they can be compared pixel for pixel.
 #include "toolkit/graphics/graphics.h"
 #include "toolkit/kernel/message.h"
 #include "toolkit/kernel/startup.h"
@@ -238,6 +239,20 @@ void software_texts() {
   IGrCharType(0);
 }
 
+// An image of 8 by 6 pixels: a red-to-blue ramp across, green growing down,
+// and a white corner, so that a turned or mirrored image shows.
+void image() {
+  label(46, 52.5f, "Image 8x6");
+  constexpr int kW = 8, kH = 6;
+  std::vector<int> pixels;
+  for (int y = 0; y < kH; ++y)
+    for (int x = 0; x < kW; ++x) {
+      const int r = 255 - x * 255 / (kW - 1), g = y * 255 / (kH - 1), b = x * 255 / (kW - 1);
+      pixels.push_back(x == 0 && y == 0 ? kWhite : r | (g << 8) | (b << 16));
+    }
+  IGrImagePut(46, 41, 60, 50, kW, kH, pixels);
+}
+
 void palette() {
   label(4, 40, "Palette 0-255");
   IGrColourModel(1);
@@ -262,6 +277,7 @@ void chart() {
   texts();
   palette();
   software_texts();
+  image();
 }
 
 void to_file(int driver, std::string_view file, bool encapsulated) {
@@ -269,7 +285,7 @@ void to_file(int driver, std::string_view file, bool encapsulated) {
   IGrHardcopySelect(1, driver);
   if (encapsulated) {
     IGrHardcopyOptions(kOptOrientation, 0);
-    IGrHardcopyOptions(kOptEncapsulated, 1);
+    if (driver == kDriverPostScript) IGrHardcopyOptions(kOptEncapsulated, 1);
     IGrHardcopyOptions(kOptPageWidth, kChartWidth);
     IGrHardcopyOptions(kOptPageHeight, kChartHeight);
   }
@@ -304,10 +320,11 @@ int main(int argc, char** argv) {
     else if (opt == "--hpgl2") to_file(kDriverHpgl2, val, false);
     else if (opt == "--cgm") to_file(kDriverCgm, val, false);
     else if (opt == "--dxf") to_file(kDriverDxf, val, false);
+    else if (opt == "--png") to_file(kDriverImage, val, true);
     else if (opt == "--replay-svg") replayed(val);
     else if (opt == "--screen") seconds = std::atoi(argv[i + 1]);
     else {
-      std::fprintf(stderr, "usage: grchart [--ps|--eps|--svg|--hpgl|--hpgl2|--cgm|--dxf|--replay-svg FILE]... [--screen SECONDS]\n");
+      std::fprintf(stderr, "usage: grchart [--ps|--eps|--svg|--hpgl|--hpgl2|--cgm|--dxf|--png|--replay-svg FILE]... [--screen SECONDS]\n");
       return 2;
     }
   }

@@ -157,6 +157,18 @@ def cgm(path, out):
             cx, cy, ax, ay, bx, by = struct.unpack(">6h", p)
             body.append('<ellipse cx="%.2f" cy="%.2f" rx="%.2f" ry="%.2f" fill="%s" stroke="%s"/>' % (
                 cx * sx, h - cy * sy, abs(ax - cx) * sx, abs(by - cy) * sy, fill if interior == 1 else "none", line))
+        elif (c, i) == (4, 9):
+            kinds.add("cell array")
+            px, py, qx, qy, rx, ry, nx, ny, prec, mode = struct.unpack(">10h", p[:20])
+            row = 3 * nx + (3 * nx) % 2
+            if prec != 8 or mode != 1 or len(p) != 20 + row * ny:
+                fail("CGM: cell array of %dx%d, precision %d, mode %d in %d bytes" % (nx, ny, prec, mode, len(p)))
+            cw, ch = (rx - px) / nx, (qy - ry) / ny
+            for y in range(ny):
+                for x in range(nx):
+                    r, g, b = p[20 + y * row + 3 * x:23 + y * row + 3 * x]
+                    body.append('<rect x="%.2f" y="%.2f" width="%.2f" height="%.2f" fill="#%02x%02x%02x"/>' % (
+                        (px + x * cw) * sx, h - (py + y * ch) * sy, cw * sx, abs(ch) * sy + 0.5, r, g, b))
         elif (c, i) == (4, 5):
             kinds.add("text")
             tw, th, x, y, final = struct.unpack(">5h", p[:10])
@@ -165,7 +177,7 @@ def cgm(path, out):
                 fail("CGM: text count byte %d for %d bytes" % (p[10], len(p) - 11))
             body.append('<text x="%.2f" y="%.2f" font-size="%.2f" fill="%s">%s</text>' % (
                 x * sx, h - y * sy, th * sy, text, s.replace("&", "&amp;").replace("<", "&lt;")))
-    for need in ("polyline", "polygon", "rectangle", "ellipse", "text"):
+    for need in ("polyline", "polygon", "rectangle", "ellipse", "text", "cell array"):
         if need not in kinds:
             fail("CGM: no %s element" % need)
     open(out, "w").write(svg_doc(w, h, body))
