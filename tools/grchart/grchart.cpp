@@ -2,8 +2,11 @@
 // arcs, every fill style, gradients, device text, the 256 palette colours, an
 // image.
 //
-//   grchart [--ps|--eps|--svg|--hpgl|--hpgl2|--cgm|--dxf|--png|--replay-svg FILE]... [--screen SECONDS]
+//   grchart [--device-text-angles 0] [--ps|--eps|--svg|--hpgl|--hpgl2|--cgm|--dxf|--png|--replay-svg FILE]...
+//           [--screen SECONDS]
 //
+// "--device-text-angles 0" draws the turned device texts upright, for readers
+// that take no turned text.
 // Files are written with the screen path off, on a 640 by 480 page for EPS,
 // SVG and the PNG page, so that they can be compared pixel for pixel.
 #include "toolkit/graphics/graphics.h"
@@ -20,6 +23,8 @@
 #include <vector>
 
 namespace {
+
+bool g_upright_device_text = false;
 
 using namespace zelv_graphics;
 
@@ -184,7 +189,7 @@ void texts() {
   IGrCharFont(2, 0);
   IGrColourN(150);
   for (int a : {30, 90}) {
-    IGrCharRotate(static_cast<float>(a));
+    IGrCharRotate(g_upright_device_text ? 0.0f : static_cast<float>(a));
     IGrCharOut(150 + static_cast<float>(a) / 15, 44, "angle");
   }
   IGrCharRotate(0);
@@ -313,6 +318,10 @@ int main(int argc, char** argv) {
   int seconds = -1;
   for (int i = 1; i + 1 < argc; i += 2) {
     const std::string_view opt = argv[i], val = argv[i + 1];
+    if (opt == "--device-text-angles") {
+      g_upright_device_text = val == "0";
+      continue;
+    }
     if (opt == "--ps") to_file(kDriverPostScript, val, false);
     else if (opt == "--eps") to_file(kDriverPostScript, val, true);
     else if (opt == "--svg") to_file(kDriverSvg, val, false);
@@ -324,7 +333,7 @@ int main(int argc, char** argv) {
     else if (opt == "--replay-svg") replayed(val);
     else if (opt == "--screen") seconds = std::atoi(argv[i + 1]);
     else {
-      std::fprintf(stderr, "usage: grchart [--ps|--eps|--svg|--hpgl|--hpgl2|--cgm|--dxf|--png|--replay-svg FILE]... [--screen SECONDS]\n");
+      std::fprintf(stderr, "usage: grchart [--device-text-angles 0] [--ps|--eps|--svg|--hpgl|--hpgl2|--cgm|--dxf|--png|--replay-svg FILE]... [--screen SECONDS]\n");
       return 2;
     }
   }
