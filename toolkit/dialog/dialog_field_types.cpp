@@ -483,8 +483,10 @@ void list_create(DialogRecord& d, FieldRecord& f) {
   Widget sw = XtVaCreateWidget("ZelvScroll", xmScrolledWindowWidgetClass, d.widget, XtNx, f.x, XtNy, f.y, XtNwidth,
                                std::max(1, f.width), XtNheight, std::max(1, f.height), XmNscrollingPolicy,
                                XmAPPLICATION_DEFINED, XmNvisualPolicy, XmVARIABLE, XmNscrollBarDisplayPolicy,
-                               XmAS_NEEDED, XtNbackground, yyDialogScheme(3), nullptr);
+                               XmSTATIC, XtNbackground, yyDialogScheme(3), nullptr);
   Args args;
+  args.add(XmNscrollBarDisplayPolicy, (f.style & field_style::kListKeepScrollBar) == field_style::kListKeepScrollBar
+                                          ? static_cast<int>(XmSTATIC) : static_cast<int>(XmAS_NEEDED));
   args.add(XmNselectionPolicy, (f.style & field_style::kListMultiple)   ? XmMULTIPLE_SELECT
                                : (f.style & field_style::kListExtended) ? XmEXTENDED_SELECT
                                                                          : XmBROWSE_SELECT);

@@ -32,10 +32,12 @@ constexpr int kButtonRowExtra = 2 + 15;  // a row of buttons
 constexpr int kTabMargin = 12, kButtonMargin = 30;
 constexpr int kFixedUnits = 63, kMinimumUnits = 29;
 constexpr int kButtonGap = 2;
+constexpr int kLabelInset = 3;  // room for the outline around a tab's label
 constexpr int kKeyboardContext = 0x40;  // a context click raised from the keyboard
 
 struct TabGeometry {
   int x = 0, width = 0, row = 0;
+  int textWidth = 0;  // the label's natural width in its own font
   Widget tabArea = nullptr, labelWidget = nullptr;
 };
 
@@ -109,10 +111,9 @@ void place_tab(const FieldRecord& tab, TabStrip& s, std::size_t i) {
   const int y = row_y(s, g.row);
   if (selected) configure(g.tabArea, g.x, y, g.width, s.rowHeight + 2);
   else configure(g.tabArea, g.x + 1, y + 2, g.width - 2, s.rowHeight - 3);
-  Dimension lw = 1, lh = 1;
-  XtVaGetValues(g.labelWidget, XtNwidth, &lw, XtNheight, &lh, nullptr);
+  // The label fills the tab inside its outline, its text centred.
   const int width = selected ? g.width : g.width - 2;
-  XtVaSetValues(g.labelWidget, XtNx, std::max(0, (width - lw) / 2), XtNy, std::max(0, (s.rowHeight - 2 - lh) / 2), nullptr);
+  configure(g.labelWidget, kLabelInset, kLabelInset, width - 2 * kLabelInset, s.rowHeight - 2 - 2 * kLabelInset);
   if (selected && XtIsRealized(g.tabArea)) XRaiseWindow(XtDisplay(g.tabArea), XtWindow(g.tabArea));
   if (XtIsRealized(g.tabArea)) XClearArea(XtDisplay(g.tabArea), XtWindow(g.tabArea), 0, 0, 0, 0, True);
 }
@@ -154,8 +155,7 @@ void child_position_resize(FieldRecord& tab) {
   TabStrip& s = *sp;
   std::vector<TabPlace> places;
   for (std::size_t i = 0; i < tab.tabs.size(); ++i)
-    places.push_back({0, yyTabWidgetSize(yyDialogTextWidth(tab.fontIndex, tab.tabs[i].label), s.alignment, s.buttons,
-                                         s.fixedWidth, s.minimumWidth), 0});
+    places.push_back({0, yyTabWidgetSize(s.geometry[i].textWidth, s.alignment, s.buttons, s.fixedWidth, s.minimumWidth), 0});
   const int rows = yyTabWidgetLayout(places, usable_width(tab), s.multiLine, s.alignment, s.buttons);
   if (rows != s.rowCount) {
     s.rowCount = rows;
@@ -231,7 +231,6 @@ void draw_cb(Widget w, XtPointer data, XtPointer) {
     XDrawLine(dpy, win, s.gcLight, 0, 0, 0, height - 1);
     XDrawLine(dpy, win, s.gcDark, width - 1, 1, width - 1, height - 1);
     XDrawLine(dpy, win, s.gcDark, 1, height - 1, width - 1, height - 1);
-    XDrawLine(dpy, win, s.gcLight, 0, 0, width - 1, 0);
     return;
   }
   if (w == s.tabContainer) {
@@ -502,6 +501,10 @@ void yyTabWidgetAddDataX(FieldRecord& tab, Widget page, int pageId, std::string_
   yyDialogFont(a, n, tab.fontIndex);
   g.labelWidget = XtCreateManagedWidget("TabTabLabel", xmPushButtonWidgetClass, g.tabArea, a, n);
   yyDialogSetLabel(g.labelWidget, r.label);
+  XtWidgetGeometry natural{};
+  XtQueryGeometry(g.labelWidget, nullptr, &natural);
+  g.textWidth = natural.width;
+  XtVaSetValues(g.labelWidget, XmNrecomputeSize, False, XmNalignment, XmALIGNMENT_CENTER, nullptr);
   XtOverrideTranslations(g.labelWidget, translations(false));
   XtAddEventHandler(g.labelWidget, FocusChangeMask, False, yyDialogFieldChangedFocusEH, nullptr);
   if (page) {
@@ -587,7 +590,13 @@ void yyTabWidgetChangeLabelX(FieldRecord& tab, int pageId, std::string_view labe
   r.label.assign(label.empty() ? std::string_view(" ") : label);
   if (r.button) yyDialogSetLabel(r.button, r.label);
   if (TabStrip* s = strip_of(tab)) {
-    yyDialogSetLabel(s->geometry[static_cast<std::size_t>(i)].labelWidget, r.label);
+    TabGeometry& g = s->geometry[static_cast<std::size_t>(i)];
+    yyDialogSetLabel(g.labelWidget, r.label);
+    XmString text = yyDialogXmString(r.label);
+    XmRenderTable rt = nullptr;
+    XtVaGetValues(g.labelWidget, XmNrenderTable, &rt, nullptr);
+    g.textWidth = rt ? static_cast<int>(XmStringWidth(rt, text)) : g.textWidth;
+    XmStringFree(text);
     child_position_resize(tab);
   }
 }

@@ -83,7 +83,8 @@ void yyDialogRangeTrackbar(FieldRecord& f, int minimum, int maximum, int tickSpa
 
 void yyDialogTrackbarCreate(DialogRecord& d, FieldRecord& f) {
   std::array<int, 6> tb{};
-  int value = 0, lo = 0, hi = 100, spacing = kDefaultSpacing;
+  // A record of zeros is a range of 0 to 1.
+  int value = 0, lo = 0, hi = 1, spacing = kDefaultSpacing;
   yyrcfieldtrackbar(d.resourceId, f.identifier, tb);
   if (tb[1] < tb[2]) {
     lo = tb[1];

@@ -159,8 +159,6 @@ Widget new_gadget(FieldRecord& f, Widget parent, int position, int identifier, s
   XtSetArg(a[n], XmNspacing, 0); ++n;
   XtSetArg(a[n], XmNvisualEmphasis, selected ? XmSELECTED : XmNOT_SELECTED); ++n;
   XtSetArg(a[n], XtNbackground, yyDialogScheme(15)); ++n;
-  XtSetArg(a[n], XmNtopShadowColor, yyDialogScheme(15)); ++n;
-  XtSetArg(a[n], XmNbottomShadowColor, yyDialogScheme(15)); ++n;
   XtSetArg(a[n], XmNhighlightThickness, 1); ++n;
   if (position >= 0) {
     XtSetArg(a[n], XmNpositionIndex, position); ++n;
@@ -168,6 +166,9 @@ Widget new_gadget(FieldRecord& f, Widget parent, int position, int identifier, s
   yyDialogFont(a, n, f.fontIndex);
   Widget g = XtCreateManagedWidget(name, xmIconGadgetClass, f.widget, a, n);
   XmStringFree(label);
+  // Shadows in the item's own colour keep a flat look; given at creation they
+  // upset the gadget's colour cache.
+  XtVaSetValues(g, XmNtopShadowColor, yyDialogScheme(15), XmNbottomShadowColor, yyDialogScheme(15), nullptr);
   XtAddCallback(g, XmNdestroyCallback, yyDialogTreeviewDeleteCB, nullptr);
   return g;
 }
