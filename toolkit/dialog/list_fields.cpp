@@ -209,9 +209,13 @@ void yydialogputmenuitem_(int, int fieldid, int position, std::string_view text)
   FieldRecord* f = menu_field(fieldid);
   if (!f || position < 1 || position > count_of(*f)) return;
   if (f->type == kCombo) {
+    int selected = 0;
+    XtVaGetValues(f->widget, XmNitemSelect, &selected, nullptr);
     yyComboWidgetTextClearX(f->widget, position);
     yyDialogPutMenu(*f, trimmed(text), position);
     yyComboWidgetListDeleteItemX(f->widget, position + 1);
+    // The option keeps its number, whatever the insertion did to it.
+    reinterpret_cast<ComboWidget>(f->widget)->combo.itemSelect = selected;
     return;
   }
   const bool selected = XmListPosSelected(f->widget, position);
