@@ -124,7 +124,7 @@ void place_pages(FieldRecord& tab, const TabStrip& s) {
     if (r.page) configure(r.page, 1, s.labelBarHeight + 1, usable_width(tab), h);
 }
 
-void visible_components(FieldRecord& tab, TabStrip& s) {
+void yyTabWidgetVisibleComponents(FieldRecord& tab, TabStrip& s) {
   int right = 0;
   for (const TabGeometry& g : s.geometry) right = std::max(right, g.x + g.width);
   Dimension w = 1;
@@ -149,7 +149,7 @@ void visible_components(FieldRecord& tab, TabStrip& s) {
 }
 
 // Lays out the strip from the labels, then places rows, tabs and pages.
-void child_position_resize(FieldRecord& tab) {
+void yyTabWidgetChildPositionResize(FieldRecord& tab) {
   TabStrip* sp = strip_of(tab);
   if (!sp) return;
   TabStrip& s = *sp;
@@ -191,7 +191,7 @@ void child_position_resize(FieldRecord& tab) {
     if (Widget b = tab.tabs[i].button)
       configure(b, s.geometry[i].x, s.geometry[i].row * s.rowHeight, s.geometry[i].width, s.rowHeight - 2);
   }
-  visible_components(tab, s);
+  yyTabWidgetVisibleComponents(tab, s);
 }
 
 FieldRecord* field_of(Widget w, DialogRecord*& d) {
@@ -216,7 +216,7 @@ FieldRecord* owner_of(Widget w, DialogRecord*& d, int& index) {
   return f;
 }
 
-void draw_cb(Widget w, XtPointer data, XtPointer) {
+void yyTabWidgetDrawCB(Widget w, XtPointer data, XtPointer) {
   auto* owner = static_cast<Widget>(data);
   auto it = strips().find(owner);
   if (it == strips().end() || !XtIsRealized(w)) return;
@@ -351,7 +351,7 @@ void watch_page_keys(Widget tabWidget, Widget w) {
   }
 }
 
-void arrow_cb(Widget w, XtPointer, XtPointer) {
+void yyTabWidgetButtonCB(Widget w, XtPointer, XtPointer) {
   XtPointer ud = nullptr;
   XtVaGetValues(w, XmNuserData, &ud, nullptr);
   DialogRecord* d = nullptr;
@@ -452,19 +452,19 @@ void yyTabWidgetInitialize(DialogRecord& d, FieldRecord& f) {
                                    XtNheight, 1, XmNtraversalOn, False, nullptr);
   };
   s.border = area("TabBorder");
-  XtAddCallback(s.border, XmNexposeCallback, draw_cb, f.widget);
-  XtAddCallback(s.border, XmNresizeCallback, draw_cb, f.widget);
+  XtAddCallback(s.border, XmNexposeCallback, yyTabWidgetDrawCB, f.widget);
+  XtAddCallback(s.border, XmNresizeCallback, yyTabWidgetDrawCB, f.widget);
   s.tabContainer = area("TabTabContainer");
-  XtAddCallback(s.tabContainer, XmNexposeCallback, draw_cb, f.widget);
+  XtAddCallback(s.tabContainer, XmNexposeCallback, yyTabWidgetDrawCB, f.widget);
   s.buttonContainer = area("TabButContainer");
   for (Widget* a : {&s.leftArrow, &s.rightArrow}) {
     *a = XtVaCreateWidget(a == &s.leftArrow ? "TabLArrow" : "TabRArrow", xmArrowButtonWidgetClass, f.widget,
                           XmNarrowDirection, a == &s.leftArrow ? XmARROW_LEFT : XmARROW_RIGHT, XtNforeground,
                           yyDialogScheme(16), XtNbackground, yyDialogScheme(3), XmNshadowThickness, 0,
                           XmNdetailShadowThickness, 1, XmNuserData, f.widget, XmNtraversalOn, False, nullptr);
-    XtAddCallback(*a, XmNactivateCallback, arrow_cb, nullptr);
+    XtAddCallback(*a, XmNactivateCallback, yyTabWidgetButtonCB, nullptr);
   }
-  child_position_resize(f);
+  yyTabWidgetChildPositionResize(f);
 }
 
 void yyTabWidgetAddDataX(FieldRecord& tab, Widget page, int pageId, std::string_view label) {
@@ -483,7 +483,7 @@ void yyTabWidgetAddDataX(FieldRecord& tab, Widget page, int pageId, std::string_
   g.tabArea = XtVaCreateManagedWidget("TabTab", xmDrawingAreaWidgetClass, s->tabContainer, XmNuserData, tab.widget,
                                       XmNmarginWidth, 0, XmNmarginHeight, 0, XmNresizePolicy, XmRESIZE_NONE,
                                       XtNbackground, yyDialogScheme(3), XtNwidth, 1, XtNheight, 1, nullptr);
-  XtAddCallback(g.tabArea, XmNexposeCallback, draw_cb, tab.widget);
+  XtAddCallback(g.tabArea, XmNexposeCallback, yyTabWidgetDrawCB, tab.widget);
   XtOverrideTranslations(g.tabArea, XtParseTranslationTable("<Btn1Down>: yyTabWidgetButtonAT(d)"));
   Arg a[16];
   Cardinal n = 0;
@@ -513,7 +513,7 @@ void yyTabWidgetAddDataX(FieldRecord& tab, Widget page, int pageId, std::string_
   }
   tab.tabs.push_back(r);
   s->geometry.push_back(g);
-  child_position_resize(tab);
+  yyTabWidgetChildPositionResize(tab);
   if (tab.selectedPage == -1) yyTabWidgetSelectX(tab, pageId);
 }
 
@@ -522,9 +522,9 @@ bool yyTabWidgetSelectX(FieldRecord& tab, int pageId) {
   if (!next || next->state == 0 || pageId == tab.selectedPage) return false;
   TabStrip* s = strip_of(tab);
   const int oldIndex = index_of(tab, tab.selectedPage), newIndex = index_of(tab, pageId);
-  if (next->page && (tab.style & field_style::kVisible)) XtManageChild(next->page);
   if (oldIndex >= 0)
     if (Widget old = tab.tabs[static_cast<std::size_t>(oldIndex)].page) XtUnmanageChild(old);
+  if (next->page && (tab.style & field_style::kVisible)) XtManageChild(next->page);
   tab.selectedPage = pageId;
   if (!s) return true;
   // The new tab's row comes to the front; those before it go one back.
@@ -597,7 +597,7 @@ void yyTabWidgetChangeLabelX(FieldRecord& tab, int pageId, std::string_view labe
     XtVaGetValues(g.labelWidget, XmNrenderTable, &rt, nullptr);
     g.textWidth = rt ? static_cast<int>(XmStringWidth(rt, text)) : g.textWidth;
     XmStringFree(text);
-    child_position_resize(tab);
+    yyTabWidgetChildPositionResize(tab);
   }
 }
 

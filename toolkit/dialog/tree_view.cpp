@@ -270,6 +270,10 @@ void yyDialogTreeviewCreate(DialogRecord& d, FieldRecord& f) {
   }
   f.widget = XtCreateManagedWidget("ZelvField", xmContainerWidgetClass, sw, a, n);
   f.outerWidget = sw;
+  // The space below the last item shows the items' own background.
+  Widget clip = nullptr;
+  XtVaGetValues(sw, XmNclipWindow, &clip, nullptr);
+  if (clip) XtVaSetValues(clip, XtNbackground, yyDialogScheme(15), nullptr);
   trees()[f.widget] = TreeviewData{};
   XtAddCallback(f.widget, XmNdestroyCallback, forget_tree_cb, nullptr);
   XtAddCallback(f.widget, XmNselectionCallback, yyDialogTreeviewSelectCB, nullptr);
