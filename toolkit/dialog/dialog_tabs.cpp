@@ -51,6 +51,7 @@ struct TabStrip {
   Widget border = nullptr, tabContainer = nullptr, buttonContainer = nullptr;
   Widget leftArrow = nullptr, rightArrow = nullptr;
   GC gcLight = nullptr, gcDark = nullptr, gcAccent = nullptr;
+  bool pagesRaised = false;  // the page windows lie above the border
 };
 
 std::map<Widget, TabStrip>& strips() {
@@ -227,6 +228,12 @@ void yyTabWidgetDrawCB(Widget w, XtPointer data, XtPointer) {
   XtVaGetValues(w, XtNwidth, &wd, XtNheight, &ht, nullptr);
   const int width = wd, height = ht;
   if (w == s.border) {
+    // Pages loaded before the field was realized may lie under the border.
+    if (!s.pagesRaised) {
+      FieldRecord* f = nullptr;
+      if (yyDialogFieldInfo(owner, f) && f) yyTabWidgetRealize(*f);
+      s.pagesRaised = true;
+    }
     if (s.buttons) return;
     XDrawLine(dpy, win, s.gcLight, 0, 0, 0, height - 1);
     XDrawLine(dpy, win, s.gcDark, width - 1, 1, width - 1, height - 1);

@@ -1,6 +1,7 @@
 #include "tools/zelvdemo/demo_form.h"
 
 #include <array>
+#include <utility>
 #include <string>
 #include <vector>
 
@@ -24,6 +25,7 @@ namespace ids = zelvdemo_ids;
 
 // Columns of the tab-expanded list, in dialog units.
 constexpr std::array<int, 2> kColumnStops{24, 48};
+bool rowsOpen = false;  // the dialog of tabs in rows is loaded
 constexpr int kTrackMin = 0, kTrackMax = 100, kTrackTicks = 10, kTrackPage = 10;
 
 void fill_columns() {
@@ -59,7 +61,29 @@ void zelvdemo_open() {
   fill_columns();
 }
 
+void zelvdemo_open_rows() {
+  if (rowsOpen) {
+    WDialogSelect(ids::dialog::rows);
+    return WDialogShow(-1, -1, {}, 2);
+  }
+  rowsOpen = true;
+  WDialogLoad(ids::dialog::rows);
+  int error = 0;
+  const std::array<std::pair<int, const char*>, 5> pages{{{ids::dialog::row_page_one, "Alpha"},
+                                                          {ids::dialog::row_page_two, "Beta"},
+                                                          {ids::dialog::row_page_three, "Gamma"},
+                                                          {ids::dialog::row_page_four, "Delta"},
+                                                          {ids::dialog::row_page_five, "Epsilon"}}};
+  for (const auto& [page, label] : pages) yydialogaddtabpage_(zelvdemo_ids::rows::row_pages, page, label, error);
+  WDialogShow(-1, -1, {}, 2);
+}
+
 void zelvdemo_close() {
+  if (rowsOpen) {
+    WDialogSelect(ids::dialog::rows);
+    WDialogUnload();
+    rowsOpen = false;
+  }
   WDialogSelect(ids::dialog::demo);
   WDialogUnload();
   WindowClose();

@@ -11,6 +11,8 @@
 void zelvdemo_start();
 // Opens the root window with the dialog, fills it and makes it current.
 void zelvdemo_open();
+// Opens the dialog with a strip of tabs in rows, modeless, and makes it current.
+void zelvdemo_open_rows();
 // Closes the window and the dialog.
 void zelvdemo_close();
 // What a message means, read back through the public routines.

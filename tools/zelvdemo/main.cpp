@@ -18,11 +18,19 @@ int main() {
     int type = 0;
     MessageRecord m;
     WMessage(type, m);
-    if (type == CloseRequest || (type == PushButton && m.Value1 == form::close)) break;
-    if (type == PushButton && m.Value1 == form::step) {
+    if (type == CloseRequest || (type == PushButton && m.Value1 == form::close && m.Win == zelvdemo_ids::dialog::demo))
+      break;
+    if (type == PushButton && m.Value1 == form::step && m.Win == zelvdemo_ids::dialog::demo) {
       int value = 0, error = 0;
       yydialoggetprogressbar_(form::progress, value, error);
       yydialogputprogress_(form::progress, value >= kFull ? 0 : value + kStep, 0, error);
+    }
+    if (type == PushButton && m.Value1 == form::rows && m.Win == zelvdemo_ids::dialog::demo) zelvdemo_open_rows();
+    if (type == PushButton && m.Win == zelvdemo_ids::dialog::rows) {
+      // Its close box only hides the dialog of rows.
+      WDialogSelect(zelvdemo_ids::dialog::rows);
+      WDialogHide();
+      continue;
     }
     const std::string line = zelvdemo_describe(type, m);
     if (line.empty()) continue;

@@ -453,3 +453,49 @@ TEST_F(Widgets, ProgressBarMovesAndTheDialogIsPhotographed) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST_F(Widgets, TabsWrapIntoRowsAndTheChosenRowComesToTheFront) {
+  zelvdemo_open_rows();
+  settle(300);
+  FieldRecord& tab = field(zelvdemo_ids::rows::row_pages, ids::dialog::rows);
+  Widget strip = XtNameToWidget(tab.widget, "TabTabContainer");
+  ASSERT_NE(strip, nullptr);
+  WidgetList kids = nullptr;
+  Cardinal n = 0;
+  XtVaGetValues(strip, XtNchildren, &kids, XtNnumChildren, &n, nullptr);
+  ASSERT_EQ(n, 5u);
+  // Every row ends at the usable width, the field's less two pixels.
+  const int usable = tab.widget->core.width - 2;
+  std::vector<int> rowTops;
+  for (Cardinal i = 0; i < n; ++i) {
+    const int y = kids[i]->core.y - (i == 0 ? 0 : 2);  // the selected tab stands two higher
+    if (rowTops.empty() || rowTops.back() != y) rowTops.push_back(y);
+  }
+  ASSERT_GE(rowTops.size(), 2u);
+  auto right_edge = [&](int top) {
+    int right = 0;
+    for (Cardinal i = 0; i < n; ++i)
+      if (kids[i]->core.y - (i == 0 ? 0 : 2) == top)
+        right = std::max(right, kids[i]->core.x + kids[i]->core.width + (i == 0 ? 0 : 1));
+    return right;
+  };
+  for (int top : rowTops) EXPECT_EQ(right_edge(top), usable) << top;
+  // The first tab's row lies in front, next to the page, which is in view.
+  EXPECT_GT(rowTops.front(), rowTops.back());
+  DialogRecord& first = zelvy_dialog::state().wDialogInfo[yyDialogFind(ids::dialog::row_page_one)];
+  EXPECT_TRUE(XtIsManaged(first.widget));
+  EXPECT_TRUE(XtIsManaged(first.fields[0].widget));
+
+  // A tab of the back row, chosen with the mouse, brings its row to the front.
+  Widget last = kids[n - 1];
+  const int backTop = last->core.y;
+  click(centre(last));
+  auto seen = settle(300);
+  EXPECT_TRUE(saw(seen, {TabChanged, ids::dialog::row_page_one, ids::dialog::row_page_five, -1, -1}));
+  EXPECT_GT(last->core.y + 2, backTop);
+  EXPECT_LT(kids[0]->core.y, rowTops.front());
+}
+
+}  // namespace
