@@ -10,6 +10,7 @@
 #include <Xm/Scale.h>
 
 #include <array>
+#include <cstdint>
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
@@ -416,7 +417,7 @@ int bar_pixels(Widget w) {
   return n;
 }
 
-TEST_F(Widgets, ProgressBarMovesAndTheDialogIsPhotographed) {
+TEST_F(Widgets, ProgressBarMovesImagesChangeAndTheDialogIsPhotographed) {
   Widget bar = field(form::progress).widget;
   const int width = bar->core.width;
   int value = 0, e = 0;
@@ -441,6 +442,26 @@ TEST_F(Widgets, ProgressBarMovesAndTheDialogIsPhotographed) {
   yydialogputprogress_(form::progress, 600, 0, e);
   yydialogputprogress_(form::track, 1, 0, e);
   EXPECT_EQ(e, 1006);
+  settle();
+
+  // Images: an icon onto a button, raw pixels onto the picture.
+  WDialogPutImage(form::press, 9015, 2);
+  EXPECT_EQ(error(), 0);
+  unsigned char type = 0;
+  XtVaGetValues(field(form::press).widget, XmNlabelType, &type, nullptr);
+  EXPECT_EQ(type, XmPIXMAP);
+  WDialogPutImage(form::press, 4711, 1);
+  EXPECT_NE(error(), 0);
+  WDialogPutImage(form::press, 1, 3);
+  EXPECT_EQ(error(), 1021);
+  WDialogPutImage(form::text, 9015, 2);
+  EXPECT_EQ(error(), 1006);
+  const std::vector<std::uint8_t> red{255, 0, 0, 255, 255, 0, 0, 255, 255, 0, 0, 255, 255, 0, 0, 255};
+  yydialogputimageicon_(form::icon, red, 2, 2, e);
+  EXPECT_EQ(e, 0);
+  yydialogputimageicon_(form::icon, red, 4, 4, e);
+  EXPECT_EQ(e, 1021);  // fewer pixels than the size asks for
+  WDialogPutImage(form::icon, 9015, 2);  // the crystal back for the picture
   settle();
 
   const std::filesystem::path shots = std::filesystem::path(ZELV_BINARY_DIR) / "shots";
