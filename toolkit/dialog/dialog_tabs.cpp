@@ -456,9 +456,10 @@ void yyTabWidgetInitialize(DialogRecord& d, FieldRecord& f) {
   auto area = [&](const char* name) {
     return XtVaCreateManagedWidget(name, xmDrawingAreaWidgetClass, f.widget, XmNmarginWidth, 0, XmNmarginHeight, 0,
                                    XmNresizePolicy, XmRESIZE_NONE, XtNbackground, yyDialogScheme(3), XtNwidth, 1,
-                                   XtNheight, 1, XmNtraversalOn, False, nullptr);
+                                   XtNheight, 1, nullptr);
   };
   s.border = area("TabBorder");
+  XtVaSetValues(s.border, XmNtraversalOn, False, nullptr);
   XtAddCallback(s.border, XmNexposeCallback, yyTabWidgetDrawCB, f.widget);
   XtAddCallback(s.border, XmNresizeCallback, yyTabWidgetDrawCB, f.widget);
   s.tabContainer = area("TabTabContainer");

@@ -520,3 +520,65 @@ TEST_F(Widgets, TabsWrapIntoRowsAndTheChosenRowComesToTheFront) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST_F(Widgets, ListTopFollowsTheSelectionAndOptionsArriveTogether) {
+  Widget single = field(form::single).widget;
+  int visible = 0, top = 0, e = 0;
+  XtVaGetValues(single, XmNvisibleItemCount, &visible, nullptr);
+  ASSERT_LT(visible, 8);
+  yydialogsetmenutop_(form::single, 3, e);
+  yydialoggetmenutop_(form::single, top, e);
+  EXPECT_EQ(top, 3);
+  WDialogPutOption(form::single, 1);  // above the top: it becomes the top
+  yydialoggetmenutop_(form::single, top, e);
+  EXPECT_EQ(top, 1);
+  WDialogPutOption(form::single, 8);  // below the view: just into it
+  yydialoggetmenutop_(form::single, top, e);
+  EXPECT_EQ(top, 8 - visible + 1);
+  WDialogPutOption(form::single, 9);
+  EXPECT_EQ(error(), 1011);
+
+  // Options gathered one by one go in at once, behind those there.
+  yydialogputmenustringsbegin_(form::many, 2);
+  yydialogputmenustringsadd_(1, 5, "White");
+  yydialogputmenustringsadd_(0, 5, "Black");
+  yydialogputmenustringsend_(2, 5);
+  int count = 0;
+  yydialoggetmenuoptioncount_(form::many, 5, count);
+  EXPECT_EQ(count, 8);
+  std::string text;
+  yydialoggetmenuitem_(7, form::many, 5, text);
+  EXPECT_EQ(text, "Black");
+  int type = 0;
+  yydialoggetmenutype_(form::columns, type, e);
+  EXPECT_EQ(type, 6);
+  yydialoggetmenutype_(form::track, type, e);
+  EXPECT_EQ(e, 1006);
+}
+
+TEST_F(Widgets, TabArrowKeysStopAtTheEnds) {
+  FieldRecord& tab = field(form::pages);
+  Widget strip = XtNameToWidget(tab.widget, "TabTabContainer");
+  WidgetList kids = nullptr;
+  Cardinal n = 0;
+  XtVaGetValues(strip, XtNchildren, &kids, XtNnumChildren, &n, nullptr);
+  ASSERT_EQ(n, 3u);
+  Widget firstLabel = XtNameToWidget(kids[0], "TabTabLabel");
+  ASSERT_NE(firstLabel, nullptr);
+  XmProcessTraversal(firstLabel, XmTRAVERSE_CURRENT);
+  settle();
+  int page = 0, e = 0;
+  xdotool("key Left");
+  EXPECT_TRUE(settle().empty());  // no wrap past the first tab
+  yydialoggettab_(form::pages, page, e);
+  EXPECT_EQ(page, ids::dialog::page_cell);
+  xdotool("key Right");
+  auto seen = settle(300);
+  yydialoggettab_(form::pages, page, e);
+  EXPECT_EQ(page, ids::dialog::page_options);
+  EXPECT_TRUE(saw(seen, {TabChanged, ids::dialog::page_cell, ids::dialog::page_options, -1, -1}));
+}
+
+}  // namespace
