@@ -24,6 +24,9 @@
 #include "toolkit/dialog/spin_private.h"
 #include "toolkit/dialog/combo_private.h"
 #include "toolkit/dialog/grid_attach.h"
+#include "toolkit/dialog/list_fields_private.h"
+#include "toolkit/dialog/small_widgets_private.h"
+#include "toolkit/dialog/tree_view_private.h"
 #include "toolkit/kernel/display_private.h"
 #include "toolkit/base/format.h"
 
@@ -50,7 +53,7 @@ void load_options(const DialogRecord& d, FieldRecord& f, Add add) {
   int selected = -1;
   yyrcfieldmenuload(d.resourceId, f.identifier, selected, pos, text);
   for (int p : pos) {
-    XmString s = yyDialogXmString(p >= 0 ? &text[static_cast<std::size_t>(p)] : "");
+    XmString s = yyDialogListXmString(f, p >= 0 ? &text[static_cast<std::size_t>(p)] : "");
     add(s);
     XmStringFree(s);
   }
@@ -480,11 +483,14 @@ void list_create(DialogRecord& d, FieldRecord& f) {
   Widget sw = XtVaCreateWidget("ZelvScroll", xmScrolledWindowWidgetClass, d.widget, XtNx, f.x, XtNy, f.y, XtNwidth,
                                std::max(1, f.width), XtNheight, std::max(1, f.height), XmNscrollingPolicy,
                                XmAPPLICATION_DEFINED, XmNvisualPolicy, XmVARIABLE, XmNscrollBarDisplayPolicy,
-                               XmAS_NEEDED, XtNbackground, yyDialogScheme(3), nullptr);
+                               XmSTATIC, XtNbackground, yyDialogScheme(3), nullptr);
   Args args;
+  args.add(XmNscrollBarDisplayPolicy, (f.style & field_style::kListKeepScrollBar) == field_style::kListKeepScrollBar
+                                          ? static_cast<int>(XmSTATIC) : static_cast<int>(XmAS_NEEDED));
   args.add(XmNselectionPolicy, (f.style & field_style::kListMultiple)   ? XmMULTIPLE_SELECT
                                : (f.style & field_style::kListExtended) ? XmEXTENDED_SELECT
                                                                          : XmBROWSE_SELECT);
+  if (f.style & field_style::kListExtended) args.add(XmNautomaticSelection, XmAUTO_SELECT);
   args.add(XmNlistSizePolicy, XmCONSTANT).add(XtNbackground, yyDialogScheme(15)).add(XmNhighlightThickness, 0);
   yyDialogFont(args.a, args.n, f.fontIndex);
   f.widget = XtCreateManagedWidget("ZelvField", xmListWidgetClass, sw, args.a, args.n);
@@ -498,43 +504,6 @@ void list_create(DialogRecord& d, FieldRecord& f) {
   }
 }
 
-void frame_like_create(DialogRecord& d, FieldRecord& f, std::uint32_t caps) {
-  f.capabilities = caps;
-  f.widget = border_widget(d.widget, f);
-  XtVaSetValues(f.widget, XmNshadowThickness, 1, nullptr);
-  f.valueWidget = XtVaCreateManagedWidget("Page", xmDrawingAreaWidgetClass, f.widget, XtNbackground, yyDialogScheme(3),
-                                          XmNmarginWidth, 0, XmNmarginHeight, 0, XmNresizePolicy, XmRESIZE_NONE,
-                                          nullptr);
-}
-
-void scale_create(DialogRecord& d, FieldRecord& f, bool progress) {
-  std::array<int, 6> tb{};
-  int value = 0, lo = 0, hi = 1;
-  if (progress) {
-    yyrcfieldprogressbar(d.resourceId, f.identifier, value, lo, hi);
-  } else {
-    yyrcfieldtrackbar(d.resourceId, f.identifier, tb);
-    if (tb[0] || tb[1] || tb[2]) {
-      value = tb[0];
-      lo = tb[1];
-      hi = tb[2];
-    }
-  }
-  if (hi <= lo) hi = lo + 1;
-  value = std::clamp(value, lo, hi);
-  f.capabilities = progress ? field_capability::kProgress : field_capability::kTrackbar;
-  const bool vertical = !progress && (f.style & field_style::kTrackbarVertical);
-  Args args;
-  base_args(args, f);
-  args.add(XmNorientation, vertical ? XmVERTICAL : XmHORIZONTAL);
-  args.add(XmNprocessingDirection, vertical ? XmMAX_ON_BOTTOM : XmMAX_ON_RIGHT);
-  args.add(XmNminimum, lo).add(XmNmaximum, hi).add(XmNvalue, value).add(XmNshowValue, False);
-  args.add(XtNbackground, yyDialogScheme(3)).add(XmNhighlightThickness, 0);
-  if (progress) args.add(XmNeditable, False).add(XmNsliderVisual, XmTROUGH_COLOR).add(XmNtraversalOn, False);
-  f.widget = XtCreateWidget("ZelvField", xmScaleWidgetClass, d.widget, args.a, args.n);
-  if (!progress) XtAddCallback(f.widget, XmNvalueChangedCallback, yyDialogFieldChangedStateCB, nullptr);
-}
-
 // A grid field is the grid layer's to build; without it, an empty frame.
 GridFieldHooks gridHooks;
 
@@ -542,16 +511,6 @@ void create_grid(DialogRecord& d, FieldRecord& f) {
   if (gridHooks.create) return gridHooks.create(d, f);
   f.capabilities = field_capability::kGrid;
   f.widget = border_widget(d.widget, f);
-}
-
-void treeview_create(DialogRecord& d, FieldRecord& f) {
-  f.capabilities = field_capability::kTreeview;
-  Widget sw = XtVaCreateWidget("ZelvScroll", xmScrolledWindowWidgetClass, d.widget, XtNx, f.x, XtNy, f.y, XtNwidth,
-                               std::max(1, f.width), XtNheight, std::max(1, f.height), XmNscrollingPolicy,
-                               XmAUTOMATIC, XtNbackground, yyDialogScheme(3), nullptr);
-  f.widget = XtVaCreateManagedWidget("ZelvField", xmContainerWidgetClass, sw, XmNlayoutType, XmOUTLINE,
-                                     XtNbackground, yyDialogScheme(15), nullptr);
-  f.outerWidget = sw;
 }
 
 }  // namespace
@@ -607,6 +566,13 @@ void common_operation(int operation, DialogRecord& d, FieldRecord& f) {
         if (g.type == kRadio && g.radioGroup == f.radioGroup) XmToggleButtonSetState(g.widget, False, False);
       break;
     case kCombo: case kList: yyDialogClearMenu(f); break;
+    case kProgress: {
+      int lo = 0;
+      XtVaGetValues(f.widget, XtNbarMin, &lo, nullptr);
+      XtVaSetValues(f.widget, XtNbarPos, lo, nullptr);
+      break;
+    }
+    case kTreeview: yyDialogTreeviewClear(f); break;
     default: break;
   }
 }
@@ -651,24 +617,24 @@ void yyDialogList(int operation, DialogRecord& d, FieldRecord& f) {
 
 void yyDialogTab(int operation, DialogRecord& d, FieldRecord& f) {
   if (operation == 1) {
-    frame_like_create(d, f, field_capability::kTab);
+    yyTabWidgetInitialize(d, f);
     yyDialogTabPages(d, f);
   }
   else common_operation(operation, d, f);
 }
 
 void yyDialogProgress(int operation, DialogRecord& d, FieldRecord& f) {
-  if (operation == 1) scale_create(d, f, true);
+  if (operation == 1) yyDialogProgressCreate(d, f);
   else common_operation(operation, d, f);
 }
 
 void yyDialogTrackbar(int operation, DialogRecord& d, FieldRecord& f) {
-  if (operation == 1) scale_create(d, f, false);
+  if (operation == 1) yyDialogTrackbarCreate(d, f);
   else common_operation(operation, d, f);
 }
 
 void yyDialogTreeview(int operation, DialogRecord& d, FieldRecord& f) {
-  if (operation == 1) treeview_create(d, f);
+  if (operation == 1) yyDialogTreeviewCreate(d, f);
   else common_operation(operation, d, f);
 }
 

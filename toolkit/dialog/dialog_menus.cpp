@@ -11,6 +11,7 @@
 #include "toolkit/dialog/dialog_private.h"
 #include "toolkit/dialog/dialog_fields_private.h"
 #include "toolkit/dialog/combo_private.h"
+#include "toolkit/dialog/list_fields_private.h"
 #include "toolkit/base/error.h"
 #include "toolkit/base/zelvy_data.h"
 #include "toolkit/base/fixed_text.h"
@@ -131,7 +132,7 @@ void WDialogPutMenu(int fieldid, std::span<const std::string> options, int count
     XmListDeselectAllItems(list);
     XmListDeleteAllItems(list);
     for (int k = 0; k < n; ++k) {
-      XmString s = yyDialogXmString(trimmed(options[static_cast<std::size_t>(k)]));
+      XmString s = yyDialogListXmString(*f, trimmed(options[static_cast<std::size_t>(k)]));
       XmListAddItemUnselected(list, s, 0);
       XmStringFree(s);
     }

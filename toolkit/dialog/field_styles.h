@@ -92,6 +92,7 @@ inline constexpr std::uint32_t kGridColumnLabels = 0x200, kGridRowLabels = 0x400
 inline constexpr std::uint32_t kGridWantsReturn = 0x1000, kGridWantsTab = 0x4000, kGridRowWrap = 0x8000;
 
 // Trackbar.
+inline constexpr std::uint32_t kTrackbarTicks = 0x1;
 inline constexpr std::uint32_t kTrackbarVertical = 0x2;
 }  // namespace field_style
 
@@ -106,6 +107,8 @@ inline constexpr std::uint32_t kEdges = kModalFrame | kClientEdge | kStaticEdge;
 // The third word of a field.
 namespace field_extra {
 inline constexpr std::uint32_t kNoDoubleClick = 0x1;  // list, treeview
+inline constexpr std::uint32_t kTreeToggleOnSelect = 0x2;  // treeview: selecting a branch opens or closes it
+inline constexpr std::uint32_t kTabContextSelects = 0x8;   // tab: a context click selects the tab too
 inline constexpr std::uint32_t kRightSelects = 0x8;   // the right button selects too
 inline constexpr std::uint32_t kSpinner = 0x8000;     // numeric fields
 }  // namespace field_extra

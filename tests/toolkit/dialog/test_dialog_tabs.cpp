@@ -51,8 +51,13 @@ class TabField : public ::testing::Test {
     }
   }
 
-  // A press of a page button, as its activation reaches the field.
-  static void press(Widget button) { XtCallCallbacks(button, XmNactivateCallback, nullptr); }
+  // A press of a page's tab, as the strip's action takes it.
+  static void press(Widget button) {
+    XEvent ev{};
+    ev.type = ButtonPress;
+    XtCallActionProc(button, "yyTabWidgetButtonAT", &ev, const_cast<String*>(&kPress), 1);
+  }
+  static constexpr const char* kPress = "d";
 
   static DialogRecord& dialog(int id) { return zelvy_dialog::state().wDialogInfo[yyDialogFind(id)]; }
 };
