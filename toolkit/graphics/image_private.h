@@ -1,0 +1,47 @@
+// The image coders behind the image driver and IGrLoadImageData. No X here.
+#pragma once
+
+#include "toolkit/graphics/raster_page.h"
+
+#include <array>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace zelvy_graph {
+
+// A decoded picture: RGB integers, first row first, 255 - alpha in the high
+// byte when asked for.
+struct Picture {
+  int width = 0, height = 0;
+  std::vector<int> pixels;
+};
+
+// The status of a coder: 0 done; 1 the file couldn't be opened or created,
+// 2 a short or bad file or a failing write, 27 a kind not handled,
+// 1044 zlib, 1120 JPEG. `status` carries errno or the library's code.
+struct ImageResult {
+  int error = 0;
+  int status = 0;
+};
+
+}  // namespace zelvy_graph
+
+// Writers of a raster page, top row of the picture first in the file.
+zelvy_graph::ImageResult yypng1(const zelvy_graph::RasterPage& page, const std::string& file);
+zelvy_graph::ImageResult yybmp1(const zelvy_graph::RasterPage& page, const std::string& file, bool compress);
+zelvy_graph::ImageResult yypcx1(const zelvy_graph::RasterPage& page, const std::string& file);
+zelvy_graph::ImageResult yyjpeg1(const zelvy_graph::RasterPage& page, const std::string& file, int quality);
+
+// Decoders of a whole file's bytes; `info` takes the IGrFileInfo values.
+zelvy_graph::ImageResult yygrloadimagedata(std::span<const uint8_t> bytes, int type, bool alpha,
+                                           zelvy_graph::Picture& picture);
+// IGrFileInfo on bytes already read.
+void yygrfileinfo(std::span<const uint8_t> bytes, std::array<int, 13>& info, int items);
+
+// CRC-32 over a PNG chunk's type and data, continuing from `crc` (start 0).
+uint32_t yyPNGcrc(uint32_t crc, std::span<const uint8_t> bytes);
+// Undoes the PNG row filters in place: rows of `rowbytes` + 1 bytes, the
+// first the filter type; `distance` bytes a pixel. False on a bad filter.
+bool yyPNGfilter(std::span<uint8_t> data, size_t rowbytes, size_t rows, size_t distance);

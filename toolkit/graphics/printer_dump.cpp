@@ -1,0 +1,226 @@
+// Printer bit-image streams of a raster page: PCL, ESC/P2 and the 8- and
+// 24-pin ESC/P. The page is read as the paper sees it: rows from the top,
+// turned a quarter for orientation 1 (paper row r is picture column r, paper
+// column c picture row c).
+#include "toolkit/graphics/raster_private.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <span>
+#include <string>
+
+namespace zg = zelvy_graph;
+
+namespace {
+
+constexpr char kEsc = '\x1b';
+constexpr int kUnitsPerInch = 3600;
+constexpr int kPassesApart = 1;
+
+// Reads ink bits as the paper sees them. Plane -1 is black: a pixel inked in
+// all three colour planes prints there and on no colour plane.
+struct Reader {
+  const zg::RasterPage& page;
+  bool turned;
+  int width() const { return turned ? page.nrypix : page.nrxpix; }
+  int height() const { return turned ? page.nrxpix : page.nrypix; }
+  uint32_t ink(int c, int r) const {
+    if (c < 0 || r < 0 || c >= width() || r >= height()) return 0;
+    return turned ? page.get(r, c) : page.get(c, page.nrypix - 1 - r);
+  }
+  bool dot(int c, int r, int plane) const {
+    const uint32_t v = ink(c, r);
+    if (page.nrapln == 1) return v & 1;
+    if (plane < 0) return v == 7;
+    return v != 7 && ((v >> plane) & 1);
+  }
+  // One paper row of a plane packed to bytes, first dot high.
+  std::string row(int r, int plane) const {
+    std::string out(static_cast<size_t>((width() + 7) / 8), '\0');
+    for (int c = 0; c < width(); ++c)
+      if (dot(c, r, plane)) out[static_cast<size_t>(c / 8)] = static_cast<char>(out[static_cast<size_t>(c / 8)] | (0x80 >> (c % 8)));
+    return out;
+  }
+};
+
+void le16(std::string& out, int v) {
+  out.push_back(static_cast<char>(v & 0xFF));
+  out.push_back(static_cast<char>((v >> 8) & 0xFF));
+}
+
+std::string number(int v, int digits) {
+  char buf[16];
+  std::snprintf(buf, sizeof buf, "%0*d", digits, v);
+  return buf;
+}
+
+void dump_pcl(const Reader& rd, const zg::PrinterModel& m, const zg::PrinterPage& pp, std::string& out) {
+  const int planes = rd.page.nrapln;
+  if (pp.pageflags & 2) out += std::string{kEsc, 'E'};
+  out += std::string{kEsc} + "&a" + number(pp.left, 4) + "h" + number(pp.top, 4) + "V";
+  out += std::string{kEsc} + "*t" + number(pp.hdpi, 3) + "R";
+  out += std::string{kEsc} + "*r";
+  if (m.idevice > 11) {
+    out += number(rd.width(), 4) + "s";
+    if (planes > 1) out += (m.iprcol == 1 ? "" : "-") + std::to_string(planes) + "u";
+  }
+  out += "1A";
+  if (pp.compression) out += std::string{kEsc} + "*b" + std::to_string(pp.compression) + "M";
+  for (int r = 0; r < rd.height(); ++r)
+    for (int p = 0; p < planes; ++p) {
+      std::string bytes = rd.row(r, planes == 1 ? 0 : p);
+      if (planes > 1) {
+        // Colour planes print their own ink, black included.
+        bytes.assign(bytes.size(), '\0');
+        for (int c = 0; c < rd.width(); ++c)
+          if ((rd.ink(c, r) >> p) & 1) bytes[static_cast<size_t>(c / 8)] = static_cast<char>(bytes[static_cast<size_t>(c / 8)] | (0x80 >> (c % 8)));
+      }
+      if (pp.compression) bytes = yydumpcompresspcl(bytes, pp.compression);
+      // Planes before the last of a row don't move down.
+      out += std::string{kEsc} + "*b" + std::to_string(bytes.size()) + (p + 1 < planes ? "V" : "W") + bytes;
+    }
+  if (pp.copies > 1) out += std::string{kEsc} + "&l" + number(pp.copies, 2) + "X";
+  out += std::string{kEsc} + "*rB";
+  if (pp.pageflags & 1) out += std::string{kEsc, 'E'};
+}
+
+void dump_escp2(const Reader& rd, const zg::PrinterPage& pp, std::string& out) {
+  const int step = kUnitsPerInch / pp.hdpi;
+  out += std::string{kEsc, '@'};
+  out += std::string{kEsc, '(', 'G', 1, 0, 1};
+  out += std::string{kEsc, '(', 'U', 1, 0, static_cast<char>(step)};
+  out += std::string{kEsc, '(', 'V', 2, 0};
+  le16(out, pp.top);
+  // Bands: yellow, magenta, cyan, black; one black band for a plain page.
+  struct Band { int plane; char colour; };
+  static constexpr Band kColour[4] = {{2, 4}, {1, 1}, {0, 2}, {-1, 0}};
+  static constexpr Band kBlack[1] = {{0, 0}};
+  const bool colour = rd.page.nrapln > 1;
+  const std::span<const Band> bands = colour ? std::span<const Band>(kColour) : std::span<const Band>(kBlack);
+  const int width = rd.width();
+  for (int r = 0; r < rd.height(); ++r) {
+    for (const auto& b : bands) {
+      std::string bytes = rd.row(r, b.plane);
+      if (colour) out += std::string{kEsc, 'r', b.colour};
+      out += std::string{kEsc, '\\'};
+      le16(out, pp.left);
+      std::string packed = yydumpcompressescp2(bytes);
+      const bool shorter = packed.size() < bytes.size();
+      out += std::string{kEsc, '.', static_cast<char>(shorter ? 1 : 0), static_cast<char>(step), static_cast<char>(step), 1};
+      le16(out, width);
+      out += shorter ? packed : bytes;
+      out.push_back('\r');
+    }
+    out += std::string{kEsc, '(', 'v', 2, 0, 1, 0};
+  }
+  out.push_back('\f');
+}
+
+void dump_escp(const Reader& rd, const zg::PrinterModel& m, const zg::PrinterPage& pp, std::string& out) {
+  const int pins = m.nprpin, bytespc = pins / 8;
+  const int interl = pp.vdpi > m.nprpin * 216 / m.lfdhgt ? 2 : 1;
+  out += std::string{kEsc, 'U', 1};
+  if (pp.top > 0) {
+    const int units = m.ipgraf == 5 ? static_cast<int>(pp.top * 2.5) : pp.top;
+    out += std::string{kEsc, 'J', static_cast<char>(std::min(units, 255))};
+  }
+  out += std::string{kEsc, '3', static_cast<char>(m.lfdhgt)};
+  const int left = std::min(pp.left, 39999 / std::max(bytespc, 1));
+  const int columns = left + rd.width();
+  auto head = [&](std::string& o) {
+    const int n = columns;
+    switch (m.ipgraf) {
+      case 4: {
+        const int mode = pp.hdpi == 60 ? 8 : pp.hdpi == 120 ? 9 : 11;
+        o += std::string{kEsc, '[', 'g'};
+        le16(o, n * bytespc + 1);
+        o.push_back(static_cast<char>(mode));
+        return;
+      }
+      case 5: {
+        const int mode = pp.hdpi == 90 ? 38 : pp.hdpi == 120 ? 33 : pp.hdpi == 180 ? 39 : 40;
+        o += std::string{kEsc, '*', static_cast<char>(mode)};
+        break;
+      }
+      default:
+        if (pp.hdpi == 60 || (pp.hdpi == 80 && m.ipgraf == 3)) o += std::string{kEsc, 'K'};
+        else if (pp.hdpi == 120) o += std::string{kEsc, 'L'};
+        else if (pp.hdpi == 240) o += std::string{kEsc, 'Z'};
+        else o += std::string{kEsc, '*', 6};
+    }
+    le16(o, n);
+  };
+  struct Band { int plane; char colour; };
+  static constexpr Band kColour[4] = {{2, 4}, {1, 1}, {0, 2}, {-1, 0}};
+  static constexpr Band kBlack[1] = {{0, 0}};
+  const bool colour = rd.page.nrapln > 1;
+  const std::span<const Band> bands = colour ? std::span<const Band>(kColour) : std::span<const Band>(kBlack);
+  const int band_rows = pins * interl;
+  for (int base = 0; base < rd.height(); base += band_rows) {
+    for (int pass = 0; pass < interl; ++pass) {
+      for (const auto& b : bands) {
+        if (colour) out += std::string{kEsc, 'r', b.colour};
+        head(out);
+        out.append(static_cast<size_t>(left * bytespc), '\0');
+        for (int c = 0; c < rd.width(); ++c)
+          for (int k = 0; k < bytespc; ++k) {
+            int byte = 0;
+            for (int bit = 0; bit < 8; ++bit)
+              if (rd.dot(c, base + pass + (k * 8 + bit) * interl, b.plane)) byte |= 0x80 >> bit;
+            out.push_back(static_cast<char>(byte));
+          }
+        out.push_back('\r');
+      }
+      if (pass + 1 < interl) out += std::string{kEsc, 'J', static_cast<char>(kPassesApart)};
+    }
+    if (interl > 1) out += std::string{kEsc, 'J', static_cast<char>(m.lfdhgt - kPassesApart)};
+    else out.push_back('\n');
+  }
+  out.push_back('\f');
+}
+
+}  // namespace
+
+std::string yydumpcompresspcl(std::string_view row, int method) {
+  if (method == 2) return yydumpcompressescp2(row);
+  constexpr size_t kMaxRepeat = 256;
+  std::string out;
+  for (size_t i = 0; i < row.size();) {
+    size_t n = 1;
+    while (i + n < row.size() && n < kMaxRepeat && row[i + n] == row[i]) ++n;
+    out.push_back(static_cast<char>(n - 1));
+    out.push_back(row[i]);
+    i += n;
+  }
+  return out;
+}
+
+std::string yydumpcompressescp2(std::string_view row) {
+  constexpr size_t kMax = 128;
+  std::string out;
+  for (size_t i = 0; i < row.size();) {
+    size_t n = 1;
+    while (i + n < row.size() && n < kMax && row[i + n] == row[i]) ++n;
+    if (n >= 2) {
+      out.push_back(static_cast<char>(1 - static_cast<int>(n)));
+      out.push_back(row[i]);
+      i += n;
+      continue;
+    }
+    // A literal run up to the next pair of like bytes.
+    size_t k = i;
+    while (k < row.size() && k - i < kMax && !(k + 1 < row.size() && row[k] == row[k + 1])) ++k;
+    out.push_back(static_cast<char>(k - i - 1));
+    out.append(row.substr(i, k - i));
+    i = k;
+  }
+  return out;
+}
+
+void yydump(const zg::RasterPage& page, const zg::PrinterModel& model, const zg::PrinterPage& printer,
+            std::string& out) {
+  const Reader rd{page, printer.orientation == 1};
+  if (model.ipgraf >= 7) dump_pcl(rd, model, printer, out);
+  else if (model.ipgraf == 6) dump_escp2(rd, printer, out);
+  else dump_escp(rd, model, printer, out);
+}
