@@ -220,11 +220,18 @@ zg::ImageResult yybmp1(const zg::RasterPage& page, const std::string& file, bool
       } else if (same) {
         runat = body.size();
         body.insert(body.end(), {static_cast<uint8_t>(pixels), row[i]});
-      } else if (pixels >= 3) {
+      } else if (pixels >= (four && pixels % 2 ? 5 : 3)) {
+        // Some readers misplace an odd last nibble of an absolute group: it
+        // goes as a run of one after the group.
+        const bool odd = four && pixels % 2;
+        const size_t n = odd ? g - 1 : g;
         runat = std::string::npos;
-        body.insert(body.end(), {0, static_cast<uint8_t>(pixels)});
-        body.insert(body.end(), row.begin() + static_cast<std::ptrdiff_t>(i), row.begin() + static_cast<std::ptrdiff_t>(i + g));
-        if (g & 1) body.push_back(0);
+        if (n > 0) {
+          body.insert(body.end(), {0, static_cast<uint8_t>(odd ? pixels - 1 : pixels)});
+          body.insert(body.end(), row.begin() + static_cast<std::ptrdiff_t>(i), row.begin() + static_cast<std::ptrdiff_t>(i + n));
+          if (n & 1) body.push_back(0);
+        }
+        if (odd) body.insert(body.end(), {1, row[i + g - 1]});
       } else {
         runat = std::string::npos;
         for (size_t k = 0; k < g; ++k) {

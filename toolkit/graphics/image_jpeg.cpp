@@ -39,7 +39,9 @@ struct JpegError {
 // Warnings (a damaged stream the library gets over) are only noted.
 void yyJpegErrorHandler(j_common_ptr info, int level) {
   auto* e = reinterpret_cast<JpegError*>(info->err);
-  if (level < 0 && e->code == 0) e->code = e->mgr.msg_code;
+  if (level >= 0) return;
+  ++e->mgr.num_warnings;
+  if (e->code == 0) e->code = e->mgr.msg_code;
 }
 
 void install(JpegError& e, jpeg_common_struct& common) {
