@@ -263,7 +263,7 @@ void fill_bracket(int op) {
     p.mixfill = false;
     return;
   }
-  p.drawn = true;
+  p.drawn = s.bdopause = true;
   if (s.ifstyl < 3) {
     if (op == zg::OpEllipseHalf || op == zg::OpPieHalf) yygrhcshape(op);
     s.igpar1 = -1;
@@ -355,7 +355,7 @@ void yyvras(int op) {
       s.ifmeth[1] = 0;
       return;
     case zg::OpLine: {
-      p.drawn = true;
+      p.drawn = s.bdopause = true;
       const int x1 = to_page_x(s.grx[0]), y1 = to_page_y(s.gry[0]), x2 = to_page_x(s.grx[1]),
                 y2 = to_page_y(s.gry[1]);
       if (p.scanlines) {
@@ -366,11 +366,11 @@ void yyvras(int op) {
       return;
     }
     case zg::OpPoint:
-      p.drawn = true;
+      p.drawn = s.bdopause = true;
       brush(to_page_x(s.grx[0]), to_page_y(s.gry[0]));
       return;
     case zg::OpPolyline: {
-      p.drawn = true;
+      p.drawn = s.bdopause = true;
       const size_t n = std::min(static_cast<size_t>(std::max(s.igpar2, 0)), s.xwork.size());
       for (size_t i = 1; i < n; ++i)
         yyvra3(to_page_x(s.xwork[i - 1]), to_page_y(s.ywork[i - 1]), to_page_x(s.xwork[i]), to_page_y(s.ywork[i]),
@@ -389,7 +389,7 @@ void yyvras(int op) {
       fill_bracket(op);
       return;
     case zg::OpArc:
-      p.drawn = true;
+      p.drawn = s.bdopause = true;
       yygrhcshape(zg::OpArc);
       return;
     case zg::OpClear:
