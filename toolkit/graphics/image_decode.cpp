@@ -415,6 +415,14 @@ zg::ImageResult decode_png_bytes(Bytes in, bool alpha, zg::Picture& pic) {
     for (size_t ry = 0; ry < ph; ++ry) {
       const uint8_t* row = part.data() + ry * (rowbytes + 1) + 1;
       const size_t y = static_cast<size_t>(p.y0) + ry * static_cast<size_t>(p.dy);
+      // Eight-bit colour, the common case, without the general sample walk.
+      if (depth == 8 && (ctype == 2 || ctype == 6) && transparent[0] < 0) {
+        int* out = pic.pixels.data() + y * static_cast<size_t>(w) + static_cast<size_t>(p.x0);
+        const size_t step = static_cast<size_t>(p.dx), n = static_cast<size_t>(channels);
+        for (size_t rx = 0; rx < pw; ++rx, row += n, out += step)
+          *out = pack(row[0], row[1], row[2], keep && ctype == 6 ? kClear - row[3] : kOpaque);
+        continue;
+      }
       for (size_t rx = 0; rx < pw; ++rx) {
         const size_t x = static_cast<size_t>(p.x0) + rx * static_cast<size_t>(p.dx);
         int r, g, b, a = 255;
