@@ -97,7 +97,8 @@ int main(int argc, char** argv) {
       };
       auto their_write = [&] {
         times["write " + kind + " convert"].push_back(
-            seconds([&] { shell("convert " + ppm.string() + " -quality " + q + " " + theirs.string()); }));
+            // PNG at its own default compression; JPEG at our quality.
+            seconds([&] { shell("convert " + ppm.string() + (kind == "jpg" ? " -quality " + q : std::string()) + " " + theirs.string()); }));
       };
       auto our_read = [&] {
         times["read " + kind + " here"].push_back(seconds([&] {

@@ -255,6 +255,49 @@ void write_picture() {
   }
 }
 
+// Where the edge from (x1, y1) to (x2, y2) crosses the row at y, if it does.
+bool yyxini(float x1, float y1, float x2, float y2, float y, float& x) {
+  if ((y < y1 && y < y2) || (y > y1 && y > y2) || y1 == y2) return false;
+  x = x1 + (x2 - x1) * (y - y1) / (y2 - y1);
+  return true;
+}
+
+// Rectangles, parallelograms and triangles filled here: each pixel row of
+// the shape from its left-most to its right-most edge crossing, pixels by
+// their centres.
+void convex_fill(int op) {
+  const auto& s = state();
+  std::vector<float> x, y;
+  if (op == zg::OpRectHalf) {
+    x = {s.grx[0], s.grx[1], s.grx[1], s.grx[0]};
+    y = {s.gry[0], s.gry[0], s.gry[1], s.gry[1]};
+  } else {
+    const size_t n = std::min<size_t>(op == zg::OpTriHalf ? 3 : 4, s.xwork.size());
+    x.assign(s.xwork.begin(), s.xwork.begin() + static_cast<std::ptrdiff_t>(n));
+    y.assign(s.ywork.begin(), s.ywork.begin() + static_cast<std::ptrdiff_t>(n));
+  }
+  if (x.size() < 3) return;
+  for (size_t i = 0; i < x.size(); ++i) {
+    x[i] *= s.xscale;
+    y[i] *= s.yscale;
+  }
+  const auto& p = pen();
+  const int top = std::min(yytrunc(*std::max_element(y.begin(), y.end())), p.ymax);
+  for (int row = std::max(yytrunc(*std::min_element(y.begin(), y.end())), p.ymin); row <= top; ++row) {
+    const float centre = static_cast<float>(row) + 0.5f;
+    float lo = 1.0e9f, hi = -1.0e9f, cross;
+    for (size_t i = 0; i < x.size(); ++i) {
+      const size_t j = (i + 1) % x.size();
+      if (!yyxini(x[i], y[i], x[j], y[j], centre, cross)) continue;
+      lo = std::min(lo, cross);
+      hi = std::max(hi, cross);
+    }
+    if (lo > hi) continue;
+    const int a = static_cast<int>(std::ceil(lo - 0.5f)), b = static_cast<int>(std::ceil(hi - 0.5f)) - 1;
+    if (a <= b) yyvra2(a, b, row);
+  }
+}
+
 void fill_bracket(int op) {
   auto& s = state();
   auto& p = pen();
@@ -271,6 +314,10 @@ void fill_bracket(int op) {
   }
   p.mixfill = s.ifstyl == zelv_graphics::kFillHalfTone && p.previous != p.value;
   s.yhstep = s.yngraf / static_cast<float>(zg::yyrasterpage().nrypix);
+  if (op == zg::OpRectHalf || op == zg::OpParallelHalf || op == zg::OpTriHalf) {
+    convex_fill(op);
+    return;
+  }
   if (op == zg::OpEllipseHalf || op == zg::OpPieHalf) {
     p.scanlines = true;
     yygrhcshape(op);
