@@ -34,14 +34,27 @@ struct Reader {
     if (plane < 0) return v == 7;
     return v != 7 && ((v >> plane) & 1);
   }
-  // One paper row of a plane packed to bytes, first dot high.
-  std::string row(int r, int plane) const {
+  // One paper row of a plane packed to bytes, first dot high; without
+  // `black` a plane holds all its ink.
+  std::string row(int r, int plane, bool black = true) const {
     std::string out(static_cast<size_t>((width() + 7) / 8), '\0');
     for (int c = 0; c < width(); ++c)
-      if (dot(c, r, plane)) out[static_cast<size_t>(c / 8)] = static_cast<char>(out[static_cast<size_t>(c / 8)] | (0x80 >> (c % 8)));
+      if (black ? dot(c, r, plane) : ((ink(c, r) >> plane) & 1)) out[static_cast<size_t>(c / 8)] = static_cast<char>(out[static_cast<size_t>(c / 8)] | (0x80 >> (c % 8)));
     return out;
   }
 };
+
+// Colour bands of the dot-matrix streams by plane and selector: yellow,
+// magenta, cyan, black; one black band for a plain page.
+struct Band {
+  int plane;
+  char colour;
+};
+constexpr Band kColourBands[4] = {{2, 4}, {1, 1}, {0, 2}, {-1, 0}};
+constexpr Band kBlackBand[1] = {{0, 0}};
+std::span<const Band> bands_of(bool colour) {
+  return colour ? std::span<const Band>(kColourBands) : std::span<const Band>(kBlackBand);
+}
 
 void le16(std::string& out, int v) {
   out.push_back(static_cast<char>(v & 0xFF));
@@ -56,47 +69,25 @@ std::string number(int v, int digits) {
 
 void dump_pcl(const Reader& rd, const zg::PrinterModel& m, const zg::PrinterPage& pp, std::string& out) {
   const int planes = rd.page.nrapln;
-  if (pp.pageflags & 2) out += std::string{kEsc, 'E'};
-  out += std::string{kEsc} + "&a" + number(pp.left, 4) + "h" + number(pp.top, 4) + "V";
-  out += std::string{kEsc} + "*t" + number(pp.hdpi, 3) + "R";
-  out += std::string{kEsc} + "*r";
-  if (m.idevice > 11) {
-    out += number(rd.width(), 4) + "s";
-    if (planes > 1) out += (m.iprcol == 1 ? "" : "-") + std::to_string(planes) + "u";
-  }
-  out += "1A";
-  if (pp.compression) out += std::string{kEsc} + "*b" + std::to_string(pp.compression) + "M";
+  const auto codes = yydumpprintercodes(m, pp, rd.width(), planes);
+  out += codes.graini;
   for (int r = 0; r < rd.height(); ++r)
     for (int p = 0; p < planes; ++p) {
-      std::string bytes = rd.row(r, planes == 1 ? 0 : p);
-      if (planes > 1) {
-        // Colour planes print their own ink, black included.
-        bytes.assign(bytes.size(), '\0');
-        for (int c = 0; c < rd.width(); ++c)
-          if ((rd.ink(c, r) >> p) & 1) bytes[static_cast<size_t>(c / 8)] = static_cast<char>(bytes[static_cast<size_t>(c / 8)] | (0x80 >> (c % 8)));
-      }
+      // PCL colour planes print their own ink, black included.
+      std::string bytes = rd.row(r, p, false);
       if (pp.compression) bytes = yydumpcompresspcl(bytes, pp.compression);
       // Planes before the last of a row don't move down.
-      out += std::string{kEsc} + "*b" + std::to_string(bytes.size()) + (p + 1 < planes ? "V" : "W") + bytes;
+      out += codes.bitimg + std::to_string(bytes.size()) + (p + 1 < planes ? "V" : "W") + bytes;
     }
-  if (pp.copies > 1) out += std::string{kEsc} + "&l" + number(pp.copies, 2) + "X";
-  out += std::string{kEsc} + "*rB";
-  if (pp.pageflags & 1) out += std::string{kEsc, 'E'};
+  out += codes.graend;
 }
 
-void dump_escp2(const Reader& rd, const zg::PrinterPage& pp, std::string& out) {
+void dump_escp2(const Reader& rd, const zg::PrinterModel& m, const zg::PrinterPage& pp, std::string& out) {
   const int step = kUnitsPerInch / pp.hdpi;
-  out += std::string{kEsc, '@'};
-  out += std::string{kEsc, '(', 'G', 1, 0, 1};
-  out += std::string{kEsc, '(', 'U', 1, 0, static_cast<char>(step)};
-  out += std::string{kEsc, '(', 'V', 2, 0};
-  le16(out, pp.top);
-  // Bands: yellow, magenta, cyan, black; one black band for a plain page.
-  struct Band { int plane; char colour; };
-  static constexpr Band kColour[4] = {{2, 4}, {1, 1}, {0, 2}, {-1, 0}};
-  static constexpr Band kBlack[1] = {{0, 0}};
+  const auto codes = yydumpprintercodes(m, pp, rd.width(), rd.page.nrapln);
+  out += codes.graini;
   const bool colour = rd.page.nrapln > 1;
-  const std::span<const Band> bands = colour ? std::span<const Band>(kColour) : std::span<const Band>(kBlack);
+  const auto bands = bands_of(colour);
   const int width = rd.width();
   for (int r = 0; r < rd.height(); ++r) {
     for (const auto& b : bands) {
@@ -111,50 +102,29 @@ void dump_escp2(const Reader& rd, const zg::PrinterPage& pp, std::string& out) {
       out += shorter ? packed : bytes;
       out.push_back('\r');
     }
-    out += std::string{kEsc, '(', 'v', 2, 0, 1, 0};
+    out += codes.bitend;
   }
-  out.push_back('\f');
+  out += codes.graend;
 }
 
 void dump_escp(const Reader& rd, const zg::PrinterModel& m, const zg::PrinterPage& pp, std::string& out) {
   const int pins = m.nprpin, bytespc = pins / 8;
   const int interl = pp.vdpi > m.nprpin * 216 / m.lfdhgt ? 2 : 1;
-  out += std::string{kEsc, 'U', 1};
-  if (pp.top > 0) {
-    const int units = m.ipgraf == 5 ? static_cast<int>(pp.top * 2.5) : pp.top;
-    out += std::string{kEsc, 'J', static_cast<char>(std::min(units, 255))};
-  }
-  out += std::string{kEsc, '3', static_cast<char>(m.lfdhgt)};
+  const auto codes = yydumpprintercodes(m, pp, rd.width(), rd.page.nrapln);
+  out += codes.graini;
   const int left = std::min(pp.left, 39999 / std::max(bytespc, 1));
   const int columns = left + rd.width();
   auto head = [&](std::string& o) {
-    const int n = columns;
-    switch (m.ipgraf) {
-      case 4: {
-        const int mode = pp.hdpi == 60 ? 8 : pp.hdpi == 120 ? 9 : 11;
-        o += std::string{kEsc, '[', 'g'};
-        le16(o, n * bytespc + 1);
-        o.push_back(static_cast<char>(mode));
-        return;
-      }
-      case 5: {
-        const int mode = pp.hdpi == 90 ? 38 : pp.hdpi == 120 ? 33 : pp.hdpi == 180 ? 39 : 40;
-        o += std::string{kEsc, '*', static_cast<char>(mode)};
-        break;
-      }
-      default:
-        if (pp.hdpi == 60 || (pp.hdpi == 80 && m.ipgraf == 3)) o += std::string{kEsc, 'K'};
-        else if (pp.hdpi == 120) o += std::string{kEsc, 'L'};
-        else if (pp.hdpi == 240) o += std::string{kEsc, 'Z'};
-        else o += std::string{kEsc, '*', 6};
+    o += codes.bitimg;
+    if (m.ipgraf == 4) {
+      le16(o, columns * bytespc + 1);
+      o.push_back(static_cast<char>(pp.hdpi == 60 ? 8 : pp.hdpi == 120 ? 9 : 11));
+      return;
     }
-    le16(o, n);
+    le16(o, columns);
   };
-  struct Band { int plane; char colour; };
-  static constexpr Band kColour[4] = {{2, 4}, {1, 1}, {0, 2}, {-1, 0}};
-  static constexpr Band kBlack[1] = {{0, 0}};
   const bool colour = rd.page.nrapln > 1;
-  const std::span<const Band> bands = colour ? std::span<const Band>(kColour) : std::span<const Band>(kBlack);
+  const auto bands = bands_of(colour);
   const int band_rows = pins * interl;
   for (int base = 0; base < rd.height(); base += band_rows) {
     for (int pass = 0; pass < interl; ++pass) {
@@ -176,10 +146,62 @@ void dump_escp(const Reader& rd, const zg::PrinterModel& m, const zg::PrinterPag
     if (interl > 1) out += std::string{kEsc, 'J', static_cast<char>(m.lfdhgt - kPassesApart)};
     else out.push_back('\n');
   }
-  out.push_back('\f');
+  out += codes.graend;
 }
 
 }  // namespace
+
+bool yydoescopies(const zg::PrinterModel& model) { return model.ipgraf >= 7; }
+
+PrinterCodes yydumpprintercodes(const zg::PrinterModel& m, const zg::PrinterPage& pp, int width, int planes) {
+  PrinterCodes c;
+  if (m.ipgraf >= 7) {
+    if (pp.pageflags & 2) c.graini += std::string{kEsc, 'E'};
+    c.graini += std::string{kEsc} + "&a" + number(pp.left, 4) + "h" + number(pp.top, 4) + "V";
+    c.graini += std::string{kEsc} + "*t" + number(pp.hdpi, 3) + "R";
+    c.graini += std::string{kEsc} + "*r";
+    if (m.idevice > 11) {
+      c.graini += number(width, 4) + "s";
+      if (planes > 1) c.graini += (m.iprcol == 1 ? "" : "-") + std::to_string(planes) + "u";
+    }
+    c.graini += "1A";
+    if (pp.compression) c.graini += std::string{kEsc} + "*b" + std::to_string(pp.compression) + "M";
+    c.bitimg = std::string{kEsc} + "*b";
+    if (pp.copies > 1 && yydoescopies(m)) c.graend += std::string{kEsc} + "&l" + number(pp.copies, 2) + "X";
+    c.graend += std::string{kEsc} + "*rB";
+    if (pp.pageflags & 1) c.graend += std::string{kEsc, 'E'};
+  } else if (m.ipgraf == 6) {
+    c.graini += std::string{kEsc, '@'};
+    c.graini += std::string{kEsc, '(', 'G', 1, 0, 1};
+    c.graini += std::string{kEsc, '(', 'U', 1, 0, static_cast<char>(kUnitsPerInch / pp.hdpi)};
+    c.graini += std::string{kEsc, '(', 'V', 2, 0};
+    le16(c.graini, pp.top);
+    c.bitend = std::string{kEsc, '(', 'v', 2, 0, 1, 0};
+    c.graend = "\f";
+  } else {
+    c.graini += std::string{kEsc, 'U', 1};
+    if (pp.top > 0) {
+      const int units = m.ipgraf == 5 ? static_cast<int>(pp.top * 2.5) : pp.top;
+      c.graini += std::string{kEsc, 'J', static_cast<char>(std::min(units, 255))};
+    }
+    c.graini += std::string{kEsc, '3', static_cast<char>(m.lfdhgt)};
+    switch (m.ipgraf) {
+      case 4: c.bitimg = std::string{kEsc, '[', 'g'}; break;
+      case 5: {
+        const int mode = pp.hdpi == 90 ? 38 : pp.hdpi == 120 ? 33 : pp.hdpi == 180 ? 39 : 40;
+        c.bitimg = std::string{kEsc, '*', static_cast<char>(mode)};
+        break;
+      }
+      default:
+        if (pp.hdpi == 60 || (pp.hdpi == 80 && m.ipgraf == 3)) c.bitimg = std::string{kEsc, 'K'};
+        else if (pp.hdpi == 120) c.bitimg = std::string{kEsc, 'L'};
+        else if (pp.hdpi == 240) c.bitimg = std::string{kEsc, 'Z'};
+        else c.bitimg = std::string{kEsc, '*', 6};
+    }
+    c.graend = "\f";
+  }
+  return c;
+}
 
 std::string yydumpcompresspcl(std::string_view row, int method) {
   if (method == 2) return yydumpcompressescp2(row);
@@ -221,6 +243,6 @@ void yydump(const zg::RasterPage& page, const zg::PrinterModel& model, const zg:
             std::string& out) {
   const Reader rd{page, printer.orientation == 1};
   if (model.ipgraf >= 7) dump_pcl(rd, model, printer, out);
-  else if (model.ipgraf == 6) dump_escp2(rd, printer, out);
+  else if (model.ipgraf == 6) dump_escp2(rd, model, printer, out);
   else dump_escp(rd, model, printer, out);
 }

@@ -49,6 +49,15 @@ void xxrast(int op);
 void yydith(int mode, int colours, int red, int green, int blue, uint32_t& pr, uint32_t& pg, uint32_t& pb);
 // The pattern of `level` bits of 32 for a channel.
 uint32_t yydithlevel(int level, int channel);
+// The fixed parts of a printer stream: start of page, head of a bit image,
+// end of a row, end of page.
+struct PrinterCodes {
+  std::string graini, bitimg, bitend, graend;
+};
+PrinterCodes yydumpprintercodes(const zelvy_graph::PrinterModel& model, const zelvy_graph::PrinterPage& printer,
+                                int width, int planes);
+// The printer takes a copy count of its own.
+bool yydoescopies(const zelvy_graph::PrinterModel& model);
 // The printer stream of a page: start, rows, end, into `out`.
 void yydump(const zelvy_graph::RasterPage& page, const zelvy_graph::PrinterModel& model,
             const zelvy_graph::PrinterPage& printer, std::string& out);
