@@ -20,7 +20,8 @@ namespace zg = zelvy_graph;
 
 namespace {
 
-constexpr int kErrorOpen = 1, kErrorWrite = 2, kErrorJpeg = 1120;
+constexpr int kErrorOpen = 1, kErrorWrite = 2, kErrorFormat = 27, kErrorJpeg = 1120;
+constexpr size_t kMaxPixels = size_t{1} << 28;
 
 struct JpegError {
   jpeg_error_mgr mgr;
@@ -82,41 +83,63 @@ bool yyjpegfileinfo(std::span<const uint8_t> bytes, std::array<int, 13>& info) {
   return true;
 }
 
-zg::ImageResult yyjpegloaddata(std::span<const uint8_t> bytes, zg::Picture& picture) {
+namespace {
+
+// A picture being loaded, line by line.
+struct JpegLoad {
   jpeg_decompress_struct cinfo{};
   JpegError err;
-  install(err, *reinterpret_cast<jpeg_common_struct*>(&cinfo));
-  if (setjmp(err.jump)) {
-    jpeg_destroy_decompress(&cinfo);
+  JSAMPARRAY line = nullptr;
+  bool created = false;
+  JpegLoad() = default;
+  JpegLoad(const JpegLoad&) = delete;
+  JpegLoad& operator=(const JpegLoad&) = delete;
+  ~JpegLoad() {
+    if (created) jpeg_destroy_decompress(&cinfo);
+  }
+};
+
+}  // namespace
+
+// Reads the header and starts the decompression: output size and components
+// come back in the object.
+zg::ImageResult yyJpegLoadOpen(JpegLoad& j, std::span<const uint8_t> bytes) {
+  install(j.err, *reinterpret_cast<jpeg_common_struct*>(&j.cinfo));
+  if (setjmp(j.err.jump)) return {kErrorJpeg, j.err.code};
+  jpeg_create_decompress(&j.cinfo);
+  j.created = true;
+  jpeg_mem_src(&j.cinfo, bytes.data(), static_cast<unsigned long>(bytes.size()));
+  jpeg_read_header(&j.cinfo, TRUE);
+  j.cinfo.do_fancy_upsampling = FALSE;
+  j.cinfo.do_block_smoothing = FALSE;
+  // Ink separations aren't pictures of light: not loaded here.
+  if (j.cinfo.jpeg_color_space == JCS_CMYK || j.cinfo.jpeg_color_space == JCS_YCCK) return {kErrorFormat, 0};
+  jpeg_start_decompress(&j.cinfo);
+  const size_t w = j.cinfo.output_width, h = j.cinfo.output_height;
+  const int n = j.cinfo.output_components;
+  if (w == 0 || h == 0 || w * h > kMaxPixels || (n != 1 && n != 3)) return {kErrorWrite, 0};
+  j.line = (*j.cinfo.mem->alloc_sarray)(reinterpret_cast<j_common_ptr>(&j.cinfo), JPOOL_IMAGE,
+                                         static_cast<JDIMENSION>(w * static_cast<size_t>(n)), 1);
+  return {};
+}
+
+zg::ImageResult yyjpegloaddata(std::span<const uint8_t> bytes, zg::Picture& picture) {
+  JpegLoad j;
+  if (const auto r = yyJpegLoadOpen(j, bytes); r.error) return r;
+  if (setjmp(j.err.jump)) {
     picture = {};
-    return {kErrorJpeg, err.code};
+    return {kErrorJpeg, j.err.code};
   }
-  jpeg_create_decompress(&cinfo);
-  jpeg_mem_src(&cinfo, bytes.data(), static_cast<unsigned long>(bytes.size()));
-  jpeg_read_header(&cinfo, TRUE);
-  cinfo.do_fancy_upsampling = FALSE;
-  cinfo.do_block_smoothing = FALSE;
-  if (cinfo.jpeg_color_space == JCS_CMYK || cinfo.jpeg_color_space == JCS_YCCK) {
-    jpeg_destroy_decompress(&cinfo);
-    return {27, 0};
-  }
-  jpeg_start_decompress(&cinfo);
-  const size_t w = cinfo.output_width, h = cinfo.output_height;
-  const int n = cinfo.output_components;
-  if (w == 0 || h == 0 || w * h > (size_t{1} << 28) || (n != 1 && n != 3)) {
-    jpeg_destroy_decompress(&cinfo);
-    return {kErrorWrite, 0};
-  }
+  const size_t w = j.cinfo.output_width, h = j.cinfo.output_height;
+  const int n = j.cinfo.output_components;
   picture.width = static_cast<int>(w);
   picture.height = static_cast<int>(h);
   picture.pixels.assign(w * h, 0);
-  JSAMPARRAY line = (*cinfo.mem->alloc_sarray)(reinterpret_cast<j_common_ptr>(&cinfo), JPOOL_IMAGE,
-                                                static_cast<JDIMENSION>(w * static_cast<size_t>(n)), 1);
-  while (cinfo.output_scanline < cinfo.output_height) {
-    const size_t y = cinfo.output_scanline;
-    if (jpeg_read_scanlines(&cinfo, line, 1) != 1) break;
+  while (j.cinfo.output_scanline < j.cinfo.output_height) {
+    const size_t y = j.cinfo.output_scanline;
+    if (jpeg_read_scanlines(&j.cinfo, j.line, 1) != 1) break;
     int* out = picture.pixels.data() + y * w;
-    const JSAMPLE* p = line[0];
+    const JSAMPLE* p = j.line[0];
     if (n == 3)
       for (size_t x = 0; x < w; ++x, p += 3) out[x] = p[0] | p[1] << 8 | p[2] << 16;
     else
@@ -124,50 +147,86 @@ zg::ImageResult yyjpegloaddata(std::span<const uint8_t> bytes, zg::Picture& pict
   }
   // A stream that ran dry is padded by the library with a warning: that is a
   // truncated file all the same.
-  const bool damaged = err.mgr.num_warnings > 0;
-  jpeg_finish_decompress(&cinfo);
-  jpeg_destroy_decompress(&cinfo);
-  if (damaged) {
+  if (j.err.mgr.num_warnings > 0) {
     picture = {};
-    return {kErrorJpeg, err.code};
+    return {kErrorJpeg, j.err.code};
   }
+  jpeg_finish_decompress(&j.cinfo);
   return {};
 }
 
-// Rows of `rgb` integers, `reverse` taking the last first (a raster page keeps
-// its bottom row first).
-zg::ImageResult yyjpegsavedata(const std::string& file, int width, int height, int quality, int dpi,
-                               const std::function<void(int, JSAMPLE*)>& row) {
-  std::unique_ptr<std::FILE, zg::FileCloser> f(std::fopen(file.c_str(), "wb"));
-  if (!f) return {kErrorOpen, errno};
+namespace {
+
+// A picture being saved, line by line.
+struct JpegSave {
   jpeg_compress_struct cinfo{};
   JpegError err;
-  install(err, *reinterpret_cast<jpeg_common_struct*>(&cinfo));
-  if (setjmp(err.jump)) {
-    jpeg_destroy_compress(&cinfo);
-    return {kErrorJpeg, err.code};
+  std::unique_ptr<std::FILE, zg::FileCloser> file;
+  JSAMPARRAY line = nullptr;
+  bool created = false;
+  JpegSave() = default;
+  JpegSave(const JpegSave&) = delete;
+  JpegSave& operator=(const JpegSave&) = delete;
+  ~JpegSave() {
+    if (created) jpeg_destroy_compress(&cinfo);
   }
-  jpeg_create_compress(&cinfo);
-  jpeg_stdio_dest(&cinfo, f.get());
-  cinfo.image_width = static_cast<JDIMENSION>(width);
-  cinfo.image_height = static_cast<JDIMENSION>(height);
-  cinfo.input_components = 3;
-  cinfo.in_color_space = JCS_RGB;
-  jpeg_set_defaults(&cinfo);
-  cinfo.density_unit = 1;
-  cinfo.X_density = cinfo.Y_density = static_cast<UINT16>(dpi);
-  jpeg_set_quality(&cinfo, std::clamp(quality, 1, 100), TRUE);
-  jpeg_start_compress(&cinfo, TRUE);
-  JSAMPARRAY line = (*cinfo.mem->alloc_sarray)(reinterpret_cast<j_common_ptr>(&cinfo), JPOOL_IMAGE,
-                                                static_cast<JDIMENSION>(3 * width), 1);
-  while (cinfo.next_scanline < cinfo.image_height) {
-    row(static_cast<int>(cinfo.next_scanline), line[0]);
-    jpeg_write_scanlines(&cinfo, line, 1);
-  }
-  jpeg_finish_compress(&cinfo);
-  jpeg_destroy_compress(&cinfo);
-  if (std::fflush(f.get()) != 0 || std::ferror(f.get())) return {kErrorWrite, errno};
+};
+
+}  // namespace
+
+zg::ImageResult yyJpegSaveOpen(JpegSave& j, const std::string& file, int width, int height, int quality, int dpi) {
+  j.file.reset(std::fopen(file.c_str(), "wb"));
+  if (!j.file) return {kErrorOpen, errno};
+  install(j.err, *reinterpret_cast<jpeg_common_struct*>(&j.cinfo));
+  if (setjmp(j.err.jump)) return {kErrorJpeg, j.err.code};
+  jpeg_create_compress(&j.cinfo);
+  j.created = true;
+  jpeg_stdio_dest(&j.cinfo, j.file.get());
+  j.cinfo.image_width = static_cast<JDIMENSION>(width);
+  j.cinfo.image_height = static_cast<JDIMENSION>(height);
+  j.cinfo.input_components = 3;
+  j.cinfo.in_color_space = JCS_RGB;
+  jpeg_set_defaults(&j.cinfo);
+  j.cinfo.density_unit = 1;
+  j.cinfo.X_density = j.cinfo.Y_density = static_cast<UINT16>(dpi);
+  jpeg_set_quality(&j.cinfo, std::clamp(quality, 1, 100), TRUE);
+  jpeg_start_compress(&j.cinfo, TRUE);
+  j.line = (*j.cinfo.mem->alloc_sarray)(reinterpret_cast<j_common_ptr>(&j.cinfo), JPOOL_IMAGE,
+                                         static_cast<JDIMENSION>(3 * width), 1);
   return {};
+}
+
+// The line buffer the next line is put in before yyJpegSaveLine writes it.
+JSAMPLE* yyJpegSaveBuffer(JpegSave& j) { return j.line[0]; }
+
+zg::ImageResult yyJpegSaveLine(JpegSave& j) {
+  if (setjmp(j.err.jump)) return {kErrorJpeg, j.err.code};
+  jpeg_write_scanlines(&j.cinfo, j.line, 1);
+  return {};
+}
+
+zg::ImageResult yyJpegSaveClose(JpegSave& j) {
+  if (setjmp(j.err.jump)) return {kErrorJpeg, j.err.code};
+  jpeg_finish_compress(&j.cinfo);
+  jpeg_destroy_compress(&j.cinfo);
+  j.created = false;
+  const bool failed = std::fflush(j.file.get()) != 0 || std::ferror(j.file.get());
+  const int err = errno;
+  if (std::fclose(j.file.release()) != 0 && !failed) return {3, errno};
+  return failed ? zg::ImageResult{kErrorWrite, err} : zg::ImageResult{};
+}
+
+// Rows from `row`, which fills the line buffer with red, green, blue bytes
+// for a row of the picture, top first.
+zg::ImageResult yyjpegsavedata(const std::string& file, int width, int height, int quality, int dpi,
+                               const std::function<void(int, JSAMPLE*)>& row) {
+  JpegSave j;
+  if (const auto r = yyJpegSaveOpen(j, file, width, height, quality, dpi); r.error) return r;
+  for (int y = 0; y < height; ++y) {
+    row(y, yyJpegSaveBuffer(j));
+    if (const auto r = yyJpegSaveLine(j); r.error) return r;
+  }
+  return yyJpegSaveClose(j);
 }
 
 zg::ImageResult yyjpeg1(const zg::RasterPage& page, const std::string& file, int quality) {
