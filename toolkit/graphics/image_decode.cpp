@@ -309,7 +309,12 @@ int channels_of(int ctype) {
   }
 }
 
-bool depth_ok(int ctype, int depth) {
+}  // namespace
+
+// The kinds of PNG loaded here: every colour type at its allowed depths,
+// deflate, the standard filters, plain or interlaced.
+bool yypngchecksubtype(int ctype, int depth, int compression, int filter, int interlace) {
+  if (compression != 0 || filter != 0 || interlace > 1) return false;
   switch (ctype) {
     case 0: return depth == 1 || depth == 2 || depth == 4 || depth == 8 || depth == 16;
     case 3: return depth == 1 || depth == 2 || depth == 4 || depth == 8;
@@ -317,6 +322,8 @@ bool depth_ok(int ctype, int depth) {
     default: return false;
   }
 }
+
+namespace {
 
 // Sample s of a row of `depth`-bit samples.
 uint32_t sample(const uint8_t* row, size_t s, int depth) {
@@ -336,8 +343,7 @@ zg::ImageResult decode_png_bytes(Bytes in, bool alpha, zg::Picture& pic) {
     return fail();
   const int64_t w = in.be32(16), h = in.be32(20);
   const int depth = in.b[24], ctype = in.b[25], interlace = in.b[28];
-  if (in.b[26] != 0 || in.b[27] != 0 || interlace > 1) return fail(kErrorFormat);
-  if (!depth_ok(ctype, depth)) return fail(kErrorFormat);
+  if (!yypngchecksubtype(ctype, depth, in.b[26], in.b[27], interlace)) return fail(kErrorFormat);
   if (!size_ok(w, h)) return fail();
   std::array<int, 256> pal{};
   std::array<int, 256> palalpha;

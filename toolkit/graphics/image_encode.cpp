@@ -329,3 +329,20 @@ zg::ImageResult yypcx1(const zg::RasterPage& page, const std::string& file) {
   }
   return out.finish();
 }
+
+zg::ImageResult yybmp2(const std::string& file, int palette) {
+  std::unique_ptr<std::FILE, zg::FileCloser> f(std::fopen(file.c_str(), "r+b"));
+  if (!f) return {kErrorOpen, errno};
+  if (std::fseek(f.get(), 0, SEEK_END) != 0) return {kErrorWrite, errno};
+  const long size = std::ftell(f.get());
+  constexpr long kHeader = 54;
+  std::vector<uint8_t> word(4);
+  auto stamp = [&](long at, uint32_t v) {
+    put32(word, 0, v);
+    return std::fseek(f.get(), at, SEEK_SET) == 0 && std::fwrite(word.data(), 1, 4, f.get()) == 4;
+  };
+  if (!stamp(2, static_cast<uint32_t>(size)) || !stamp(34, static_cast<uint32_t>(size - kHeader - 4 * palette)) ||
+      std::fflush(f.get()) != 0)
+    return {kErrorWrite, errno};
+  return {};
+}

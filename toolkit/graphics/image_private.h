@@ -40,6 +40,10 @@ zelvy_graph::ImageResult yygrloadimagedata(std::span<const uint8_t> bytes, int t
 // IGrFileInfo on bytes already read.
 void yygrfileinfo(std::span<const uint8_t> bytes, std::array<int, 13>& info, int items);
 
+// The PNG kinds the loader takes (colour type, depth, methods, interlace).
+bool yypngchecksubtype(int ctype, int depth, int compression, int filter, int interlace);
+// Restamps a BMP's file and image sizes from its length on the disk.
+zelvy_graph::ImageResult yybmp2(const std::string& file, int palette);
 // CRC-32 over a PNG chunk's type and data, continuing from `crc` (start 0).
 uint32_t yyPNGcrc(uint32_t crc, std::span<const uint8_t> bytes);
 // Undoes the PNG row filters in place: rows of `rowbytes` + 1 bytes, the

@@ -3,6 +3,7 @@
 // printer driver, which writes a printer's bit-image stream.
 #include "toolkit/graphics/graphics.h"
 #include "toolkit/graphics/graphics_private.h"
+#include "toolkit/graphics/image_files.h"
 #include "toolkit/graphics/image_private.h"
 #include "toolkit/graphics/raster_private.h"
 
@@ -52,6 +53,85 @@ Pen& pen() {
 
 int to_page_x(float x) { return yytrunc(x * state().xscale); }
 int to_page_y(float y) { return yytrunc(y * state().yscale); }
+
+// One pixel in value v, inside the clip box only.
+void yyvra1(uint32_t v, int x, int y) {
+  const auto& p = pen();
+  if (x < p.xmin || x > p.xmax || y < p.ymin || y > p.ymax) return;
+  zg::yyrasterpage().set(x, y, v);
+}
+
+// Ink patterns of the 16 x 16 x 16 colours by the high four bits of red,
+// green and blue, for pictures drawn on the bit-plane pages: made once, at the
+// first picture, so that no pixel needs a division.
+std::vector<std::array<uint32_t, 3>>& dither_tables() {
+  static std::vector<std::array<uint32_t, 3>> tables;
+  return tables;
+}
+
+void yydith2() {
+  auto& t = dither_tables();
+  if (!t.empty()) return;
+  constexpr int kSteps = 16;
+  const int colours = zg::yyrasterpage().nbitpx == 1 ? 2 : 8;
+  t.resize(kSteps * kSteps * kSteps);
+  for (int r = 0; r < kSteps; ++r)
+    for (int g = 0; g < kSteps; ++g)
+      for (int b = 0; b < kSteps; ++b) {
+        auto& e = t[static_cast<size_t>((r * kSteps + g) * kSteps + b)];
+        // The middle of each step.
+        yydith(1, colours, r * 17, g * 17, b * 17, e[0], e[1], e[2]);
+      }
+}
+
+void yydithfree() { dither_tables() = {}; }
+
+// A picture's pixel in the page's form.
+void yyvra5(int x, int y, int rgb) {
+  const auto& page = zg::yyrasterpage();
+  switch (page.nbitpx) {
+    case 1:
+    case 3: {
+      const auto& e = dither_tables()[static_cast<size_t>(((rgb >> 4) & 0xF) << 8 | ((rgb >> 12) & 0xF) << 4 | ((rgb >> 20) & 0xF))];
+      const int place = (y % 4) * 8 + x % 8;
+      uint32_t v = 0;
+      for (int k = 0; k < page.nrapln; ++k) v |= ((e[static_cast<size_t>(k)] >> place) & 1u) << k;
+      yyvra1(v, x, y);
+      return;
+    }
+    case 4:
+    case 8: {
+      const int index = yyrgbto8(rgb);
+      yyvra1(page.nbitpx == 8 ? static_cast<uint32_t>(index) : static_cast<uint32_t>(kIexint16[static_cast<size_t>(index / 16)]), x, y);
+      return;
+    }
+    default:
+      yyvra1(static_cast<uint32_t>(rgb & 0xFFFFFF) | (page.brtrans ? 0xFF000000u : 0u), x, y);
+  }
+}
+
+// The picture file named by copsys, stretched over the clip box, its top row
+// at the top.
+void draw_picture() {
+  auto& s = state();
+  auto& p = pen();
+  std::vector<int> data;
+  int info[3] = {};
+  IGrLoadImageData(s.copsys, data, 0, info);
+  const int w = info[1], h = info[2];
+  if (data.empty() || w <= 0 || h <= 0) return;
+  const auto& page = zg::yyrasterpage();
+  if (page.nbitpx == 1 || page.nbitpx == 3) yydith2();
+  const int bw = p.xmax - p.xmin + 1, bh = p.ymax - p.ymin + 1;
+  if (bw <= 0 || bh <= 0) return;
+  p.drawn = s.bdopause = true;
+  for (int j = 0; j < bh; ++j) {
+    const int sy = static_cast<int>(static_cast<int64_t>(j) * h / bh);
+    const int* row = data.data() + static_cast<size_t>(sy) * static_cast<size_t>(w);
+    const int y = p.ymax - j;
+    for (int i = 0; i < bw; ++i) yyvra5(p.xmin + i, y, row[static_cast<int64_t>(i) * w / bw]);
+  }
+}
 
 // A span of one row in value v, cut to the clip box.
 void yyvra4(uint32_t v, int x1, int y, int x2) {
@@ -157,7 +237,7 @@ void set_colour() {
   const int colours = zg::yyrasterpage().nbitpx == 1 ? 2 : 8;
   yydith(1, colours, rgb & 0xFF, (rgb >> 8) & 0xFF, (rgb >> 16) & 0xFF, p.dith[0], p.dith[1], p.dith[2]);
   // Outline text is drawn solid.
-  if (s.inoutstr != 0) p.dith = {p.value ? ~0u : 0u, p.value & 2 ? ~0u : 0u, p.value & 4 ? ~0u : 0u};
+  if (s.inoutstr != 0) p.dith = {p.value & 1 ? ~0u : 0u, p.value & 2 ? ~0u : 0u, p.value & 4 ? ~0u : 0u};
 }
 
 void set_width() {
@@ -452,8 +532,12 @@ void yyvras(int op) {
     case zg::OpLineWidth:
       set_width();
       return;
+    case zg::OpImage:
+      draw_picture();
+      return;
     case zg::OpClose:
       zg::yyrasterpage().irbuff = {};
+      yydithfree();
       return;
     default:
       return;
@@ -516,9 +600,16 @@ void xximag(int op) {
         yyvras(zg::OpClear);
       }
       return;
-    case zg::OpClose:
+    case zg::OpClose: {
+      // A run-length BMP learns its real sizes at the end.
+      const auto& page = zg::yyrasterpage();
+      if (s.ihcopt[kOptFormat] == kFormatBmpRle && p.pageno > 0 && (page.nbitpx == 4 || page.nbitpx == 8)) {
+        const auto r = yybmp2(page_file(p.firstfile, p.pageno), 1 << page.nbitpx);
+        if (r.error) yyerror(r.error, s.cerrsub);
+      }
       yyvras(zg::OpClose);
       return;
+    }
     default:
       yyvras(op);
   }

@@ -3,6 +3,7 @@
 #include "graphics_fixture.h"
 
 #include "toolkit/graphics/image_files.h"
+#include "toolkit/graphics/image_private.h"
 #include "toolkit/graphics/raster_private.h"
 
 #include <bit>
@@ -322,4 +323,56 @@ TEST_F(RasterDriver, PrinterWritesItsStream) {
   IGrFileInfo(path_, info, 5);
   EXPECT_EQ(info[0], zelv_graphics::kFilePcl);
   EXPECT_EQ(info[4], 150);  // the second resolution by default
+}
+
+TEST_F(RasterDriver, PicturesFillTheClipBox) {
+  zg::RasterPage source;
+  source.allocate(20, 15, 24);
+  for (int y = 0; y < 15; ++y)
+    for (int x = 0; x < 20; ++x) source.set(x, y, static_cast<uint32_t>(x * 12 | (y * 16) << 8 | 0x500000));
+  const auto picture_file = (std::filesystem::temp_directory_path() / "zelv_raster_source.png").string();
+  ASSERT_EQ(yypng1(source, picture_file).error, 0);
+  options_ = {{23, 24}, {26, 3}};
+  open(6, false, 40, 30);
+  const std::string output = gs().copsys;
+  gs().copsys = picture_file;
+  yyvras(zg::OpImage);
+  gs().copsys = output;
+  close();
+  std::vector<int> data;
+  IGrLoadImageData(path_, data);
+  ASSERT_EQ(data.size(), 40u * 30u);
+  // Twice the size: each source pixel twice each way, rows from the top.
+  for (int y = 0; y < 30; ++y)
+    for (int x = 0; x < 40; ++x)
+      ASSERT_EQ(data[static_cast<size_t>(y * 40 + x)], source.rgb(x / 2, 14 - y / 2)) << x << "," << y;
+  std::filesystem::remove(picture_file);
+}
+
+TEST_F(RasterDriver, PagesTakeTheirOwnFilesAndColours) {
+  // A 4-bit page keeps palette row 16 as the value 9.
+  options_ = {{23, 4}, {26, 2}};
+  open(6, false, 16, 8);
+  IGrColourModel(1);
+  IGrColourN(16);
+  IGrFillPattern(zelv_graphics::kFillSolid);
+  IGrRectangle(0.1f, 0.1f, 0.9f, 0.9f);
+  EXPECT_EQ(zg::yyrasterpage().get(8, 4), 9u);
+  IGrEndPage();
+  IGrRectangle(0.2f, 0.2f, 0.5f, 0.5f);
+  close();
+  const std::string second = path_ + "2";
+  ASSERT_TRUE(std::filesystem::exists(second));
+  std::vector<int> data;
+  IGrLoadImageData(second, data);
+  ASSERT_EQ(data.size(), 16u * 8u);
+  EXPECT_EQ(data[4 * 16 + 5], gs().irgb256[16]);
+  // The run-length file knows its size.
+  int info[2];
+  IGrFileInfo(second, info, 2);
+  EXPECT_EQ(info[0], zelv_graphics::kFileBmp);
+  std::ifstream in(second, std::ios::binary);
+  std::vector<unsigned char> b((std::istreambuf_iterator<char>(in)), {});
+  EXPECT_EQ(static_cast<size_t>(b[2] | b[3] << 8 | b[4] << 16), b.size());
+  std::filesystem::remove(second);
 }
