@@ -44,6 +44,23 @@ void yygrfileinfo(std::span<const uint8_t> bytes, std::array<int, 13>& info, int
 bool yypngchecksubtype(int ctype, int depth, int compression, int filter, int interlace);
 // Restamps a BMP's file and image sizes from its length on the disk.
 zelvy_graph::ImageResult yybmp2(const std::string& file, int palette);
+// The screen target and pictures, in the target's pixels with Y downward.
+// An area saved as a file of type 1 BMP, 2 PCX, 15 PNG, 19 JPEG (0, the
+// clipboard, answers 1094); error 1 with errno when the file can't be made,
+// 2 when a write fails.
+void yysaveimage(int type, int x1, int y1, int x2, int y2, int quality, int dpi, int& error, int& status,
+                 const std::string& file);
+// The area can't be read straight from the window.
+bool yyImageUsePixmap(int x1, int y1, int x2, int y2);
+// Colours (first row first) into the area, turned by 0, 90, 180 or 270
+// degrees; stretched over it with `scale`, by the first pixel of each source
+// range (mode 1 to 3) or their mean (0, 4).
+void yyloadimage(int type, int width, int height, int x1, int y1, int x2, int y2, bool scale, int mode, int rotation,
+                 const std::vector<int>& data, int& error);
+// A picture file into the area; a load failure goes back to the caller
+// alone, the error state stands as it was.
+void yyloadimagetodrawable(const std::string& file, int rotation, int x1, int y1, int x2, int y2, int& width,
+                           int& height, bool scale, int mode, int& error, int& status);
 // CRC-32 over a PNG chunk's type and data, continuing from `crc` (start 0).
 uint32_t yyPNGcrc(uint32_t crc, std::span<const uint8_t> bytes);
 // Undoes the PNG row filters in place: rows of `rowbytes` + 1 bytes, the
