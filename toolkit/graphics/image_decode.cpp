@@ -337,6 +337,18 @@ uint32_t sample(const uint8_t* row, size_t s, int depth) {
   }
 }
 
+// Undoes the filters of each pass in turn: (row bytes, rows) a pass.
+bool yypngfilter(std::span<uint8_t> data, const std::vector<std::pair<size_t, size_t>>& passes, size_t distance) {
+  size_t at = 0;
+  for (const auto& [rowbytes, rows] : passes) {
+    if (rows == 0) continue;
+    const size_t n = rows * (rowbytes + 1);
+    if (at + n > data.size() || !yyPNGfilter(data.subspan(at, n), rowbytes, rows, distance)) return false;
+    at += n;
+  }
+  return true;
+}
+
 zg::ImageResult decode_png_bytes(Bytes in, bool alpha, zg::Picture& pic) {
   if (!in.ok(0, 33) || std::memcmp(in.b.data(), "\x89PNG\r\n\x1a\n", 8) != 0 ||
       std::memcmp(in.b.data() + 12, "IHDR", 4) != 0)
@@ -405,6 +417,13 @@ zg::ImageResult decode_png_bytes(Bytes in, bool alpha, zg::Picture& pic) {
   const size_t got = data.size() - z.avail_out;
   inflateEnd(&z);
   if ((rc != Z_STREAM_END && rc != Z_BUF_ERROR && rc != Z_OK) || got != raw) return fail();
+  std::vector<std::pair<size_t, size_t>> shapes;
+  for (const auto& p : passes) {
+    size_t pw, ph;
+    pass_size(p, pw, ph);
+    shapes.emplace_back(pw ? (pw * bitspx + 7) / 8 : 0, pw ? ph : 0);
+  }
+  if (!yypngfilter(data, shapes, distance)) return fail();
   pic.width = static_cast<int>(w);
   pic.height = static_cast<int>(h);
   pic.pixels.assign(static_cast<size_t>(w * h), 0);
@@ -417,7 +436,6 @@ zg::ImageResult decode_png_bytes(Bytes in, bool alpha, zg::Picture& pic) {
     if (!pw || !ph) continue;
     const size_t rowbytes = (pw * bitspx + 7) / 8;
     auto part = std::span<uint8_t>(data).subspan(at, ph * (rowbytes + 1));
-    if (!yyPNGfilter(part, rowbytes, ph, distance)) return fail();
     for (size_t ry = 0; ry < ph; ++ry) {
       const uint8_t* row = part.data() + ry * (rowbytes + 1) + 1;
       const size_t y = static_cast<size_t>(p.y0) + ry * static_cast<size_t>(p.dy);

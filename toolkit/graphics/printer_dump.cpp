@@ -5,6 +5,7 @@
 #include "toolkit/graphics/raster_private.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <span>
 #include <string>
@@ -17,29 +18,88 @@ constexpr char kEsc = '\x1b';
 constexpr int kUnitsPerInch = 3600;
 constexpr int kPassesApart = 1;
 
-// Reads ink bits as the paper sees them. Plane -1 is black: a pixel inked in
-// all three colour planes prints there and on no colour plane.
+uint32_t ink_at(const zg::RasterPage& page, int c, int r, bool turned) {
+  return turned ? page.get(r, c) : page.get(c, page.nrypix - 1 - r);
+}
+
+}  // namespace
+
+// Page readers: a dot of paper column c, row r, by the page's storage and
+// orientation. One plane, turned and portrait.
+bool yyras1(const zg::RasterPage& page, int c, int r, int) { return ink_at(page, c, r, true) & 1; }
+bool yyras5(const zg::RasterPage& page, int c, int r, int) { return ink_at(page, c, r, false) & 1; }
+// A plane with all its ink, turned and portrait.
+bool yyras2(const zg::RasterPage& page, int c, int r, int plane) { return (ink_at(page, c, r, true) >> plane) & 1; }
+bool yyras7(const zg::RasterPage& page, int c, int r, int plane) { return (ink_at(page, c, r, false) >> plane) & 1; }
+// Three planes with black taken out: a dot inked in all three prints on the
+// black band (plane -1) and on no colour band. Portrait and turned.
+bool yyras8(const zg::RasterPage& page, int c, int r, int plane) {
+  const uint32_t v = ink_at(page, c, r, false);
+  return plane < 0 ? v == 7 : v != 7 && ((v >> plane) & 1);
+}
+bool yyras9(const zg::RasterPage& page, int c, int r, int plane) {
+  const uint32_t v = ink_at(page, c, r, true);
+  return plane < 0 ? v == 7 : v != 7 && ((v >> plane) & 1);
+}
+// The black-extracting reader of an orientation.
+RasterReader yyras3(bool turned) { return turned ? yyras9 : yyras8; }
+
+namespace {
+constexpr auto kReversed = [] {
+  std::array<uint8_t, 256> t{};
+  for (int i = 0; i < 256; ++i)
+    for (int b = 0; b < 8; ++b)
+      if (i & (1 << b)) t[static_cast<size_t>(i)] = static_cast<uint8_t>(t[static_cast<size_t>(i)] | (0x80 >> b));
+  return t;
+}();
+}  // namespace
+
+// A whole paper row of a one-plane page, first dot high: portrait rows are
+// the page's words turned byte by byte; turned rows take one bit of each
+// page row, the word read once for each.
+void yyras6(const zg::RasterPage& page, int r, std::string& out) {
+  const int w = page.nrxpix;
+  out.assign(static_cast<size_t>((w + 7) / 8), '\0');
+  const uint32_t* words = page.irbuff.data() + static_cast<size_t>(page.nrypix - 1 - r) * static_cast<size_t>(page.lenrrow);
+  for (size_t k = 0; k < out.size(); ++k) out[k] = static_cast<char>(kReversed[(words[k / 4] >> (8 * (k % 4))) & 0xFF]);
+  if (w % 8) out.back() = static_cast<char>(out.back() & (0xFF00 >> (w % 8)));
+}
+void yyras4(const zg::RasterPage& page, int r, std::string& out) {
+  const int w = page.nrypix;
+  out.assign(static_cast<size_t>((w + 7) / 8), '\0');
+  const size_t word = static_cast<size_t>(r >> 5);
+  const uint32_t bit = 1u << (r & 31);
+  for (int c = 0; c < w; ++c)
+    if (page.irbuff[static_cast<size_t>(c) * static_cast<size_t>(page.lenrrow) + word] & bit)
+      out[static_cast<size_t>(c / 8)] = static_cast<char>(out[static_cast<size_t>(c / 8)] | (0x80 >> (c % 8)));
+}
+
+namespace {
+
+// The page as the paper sees it, through the readers that fit its storage.
 struct Reader {
   const zg::RasterPage& page;
   bool turned;
+  RasterReader dotof = page.nrapln == 1 ? (turned ? yyras1 : yyras5) : yyras3(turned);
+  RasterReader inkof = turned ? yyras2 : yyras7;
   int width() const { return turned ? page.nrypix : page.nrxpix; }
   int height() const { return turned ? page.nrxpix : page.nrypix; }
-  uint32_t ink(int c, int r) const {
-    if (c < 0 || r < 0 || c >= width() || r >= height()) return 0;
-    return turned ? page.get(r, c) : page.get(c, page.nrypix - 1 - r);
-  }
   bool dot(int c, int r, int plane) const {
-    const uint32_t v = ink(c, r);
-    if (page.nrapln == 1) return v & 1;
-    if (plane < 0) return v == 7;
-    return v != 7 && ((v >> plane) & 1);
+    if (c < 0 || r < 0 || c >= width() || r >= height()) return false;
+    return dotof(page, c, r, plane);
   }
   // One paper row of a plane packed to bytes, first dot high; without
   // `black` a plane holds all its ink.
   std::string row(int r, int plane, bool black = true) const {
-    std::string out(static_cast<size_t>((width() + 7) / 8), '\0');
+    std::string out;
+    if (page.nrapln == 1) {
+      (turned ? yyras4 : yyras6)(page, r, out);
+      return out;
+    }
+    out.assign(static_cast<size_t>((width() + 7) / 8), '\0');
+    const RasterReader read = black ? dotof : inkof;
     for (int c = 0; c < width(); ++c)
-      if (black ? dot(c, r, plane) : ((ink(c, r) >> plane) & 1)) out[static_cast<size_t>(c / 8)] = static_cast<char>(out[static_cast<size_t>(c / 8)] | (0x80 >> (c % 8)));
+      if (read(page, c, r, plane)) out[static_cast<size_t>(c / 8)] = static_cast<char>(out[static_cast<size_t>(c / 8)] | (0x80 >> (c % 8)));
     return out;
   }
 };

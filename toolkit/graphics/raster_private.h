@@ -61,6 +61,18 @@ bool yydoescopies(const zelvy_graph::PrinterModel& model);
 // The printer stream of a page: start, rows, end, into `out`.
 void yydump(const zelvy_graph::RasterPage& page, const zelvy_graph::PrinterModel& model,
             const zelvy_graph::PrinterPage& printer, std::string& out);
+// Page readers of printer dumps: a dot of paper column c, row r (plane -1
+// black), and whole rows of one-plane pages. See printer_dump.cpp.
+using RasterReader = bool (*)(const zelvy_graph::RasterPage&, int, int, int);
+bool yyras1(const zelvy_graph::RasterPage& page, int c, int r, int plane);
+bool yyras2(const zelvy_graph::RasterPage& page, int c, int r, int plane);
+RasterReader yyras3(bool turned);
+void yyras4(const zelvy_graph::RasterPage& page, int r, std::string& out);
+bool yyras5(const zelvy_graph::RasterPage& page, int c, int r, int plane);
+void yyras6(const zelvy_graph::RasterPage& page, int r, std::string& out);
+bool yyras7(const zelvy_graph::RasterPage& page, int c, int r, int plane);
+bool yyras8(const zelvy_graph::RasterPage& page, int c, int r, int plane);
+bool yyras9(const zelvy_graph::RasterPage& page, int c, int r, int plane);
 // Row compressions: 1 repeat and byte pairs, 2 the PackBits rule.
 std::string yydumpcompresspcl(std::string_view row, int method);
 std::string yydumpcompressescp2(std::string_view row);
