@@ -655,6 +655,8 @@ void IPrinter(int model) {
   m.navpln = code[1] - '0';
   m.iprcol = code[2] == 'R' ? 1 : code[2] == 'C' ? 2 : 0;
   m.icmeth = code[3] - '0';
+  // A trailing 2: the model waits for its second type from IPrinter2.
+  m.itype2 = std::string_view(code).size() > 4 && code[4] == '2' ? 0 : 1;
   const auto& c = kClasses[static_cast<size_t>(m.ipgraf - 1)];
   m.ipresn = c.res;
   m.nresn = static_cast<int>(std::count_if(c.res.begin(), c.res.end(), [](int r) { return r > 0; }));
@@ -662,6 +664,8 @@ void IPrinter(int model) {
   m.lfdhgt = c.feed;
   if (c.fold) m.ipgraf = c.fold;
 }
+
+void IPrinter2(int type) { zg::yyprintermodel().itype2 = std::max(type, 1); }
 
 namespace {
 

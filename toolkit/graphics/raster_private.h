@@ -22,6 +22,7 @@ struct PrinterModel {
   int lfdhgt = 0;   // line feed of one head pass in 1/216 inch
   std::array<int, 4> ipresn{};
   int nresn = 0;
+  int itype2 = 1;   // second printer type, the plotter language model; 0 until IPrinter2 for models that need it
 };
 
 // The printer state of a page being dumped: resolution, orientation, offsets.
@@ -41,6 +42,9 @@ PrinterModel& yyprintermodel();
 
 // Chooses printer model n (2..38 without 27; anything else takes 28).
 void IPrinter(int model);
+// The second printer type of a model that also speaks the plotter language:
+// its model number in that language (below 1 takes the first).
+void IPrinter2(int type);
 void yyvras(int op);
 void xximag(int op);
 void xxrast(int op);

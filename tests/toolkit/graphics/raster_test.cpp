@@ -254,7 +254,11 @@ TEST(RasterPrinter, ModelTable) {
   IPrinter(29);  // class 11 prints as PCL class 7 at 600 dpi
   EXPECT_EQ(zg::yyprintermodel().ipgraf, 7);
   EXPECT_EQ(zg::yyprintermodel().ipresn[0], 600);
+  EXPECT_EQ(zg::yyprintermodel().itype2, 0);  // waits for its second type
+  IPrinter2(3);
+  EXPECT_EQ(zg::yyprintermodel().itype2, 3);
   IPrinter(13);
+  EXPECT_EQ(zg::yyprintermodel().itype2, 1);
   EXPECT_EQ(zg::yyprintermodel().iprcol, 1);
   EXPECT_EQ(zg::yyprintermodel().navpln, 3);
 }
