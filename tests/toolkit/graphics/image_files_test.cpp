@@ -25,11 +25,21 @@ namespace {
 
 const std::string kSamples = std::string(ZELV_SOURCE_DIR) + "/tests/toolkit/graphics/image_samples.py";
 
+fs::path scratch_root() { return fs::temp_directory_path() / ("zelv_images_" + std::to_string(getpid())); }
+
 fs::path scratch(const std::string& name) {
-  const fs::path d = fs::temp_directory_path() / ("zelv_images_" + std::to_string(getpid())) / name;
+  const fs::path d = scratch_root() / name;
   fs::create_directories(d);
   return d;
 }
+
+// The samples go when the tests are done.
+struct Scratch {
+  ~Scratch() {
+    std::error_code ec;
+    fs::remove_all(scratch_root(), ec);
+  }
+} scratch_cleanup;
 
 std::vector<uint8_t> bytes_of(const fs::path& p) {
   std::ifstream in(p, std::ios::binary);
