@@ -44,7 +44,7 @@ constexpr DriverEntry kDrivers[] = {
     {zelv_graphics::kDriverHpgl, xxhpgl, "zelvplot.plt"},
     {zelv_graphics::kDriverPostScript, xxpost, "zelvplot.ps"},
     {zelv_graphics::kDriverSvg, xxsvg, "zelvplot.svg"},
-    {4, nullptr, "zelvplot.prn"},
+    {4, xxrast, "zelvplot.prn"},
     {zelv_graphics::kDriverImage, xximag, "zelvplot.png"},
     {zelv_graphics::kDriverDxf, xxdxf, "zelvplot.dxf"},
     {zelv_graphics::kDriverCgm, xxcgm, "zelvplot.cgm"},

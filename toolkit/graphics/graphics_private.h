@@ -167,6 +167,7 @@ void xxhpgl(int op);
 void xxhpgl2(int op);
 void xxcgm(int op);
 void xxdxf(int op);
+void xxrast(int op);
 void xximag(int op);
 // DXF writers: group code and text, real, integer, a point's two groups, an
 // entity head.

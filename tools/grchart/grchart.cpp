@@ -299,6 +299,22 @@ void to_file(int driver, std::string_view file, bool encapsulated) {
   IGrHardcopy("S");
 }
 
+// The chart drawn in memory by the raster device and written as a picture,
+// a pixel a point like the EPS page.
+void to_picture(std::string_view file) {
+  constexpr int kDriverImage = 6, kOptBits = 23, kOptFormat = 26, kOptDpi = 32, kPng = 3;
+  IGrInit("H");
+  IGrHardcopySelect(1, kDriverImage);
+  IGrHardcopyOptions(kOptPageWidth, kChartWidth);
+  IGrHardcopyOptions(kOptPageHeight, kChartHeight);
+  IGrHardcopyOptions(kOptBits, 24);
+  IGrHardcopyOptions(kOptFormat, kPng);
+  IGrHardcopyOptions(kOptDpi, 72);
+  IGrHardcopy(file);
+  chart();
+  IGrHardcopy("S");
+}
+
 // The chart kept in a memory metafile, then replayed onto an SVG file.
 void replayed(std::string_view file) {
   constexpr int kMetafile = 1;
@@ -329,8 +345,8 @@ int main(int argc, char** argv) {
     else if (opt == "--hpgl2") to_file(kDriverHpgl2, val, false);
     else if (opt == "--cgm") to_file(kDriverCgm, val, false);
     else if (opt == "--dxf") to_file(kDriverDxf, val, false);
-    else if (opt == "--png") to_file(kDriverImage, val, true);
     else if (opt == "--replay-svg") replayed(val);
+    else if (opt == "--png") to_picture(val);
     else if (opt == "--screen") seconds = std::atoi(argv[i + 1]);
     else {
       std::fprintf(stderr, "usage: grchart [--device-text-angles 0] [--ps|--eps|--svg|--hpgl|--hpgl2|--cgm|--dxf|--png|--replay-svg FILE]... [--screen SECONDS]\n");
