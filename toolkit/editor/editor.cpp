@@ -346,9 +346,7 @@ void yyEditTextCB(Widget w, XtPointer client, XtPointer call) {
     }
     case XmCR_VALUE_CHANGED:
       if (w != r->Text || r->Replacing) break;
-      r->Dirty = r->Changed = 1;
-      yyEditTitle(*r);
-      if (r->Mode != 1) yyMsgSend(EditorChanged, -1, -1, -1, -1, -1, -1, r->Window_, 0);
+      yyEditChanged(*r);
       break;
     case XmCR_FOCUS:
       XtVaSetValues(w, XmNcursorPositionVisible, True, nullptr);
@@ -443,6 +441,11 @@ void yyEditProcessMessage(int& type, MessageRecord& m) {
       break;
     }
     case edit_id::kFind: case edit_id::kFindNext: case edit_id::kFindPrevious: case edit_id::kReplace:
+      yyEditSearchFindReplace(m.Value1, *r);
+      type = 0;
+      break;
+    case edit_id::kGotoLine:
+      yyeditgotoline(r->Window_);
       type = 0;
       break;
     default: break;
@@ -455,6 +458,7 @@ void yyEditShutdown(int h) {
   EditRecord* r = yyEditRecordOf(h);
   if (!r) return;
   if (r->Mode == 3) yyMsgSemiModelessStack(-1, 1, h);
+  yyEditSearchShutdown(*r);
   yyEditFinishLoad(*r, false);
   if (r->Text) {
     XtRemoveAllCallbacks(r->Text, XmNmodifyVerifyCallback);
@@ -612,6 +616,16 @@ EditRecord* yyEditRecordOf(int h) {
   if (h < 0 || h >= zelvy_win::kSlots) return nullptr;
   return es.records[static_cast<std::size_t>(h)].get();
 }
+
+void yyEditChanged(EditRecord& r) {
+  r.Dirty = r.Changed = 1;
+  yyEditTitle(r);
+  if (r.Mode != 1) yyMsgSend(EditorChanged, -1, -1, -1, -1, -1, -1, r.Window_, 0);
+}
+
+void yyEditGreyItems(EditRecord& r) { grey_items(r); }
+
+int yyEditWidth(EditRecord& r, std::string_view ch) { return char_width(r, ch); }
 
 EditRecord* yyEditCurrent(const char* routine) {
   EditRecord* r = yyEditRecordOf(zelvy_win::state().iWinCur);
