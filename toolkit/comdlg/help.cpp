@@ -20,8 +20,8 @@
 namespace {
 
 constexpr int kNoFile = 1, kViewerFailed = 1030, kNoViewer = 1031;
-// How long a viewer is watched for an early end: looks 100 ms apart.
-constexpr int kLooks = 51, kLookInterval = 100;
+// How long a viewer is watched for an early end: looks 100 ms apart, at most 5 s.
+constexpr int kLooks = 51, kSettleLooks = 5, kLookInterval = 100;
 constexpr int kHtmlViewer = 0, kPdfViewer = 1;
 
 std::string lower(std::string_view s) {
@@ -104,13 +104,15 @@ int yyhelpfileany(std::string_view program, std::string_view argument) {
   CommandStatus status;
   if (yyoscommand("exec " + std::string(program) + " " + quoted(argument), 0, -1, status) != 0) return kViewerFailed;
   if (Display* dpy = xdisplay()) XSync(dpy, False);
+  // A viewer that isn't there, or can't show the document, ends within a
+  // moment; one still running after kSettleLooks looks counts as up.
   const pid_t pid = status.process_id;
   for (int look = 0; look < kLooks; ++look) {
     int wait_status = 0;
     const pid_t got = ::waitpid(pid, &wait_status, WNOHANG);
-    if (got == 0) return 0;  // still running: the viewer is up
     if (got == pid || (got < 0 && errno != EINTR)) return kViewerFailed;  // it ended already
-    if (look + 1 < kLooks) sleep_ms(kLookInterval);
+    if (got == 0 && look >= kSettleLooks) return 0;
+    sleep_ms(kLookInterval);
   }
   return kViewerFailed;
 }
