@@ -28,6 +28,7 @@ using File = std::unique_ptr<std::FILE, FileCloser>;
 // Boxes of the common dialogs: button sets and the icon the editor uses.
 constexpr int kButtonsOk = 0, kButtonsYesNoCancel = 4, kIconWarning = 3;
 constexpr int kAnswerYes = 6, kAnswerNo = 7;
+constexpr std::size_t kNameRoom = 1024;  // longest path the selector hands back
 
 void show_error(std::string_view path, std::string_view text, std::string_view title) {
   yyEditMessage(title, std::string(path) + std::string(text));
@@ -161,7 +162,14 @@ namespace {
 // The file selector, started on the present file and the buffer's file type.
 std::optional<std::string> choose_file(std::string_view title, int flags, EditRecord& r) {
   int& index = r.FilterIndex[static_cast<std::size_t>(r.CurrentBuffer - 1)];
-  return yyComdlgChooseFile(r.FileFilter, flags, r.FileName, title, &index);
+  // The selector hands its choice back in a text of the size it is given.
+  std::string start = r.FileName;
+  if (start.size() < kNameRoom) start.resize(kNameRoom, ' ');
+  std::optional<std::string> name = yyComdlgChooseFile(r.FileFilter, flags, start, title, &index);
+  if (!name) return std::nullopt;
+  while (!name->empty() && (name->back() == ' ' || name->back() == '\0')) name->pop_back();
+  if (name->empty()) return std::nullopt;
+  return name;
 }
 
 }  // namespace

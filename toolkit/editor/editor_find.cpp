@@ -178,9 +178,11 @@ void yyEditDialogCB(Widget w, XtPointer client, XtPointer) {
   if (!f) return;
   switch (f->identifier) {
     case kFindText: {
-      const std::string text = whole_text(w);
+      const bool empty = whole_text(w).empty();
+      KeepCurrentDialog keep;
+      WDialogSelect(r->FindDialogId);
       for (int id : {kFindNextButton, kReplaceButton, kReplaceAllButton})
-        if (FieldRecord* b = field_of(*d, id)) XtSetSensitive(b->widget, text.empty() ? False : True);
+        if (field_of(*d, id)) WDialogFieldState(id, empty ? 0 : 1);
       break;
     }
     case kFindNextButton: yyEditFindReplace(2, *r); break;
@@ -302,13 +304,15 @@ void read_dialog(EditRecord& r) {
     if (state) flags |= edit_find::kWholeWord;
   }
   r.FindFlags = flags;
+  // An empty receiver takes the whole text, unpadded.
   std::string text;
   WDialogGetString(kFindText, text);
   int error = 0;
   yyeditfindstring(1, error, text);
   if (field_of(*d, kReplaceText)) {
-    WDialogGetString(kReplaceText, text);
-    yyeditfindstring(2, error, text);
+    std::string with;
+    WDialogGetString(kReplaceText, with);
+    yyeditfindstring(2, error, with);
   }
 }
 
@@ -339,20 +343,14 @@ std::optional<std::size_t> yyEditSearch(std::string_view text, std::string_view 
     }
     return std::nullopt;
   }
-  // Without case: look for the first byte in either case, then compare the rest.
+  // Without case: a walk that compares the rest where the first byte fits in either case.
   const unsigned char first = static_cast<unsigned char>(what[0]);
-  const char lower = static_cast<char>(std::tolower(first)), upper = static_cast<char>(std::toupper(first));
-  const char* base = text.data();
-  while (at <= static_cast<std::size_t>(last)) {
-    const std::size_t span = static_cast<std::size_t>(last) + 1 - at;
-    const void* a = std::memchr(base + at, lower, span);
-    const void* b = lower == upper ? nullptr : std::memchr(base + at, upper, span);
-    if (!a && !b) return std::nullopt;
-    const char* p = static_cast<const char*>(!a ? b : !b ? a : std::min(a, b));
-    const std::size_t hit = static_cast<std::size_t>(p - base);
-    if (matches_at(text, what, hit, true) && passes(hit)) return hit;
-    at = hit + 1;
-  }
+  const unsigned char lower = static_cast<unsigned char>(std::tolower(first)),
+                      upper = static_cast<unsigned char>(std::toupper(first));
+  const std::size_t end = static_cast<std::size_t>(last) + 1;
+  const auto* bytes = reinterpret_cast<const unsigned char*>(text.data());
+  for (; at < end; ++at)
+    if ((bytes[at] == lower || bytes[at] == upper) && matches_at(text, what, at, true) && passes(at)) return at;
   return std::nullopt;
 }
 
