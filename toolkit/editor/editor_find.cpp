@@ -394,6 +394,7 @@ void yyEditFindReplace(int mode, EditRecord& r) {
   read_dialog(r);
   if (r.FindString.empty()) return;
   yyEditFinishLoad(r, true);
+  if (mode <= 1) yyEditWiden(r, r.ReplaceString);  // before the widget is taken: it may be made anew
   Widget t = r.Text;
   const std::string text = whole_text(t);
   const Positions pos = positions_of(text, t);

@@ -94,6 +94,9 @@ struct EditRecord {
   std::size_t PendingFrom = 0;
   XtWorkProcId LoadProc = 0;
   int GotoLine = 1;  // last line asked for in Goto Line
+  bool Narrow = false;  // the widget holds a byte a character: plain ASCII only
+  std::string Retype;   // a refused non-ASCII change, made again once the widget is wide
+  long RetypeFrom = 0, RetypeTo = 0;
 
   int LineCapacity() const { return static_cast<int>(LineStarts.size()); }
   int SpareCapacity() const { return static_cast<int>(SpareStarts.size()); }
@@ -175,6 +178,9 @@ void yyEditChanged(EditRecord& record);
 void yyEditGreyItems(EditRecord& record);
 // Advance width of a character in the editor's font.
 int yyEditWidth(EditRecord& record, std::string_view character);
+// Makes a narrow widget wide when `incoming` holds anything but ASCII; the
+// text, caret and top line stay.
+void yyEditWiden(EditRecord& record, std::string_view incoming);
 // Puts the rest of a text that is going in by pieces into the widget at once
 // (append true), or drops it.
 void yyEditFinishLoad(EditRecord& record, bool append);

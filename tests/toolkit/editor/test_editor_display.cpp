@@ -311,3 +311,40 @@ TEST_F(EditorWindow, TheScrollWindowGathersLinesInAnEditor) {
   EXPECT_TRUE(msg::wscroll);
   msg::close_scroll_window();
 }
+
+namespace {
+
+// A large plain file is held a byte a character; the first letter outside
+// ASCII, typed or put by the program, makes room for any letter and keeps
+// the text, the caret and the line table.
+TEST_F(EditorWindow, ALargePlainFileTakesLettersOfAnyKind) {
+  std::string big;
+  for (int i = 0; i < 40'000; ++i) big += "reflection " + std::to_string(i) + " 1.000 2.000 3.000\n";
+  write(dir / "plain.int", big);
+  open((dir / "plain.int").string());
+  ASSERT_TRUE(record().Narrow);
+  click_text();
+  xdotool("key End");
+  // As the widget's own input puts a typed or pasted letter (xdotool can't type
+  // this one on the test server).
+  XmTextInsert(record().Text, XmTextGetInsertionPosition(record().Text), const_cast<char*>("ö"));
+  settle();
+  EXPECT_FALSE(record().Narrow);
+  std::string expected = big;
+  expected.insert(big.find('\n'), "ö");
+  EXPECT_TRUE(text() == expected);  // not printed: 1.4 MB
+  EXPECT_EQ(WInfoEditor(handle, 1), 0);
+  EXPECT_EQ(yyWindowStatusBarText(handle, 1), "Line:1  Col:32");
+  EXPECT_EQ(WEditPos(2, 40'000), static_cast<int>(yyEditCharCount(expected.substr(0, expected.rfind("reflection 39999")))) + 1);
+
+  // The program's own change does the same, at once.
+  WindowCloseChild(handle);
+  open((dir / "plain.int").string());
+  ASSERT_TRUE(record().Narrow);
+  WindowSelect(handle);
+  WEditPutTextPart("Å", 1);
+  EXPECT_FALSE(record().Narrow);
+  EXPECT_TRUE(text() == "Å" + big);
+}
+
+}  // namespace
