@@ -268,15 +268,21 @@ void yyEditFindInitDlg(EditRecord& r, int resid) {
   }
 }
 
+// Loads a search dialog over the editor's shell and makes it current; false
+// when the resource can't be loaded.
+bool yyEditDialogLoad(EditRecord& r, int resid) {
+  WDialogLoad(resid, resid, r.Window_);
+  return zelvy_data::data().icurdialog == resid && zelvy_dialog::state().iDlgCur >= 0;
+}
+
 void open_dialog(EditRecord& r, int resid) {
   KeepCurrentDialog keep;
   yyEditDialogUnload(r);
-  WDialogLoad(resid, resid, r.Window_);
-  const int index = zelvy_dialog::state().iDlgCur;
-  if (zelvy_data::data().icurdialog != resid || index < 0) {
+  if (!yyEditDialogLoad(r, resid)) {
     yyerror(1007, "WEditFile");
     return;
   }
+  const int index = zelvy_dialog::state().iDlgCur;
   DialogRecord& d = zelvy_dialog::state().wDialogInfo[index];
   r.FindDialogId = resid;
   r.FindDialog = index;
