@@ -3,6 +3,7 @@
 #include "toolkit/comdlg/help.h"
 
 #include <sys/wait.h>
+#include <unistd.h>
 #include <time.h>
 
 #include <X11/Xlib.h>
@@ -48,18 +49,33 @@ void sleep_ms(int ms) {
   }
 }
 
+// The directory of the running program, with its last separator: the
+// executable itself as the system knows it, else argument 0, which may be
+// relative to a directory the process has left since.
+std::string program_directory() {
+  std::string path;
+  char buf[4096];
+  const ssize_t n = ::readlink("/proc/self/exe", buf, sizeof buf - 1);
+  if (n > 0) {
+    path.assign(buf, static_cast<std::size_t>(n));
+  } else {
+    std::string program;
+    IOsArgument(0, program);
+    if (program.empty()) return {};
+    IOsFullPathName(program, path);
+  }
+  const auto slash = path.rfind('/');
+  return slash == std::string::npos ? std::string() : path.substr(0, slash + 1);
+}
+
 // The full path of a help file: where it is named, else beside the program.
 std::optional<std::string> locate(std::string_view file) {
   std::string full;
   IOsFullPathName(file, full);
   if (IOsFileExists(full)) return full;
-  std::string program, programfull;
-  IOsArgument(0, program);
-  if (program.empty()) return std::nullopt;
-  IOsFullPathName(program, programfull);
-  const auto slash = programfull.rfind('/');
-  if (slash == std::string::npos) return std::nullopt;
-  const std::string beside = programfull.substr(0, slash + 1) + std::string(file);
+  const std::string dir = program_directory();
+  if (dir.empty()) return std::nullopt;
+  const std::string beside = dir + std::string(file);
   if (IOsFileExists(beside)) return beside;
   return std::nullopt;
 }

@@ -19,7 +19,6 @@
 #include "toolkit/base/zelvy_data.h"
 #include "toolkit/comdlg/help.h"
 #include "toolkit/kernel/startup.h"
-#include "toolkit/os/files.h"
 
 namespace fs = std::filesystem;
 
@@ -130,9 +129,7 @@ TEST_F(HelpLauncher, AWebAddressIsNeverLookedFor) {
 
 TEST_F(HelpLauncher, AFileBesideTheProgramIsFoundFromElsewhere) {
   ini(viewer("web").string(), "none");
-  std::string program;
-  IOsArgument(0, program);
-  const fs::path beside = fs::absolute(program).parent_path() / ("help_beside_" + std::to_string(::getpid()) + ".html");
+  const fs::path beside = fs::canonical("/proc/self/exe").parent_path() / ("help_beside_" + std::to_string(::getpid()) + ".html");
   std::ofstream(beside) << "<html></html>";
   const fs::path before = fs::current_path();
   fs::current_path(dir);
