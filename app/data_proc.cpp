@@ -7,8 +7,10 @@
 #include "app/form.h"
 #include "app/resources/gombrel_ids.h"
 #include "support/lorx_io_messages.h"
+#include "toolkit/base/error.h"
 #include "toolkit/base/fixed_text.h"
 #include "toolkit/comdlg/file_selector.h"
+#include "toolkit/comdlg/help.h"
 #include "toolkit/dialog/dialog.h"
 #include "toolkit/editor/editor.h"
 #include "toolkit/kernel/display.h"
@@ -174,15 +176,22 @@ void run() {
   view_file_with_editor("out", results_name() + ".out");
 }
 
+constexpr int kHelpViewerFailed = 1030;
+
 void manual(std::size_t limit) {
   if (tarnhold_suite.blank()) return;
   const std::string sep(var_sep.view());
   std::string path = std::string(tarnhold_suite.trim()) + sep +
                      (var_system.trim() == "WIND" ? "Help" + sep + "ombrel.chm" : "Html" + sep + "ombrel.html");
   if (path.size() > limit) path.resize(limit);
-  // The help launcher comes with the printing and help work; until then the
-  // manual's path is shown in the status bar.
-  WindowOutStatusBar(1, path);
+  WInfoError(1);  // only the launcher's own failure counts below
+  WHelpFile(path);
+  const int error = WInfoError(1);
+  if (error == 0) return;
+  std::string reason;
+  WInfoErrorMessage(error, reason);
+  lorx_io_messages::info_message("The manual " + path + " could not be shown: " + std::string(trimmed(reason)) +
+                                 (error == kHelpViewerFailed ? " (is the viewer the initialisation file names installed?)" : ""));
 }
 
 void browse() {

@@ -651,6 +651,17 @@ void yyDialogResize(int idx, int width, int height) {
 }
 
 bool yyDialogProcessEvent(XEvent& ev) {
+  if (ev.type == KeyPress) {
+    // F1 in a dialog asks the program for help: PushButton 9, whatever the fields.
+    const KeySym ks = XLookupKeysym(&ev.xkey, 0);
+    if (ks != XK_F1 && ks != XK_KP_F1) return false;
+    Widget w = XtWindowToWidget(ev.xkey.display, ev.xkey.window);
+    DialogRecord* d = w ? yyDialogFindFromWgt(w) : nullptr;
+    if (!d && w) d = yyDialogFindFromWgt(XmGetFocusWidget(w));  // a key sent to the shell
+    if (!d) return false;
+    yyDialogSendMessage(d, PushButton, 9, -1, -1, -1, -1, -1, d->identifier);
+    return true;
+  }
   if (ev.type != ConfigureNotify) return false;
   Widget w = XtWindowToWidget(ev.xconfigure.display, ev.xconfigure.window);
   DialogRecord* d = w ? yyDialogFindFromWgt(w) : nullptr;

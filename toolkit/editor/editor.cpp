@@ -55,8 +55,12 @@ constexpr std::size_t kPlainLocaleFrom = 1 << 16;  // below this the conversion 
 // A text above kStreamFrom bytes goes in as a first page of kFirstChunk bytes,
 // then pieces of kLaterChunk.
 constexpr std::size_t kStreamFrom = 1 << 20, kFirstChunk = 1 << 16, kLaterChunk = 4 << 20;
+// From this size a plain ASCII text is held a byte a character.
+constexpr std::size_t kNarrowFrom = 1 << 20;
 
 XtPointer as_client(int h) { return reinterpret_cast<XtPointer>(static_cast<std::intptr_t>(h)); }
+bool all_ascii(std::string_view text);
+void widen_and_retype(XtPointer client, XtIntervalId*);
 int as_handle(XtPointer p) { return static_cast<int>(reinterpret_cast<std::intptr_t>(p)); }
 
 // Advance width of a character in the editor's font, for word wrap; ASCII widths are cached.
@@ -335,8 +339,17 @@ void yyEditTextCB(Widget w, XtPointer client, XtPointer call) {
     }
     case XmCR_MODIFYING_TEXT_VALUE: {
       if (w != r->Text || r->Replacing) break;
-      const auto* cb = static_cast<XmTextVerifyCallbackStruct*>(call);
+      auto* cb = static_cast<XmTextVerifyCallbackStruct*>(call);
       if (!cb->doit) break;
+      if (r->Narrow && cb->text && cb->text->ptr &&
+          !all_ascii({cb->text->ptr, static_cast<std::size_t>(cb->text->length)})) {
+        cb->doit = False;
+        r->Retype.assign(cb->text->ptr, static_cast<std::size_t>(cb->text->length));
+        r->RetypeFrom = cb->startPos;
+        r->RetypeTo = cb->endPos;
+        XtAppAddTimeOut(zelvy_x::state().ixContext, 0, widen_and_retype, client);
+        break;
+      }
       yyEditUpdateLineInfo(*r, *cb);
       auto& mark = r->Bookmark[static_cast<std::size_t>(r->CurrentBuffer - 1)];
       const long long growth = (cb->text ? yyEditCharCount({cb->text->ptr, static_cast<std::size_t>(cb->text->length)}) : 0) -
@@ -346,9 +359,7 @@ void yyEditTextCB(Widget w, XtPointer client, XtPointer call) {
     }
     case XmCR_VALUE_CHANGED:
       if (w != r->Text || r->Replacing) break;
-      r->Dirty = r->Changed = 1;
-      yyEditTitle(*r);
-      if (r->Mode != 1) yyMsgSend(EditorChanged, -1, -1, -1, -1, -1, -1, r->Window_, 0);
+      yyEditChanged(*r);
       break;
     case XmCR_FOCUS:
       XtVaSetValues(w, XmNcursorPositionVisible, True, nullptr);
@@ -443,6 +454,11 @@ void yyEditProcessMessage(int& type, MessageRecord& m) {
       break;
     }
     case edit_id::kFind: case edit_id::kFindNext: case edit_id::kFindPrevious: case edit_id::kReplace:
+      yyEditSearchFindReplace(m.Value1, *r);
+      type = 0;
+      break;
+    case edit_id::kGotoLine:
+      yyeditgotoline(r->Window_);
       type = 0;
       break;
     default: break;
@@ -455,6 +471,7 @@ void yyEditShutdown(int h) {
   EditRecord* r = yyEditRecordOf(h);
   if (!r) return;
   if (r->Mode == 3) yyMsgSemiModelessStack(-1, 1, h);
+  yyEditSearchShutdown(*r);
   yyEditFinishLoad(*r, false);
   if (r->Text) {
     XtRemoveAllCallbacks(r->Text, XmNmodifyVerifyCallback);
@@ -533,6 +550,86 @@ Boolean load_more(XtPointer client) {
   return True;
 }
 
+// The scrolled text widget of an editor. A narrow one keeps a byte per
+// character and takes plain ASCII without conversion; a wide one keeps a
+// character of any kind in four bytes. The widget sets its width by the
+// locale it is made under, so a narrow one is made under the C locale.
+void make_text_widget(EditRecord& r, bool narrow) {
+  const int h = r.Window_;
+  const auto& ad = zelvy_x::state().appData;
+  const bool wrap = r.Flags & edit_flag::kWordWrap;
+  Arg a[12];
+  int n = 0;
+  XtSetArg(a[n], XmNeditMode, XmMULTI_LINE_EDIT); ++n;
+  XtSetArg(a[n], XmNscrollVertical, True); ++n;
+  XtSetArg(a[n], XmNwordWrap, wrap ? True : False); ++n;
+  XtSetArg(a[n], XmNscrollHorizontal, wrap ? False : True); ++n;
+  XtSetArg(a[n], XmNeditable, (r.Flags & edit_flag::kViewer) ? False : True); ++n;
+  XtSetArg(a[n], XmNcursorPositionVisible, False); ++n;
+  XtSetArg(a[n], XmNforeground, ad.editForeColor); ++n;
+  XtSetArg(a[n], XmNbackground, ad.editBackColor); ++n;
+  if (r.RenderTable) {
+    XtSetArg(a[n], XmNrenderTable, r.RenderTable); ++n;
+  }
+  std::string saved;
+  if (narrow) {
+    if (const char* cur = std::setlocale(LC_CTYPE, nullptr)) saved = cur;
+    std::setlocale(LC_CTYPE, "C");
+  }
+  r.Text = XmCreateScrolledText(zelvy_win::state().wtClient[h], const_cast<char*>("TextEdit"), a, n);
+  if (!saved.empty()) std::setlocale(LC_CTYPE, saved.c_str());
+  r.Narrow = narrow;
+  yyStyleScrollbar(r.Text, 3);
+  yyStyleScrollbar(r.Text, 4);
+  for (const char* cb : {XmNmotionVerifyCallback, XmNvalueChangedCallback, XmNmodifyVerifyCallback,
+                         XmNfocusCallback, XmNlosingFocusCallback})
+    XtAddCallback(r.Text, cb, yyEditTextCB, as_client(h));
+  XtAddEventHandler(r.Text, KeyPressMask, False, yyEditProcessEvent, as_client(h));
+  XtManageChild(r.Text);
+  r.FocusWidget = r.Text;
+  zelvy_win::state().WinInfo[h].Content = XtParent(r.Text);
+}
+
+bool all_ascii(std::string_view text) {
+  return std::all_of(text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0x80) == 0; });
+}
+
+// Puts a widget of the other width in place of the editor's, holding `text`,
+// with the caret and the top line where they were.
+void remake_text_widget(EditRecord& r, bool narrow, const std::string& text) {
+  Widget old = r.Text;
+  const XmTextPosition caret = XmTextGetInsertionPosition(old), top = XmTextGetTopCharacter(old);
+  const bool focused = r.FocusWidget == old;
+  for (const char* cb : {XmNmotionVerifyCallback, XmNvalueChangedCallback, XmNmodifyVerifyCallback,
+                         XmNfocusCallback, XmNlosingFocusCallback})
+    XtRemoveAllCallbacks(old, cb);
+  XtRemoveEventHandler(old, KeyPressMask, False, yyEditProcessEvent, as_client(r.Window_));
+  XtDestroyWidget(XtParent(old));
+  make_text_widget(r, narrow);
+  r.Replacing = true;
+  XmTextDisableRedisplay(r.Text);
+  set_chunk(r.Text, text, false);
+  const XmTextPosition last = XmTextGetLastPosition(r.Text);
+  XmTextSetInsertionPosition(r.Text, std::min(caret, last));
+  XmTextSetTopCharacter(r.Text, std::min(top, last));
+  XmTextEnableRedisplay(r.Text);
+  r.Replacing = false;
+  yyWindowResize(r.Window_);
+  if (focused) XmProcessTraversal(r.Text, XmTRAVERSE_CURRENT);
+}
+
+// A typed or pasted text that a narrow widget can't hold: the widget is made
+// wide first, then the change is made again, outside the callback that refused it.
+void widen_and_retype(XtPointer client, XtIntervalId*) {
+  EditRecord* r = yyEditRecordOf(as_handle(client));
+  if (!r || r->Retype.empty()) return;
+  const std::string text = std::move(r->Retype);
+  r->Retype.clear();
+  yyEditWiden(*r, text);
+  XmTextReplace(r->Text, r->RetypeFrom, r->RetypeTo, const_cast<char*>(text.c_str()));
+  XmTextSetInsertionPosition(r->Text, r->RetypeFrom + yyEditCharCount(text));
+}
+
 // Makes the current window an editor; null when it can't be one.
 EditRecord* create_editor(int h, int mode, std::uint32_t flags, int fonttype, int fontsize,
                           std::string_view filter, int filterindex, std::string_view fontname) {
@@ -559,37 +656,12 @@ EditRecord* create_editor(int h, int mode, std::uint32_t flags, int fonttype, in
   r.LineStarts[0] = 0;
   r.LineCount = 1;
 
-  XmRenderTable table = yyEditCreateFont(r, fontname);
-  const auto& ad = zelvy_x::state().appData;
-  const bool wrap = flags & edit_flag::kWordWrap;
-  Arg a[12];
-  int n = 0;
-  XtSetArg(a[n], XmNeditMode, XmMULTI_LINE_EDIT); ++n;
-  XtSetArg(a[n], XmNscrollVertical, True); ++n;
-  XtSetArg(a[n], XmNwordWrap, wrap ? True : False); ++n;
-  XtSetArg(a[n], XmNscrollHorizontal, wrap ? False : True); ++n;
-  XtSetArg(a[n], XmNeditable, (flags & edit_flag::kViewer) ? False : True); ++n;
-  XtSetArg(a[n], XmNcursorPositionVisible, False); ++n;
-  XtSetArg(a[n], XmNforeground, ad.editForeColor); ++n;
-  XtSetArg(a[n], XmNbackground, ad.editBackColor); ++n;
-  if (table) {
-    XtSetArg(a[n], XmNrenderTable, table); ++n;
-  }
-  r.Text = XmCreateScrolledText(ws.wtClient[h], const_cast<char*>("TextEdit"), a, n);
-  if (table) XmRenderTableFree(table);  // the widget keeps its own copy
-  yyStyleScrollbar(r.Text, 3);
-  yyStyleScrollbar(r.Text, 4);
-  for (const char* cb : {XmNmotionVerifyCallback, XmNvalueChangedCallback, XmNmodifyVerifyCallback,
-                         XmNfocusCallback, XmNlosingFocusCallback})
-    XtAddCallback(r.Text, cb, yyEditTextCB, as_client(h));
-  XtAddEventHandler(r.Text, KeyPressMask, False, yyEditProcessEvent, as_client(h));
-  XtManageChild(r.Text);
-  r.FocusWidget = r.Text;
+  r.RenderTable = yyEditCreateFont(r, fontname);  // kept for a widget made again
+  make_text_widget(r, false);
 
   es.records[static_cast<std::size_t>(h)] = std::move(rec);
   w.Kind = 1;
   w.KindData = &r;
-  w.Content = XtParent(r.Text);
   build_menu(r);
   if (r.HasStatusBar) {
     const std::array<int, 5> styles = {1, 1, 1, 1, 0};
@@ -612,6 +684,16 @@ EditRecord* yyEditRecordOf(int h) {
   if (h < 0 || h >= zelvy_win::kSlots) return nullptr;
   return es.records[static_cast<std::size_t>(h)].get();
 }
+
+void yyEditChanged(EditRecord& r) {
+  r.Dirty = r.Changed = 1;
+  yyEditTitle(r);
+  if (r.Mode != 1) yyMsgSend(EditorChanged, -1, -1, -1, -1, -1, -1, r.Window_, 0);
+}
+
+void yyEditGreyItems(EditRecord& r) { grey_items(r); }
+
+int yyEditWidth(EditRecord& r, std::string_view ch) { return char_width(r, ch); }
 
 EditRecord* yyEditCurrent(const char* routine) {
   EditRecord* r = yyEditRecordOf(zelvy_win::state().iWinCur);
@@ -650,6 +732,10 @@ void yyEditUpdateStatusBar(EditRecord& r) {
 
 void yyEditReplaceAll(EditRecord& r, std::string text) {
   yyEditFinishLoad(r, false);
+  // A large plain text goes into a narrow widget: a quarter of the memory,
+  // and nothing to convert.
+  const bool narrow = text.size() >= kNarrowFrom && all_ascii(text);
+  if (narrow != r.Narrow) remake_text_widget(r, narrow, std::string());
   yyEditBuildLineStarts(EditPieces{{text, {}, {}}}, r, char_width);
   r.Replacing = true;
   XmTextDisableRedisplay(r.Text);
@@ -669,6 +755,15 @@ void yyEditReplaceAll(EditRecord& r, std::string text) {
   XmTextEnableRedisplay(r.Text);
   r.Replacing = false;
   yyEditUpdateStatusBar(r);
+}
+
+void yyEditWiden(EditRecord& r, std::string_view incoming) {
+  if (!r.Narrow || all_ascii(incoming)) return;
+  yyEditFinishLoad(r, true);
+  char* all = XmTextGetString(r.Text);
+  const std::string text = all ? all : "";
+  XtFree(all);
+  remake_text_widget(r, false, text);
 }
 
 void yyEditFinishLoad(EditRecord& r, bool append) {
@@ -782,6 +877,7 @@ void WEditPutText(std::string_view text) {
   t.reserve(text.size());
   for (char c : text)
     if (c != '\r') t.push_back(c);
+  yyEditWiden(*r, t);
   XmTextSetString(r->Text, t.data());
 }
 
@@ -796,6 +892,7 @@ void WEditPutTextPart(std::string_view text, int start, std::optional<int> end) 
   t.reserve(text.size());
   for (char c : text)
     if (c != '\r') t.push_back(c);
+  yyEditWiden(*r, t);
   if (!(t.empty() && to == from)) XmTextReplace(r->Text, from, to, t.data());
   const XmTextPosition after = from + yyEditCharCount(t);
   XmTextSetInsertionPosition(r->Text, after);

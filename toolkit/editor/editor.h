@@ -55,3 +55,11 @@ int yyinfoeditorstring(int window, int code, std::string& text);
 void yyeditsetbackup(int on);
 // The file type index of the current buffer in the file selector; error 1028 on no editor.
 void yyeditfilterindex(int index, int& error);
+
+// The search of the current editor: which 1 the find text (at most 1023
+// characters; Find Next and Previous follow it), else the replacement; error 1028.
+void yyeditfindstring(int which, int& error, std::string_view text);
+// Search flags: 2 ignore case, 4 upwards, 16 whole words; error 1028.
+void yyeditfindflags(int flags, int& error);
+// The Goto Line dialog of an editor window.
+void yyeditgotoline(int window);

@@ -1,10 +1,8 @@
-// Files of the editor: loading, saving, the backup, the save prompt, and the
-// messages a failure shows.
+// Files of the editor: loading, saving, the backup, the save prompt, the
+// file selector for Open and Save As, and the boxes a failure shows.
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <X11/Xft/Xft.h>
-#include <Xm/MessageB.h>
 #include <Xm/Text.h>
 
 #include <cstdio>
@@ -16,8 +14,8 @@
 
 #include "toolkit/editor/editor.h"
 #include "toolkit/editor/editor_private.h"
+#include "toolkit/kernel/comdlg_attach.h"
 #include "toolkit/kernel/display_private.h"
-#include "toolkit/kernel/window_private.h"
 #include "toolkit/os/command.h"
 
 namespace {
@@ -27,35 +25,10 @@ struct FileCloser {
 };
 using File = std::unique_ptr<std::FILE, FileCloser>;
 
-// A box of the message kind on the editor's shell, gone when answered.
-Widget message_box(std::string_view title, std::string_view text, bool question) {
-  Widget parent = zelvy_x::state().rootWidget;
-  const int h = zelvy_win::state().iWinCur;
-  if (yywindowexists(h)) parent = zelvy_win::state().wtShell[h];
-  XmString msg = XmStringCreateLocalized(const_cast<char*>(std::string(text).c_str()));
-  XmString ttl = XmStringCreateLocalized(const_cast<char*>(std::string(title).c_str()));
-  Arg a[3];
-  int n = 0;
-  XtSetArg(a[n], XmNmessageString, msg); ++n;
-  XtSetArg(a[n], XmNdialogTitle, ttl); ++n;
-  XtSetArg(a[n], XmNdialogStyle, XmDIALOG_FULL_APPLICATION_MODAL); ++n;
-  Widget box = question ? XmCreateQuestionDialog(parent, const_cast<char*>("EditQuestion"), a, n)
-                        : XmCreateMessageDialog(parent, const_cast<char*>("EditMessage"), a, n);
-  XmStringFree(msg);
-  XmStringFree(ttl);
-  return box;
-}
-
-void destroy_shell(Widget w, XtPointer, XtPointer) { XtDestroyWidget(XtParent(w)); }
-
-void answer_cb(Widget, XtPointer client, XtPointer call) {
-  int* answer = static_cast<int*>(client);
-  switch (static_cast<XmAnyCallbackStruct*>(call)->reason) {
-    case XmCR_OK: *answer = 1; break;
-    case XmCR_HELP: *answer = 2; break;
-    default: *answer = 3; break;
-  }
-}
+// Boxes of the common dialogs: button sets and the icon the editor uses.
+constexpr int kButtonsOk = 0, kButtonsYesNoCancel = 4, kIconWarning = 3;
+constexpr int kAnswerYes = 6, kAnswerNo = 7;
+constexpr std::size_t kNameRoom = 1024;  // longest path the selector hands back
 
 void show_error(std::string_view path, std::string_view text, std::string_view title) {
   yyEditMessage(title, std::string(path) + std::string(text));
@@ -68,37 +41,22 @@ EditLastMessage& yyEditLastMessage() {
   return m;
 }
 
-void yyEditMessage(std::string_view title, std::string_view text) {
+void yyEditMessage(std::string_view title, std::string_view text, int icon) {
   EditLastMessage& last = yyEditLastMessage();
   last.title = title;
   last.text = text;
   ++last.count;
   if (!xdisplay()) return;
-  Widget box = message_box(title, text, false);
-  XtUnmanageChild(XmMessageBoxGetChild(box, XmDIALOG_CANCEL_BUTTON));
-  XtUnmanageChild(XmMessageBoxGetChild(box, XmDIALOG_HELP_BUTTON));
-  XtAddCallback(box, XmNokCallback, destroy_shell, nullptr);
-  XtManageChild(box);
+  yyComdlgAsk(kButtonsOk, icon, 1, text, title);
 }
 
 int yyEditQuestion(std::string_view title, std::string_view text) {
   if (!xdisplay()) return 3;
-  Widget box = message_box(title, text, true);
-  int answer = 0;
-  auto label = [&](unsigned char child, const char* s) {
-    XmString x = XmStringCreateLocalized(const_cast<char*>(s));
-    XtVaSetValues(XmMessageBoxGetChild(box, child), XmNlabelString, x, nullptr);
-    XmStringFree(x);
-  };
-  label(XmDIALOG_OK_BUTTON, "Yes");
-  label(XmDIALOG_HELP_BUTTON, "No");
-  label(XmDIALOG_CANCEL_BUTTON, "Cancel");
-  for (const char* cb : {XmNokCallback, XmNhelpCallback, XmNcancelCallback}) XtAddCallback(box, cb, answer_cb, &answer);
-  XtManageChild(box);
-  // The question waits for its answer; the box is modal to the application.
-  while (answer == 0) XtAppProcessEvent(zelvy_x::state().ixContext, XtIMAll);
-  XtDestroyWidget(XtParent(box));
-  return answer;
+  switch (yyComdlgAsk(kButtonsYesNoCancel, kIconWarning, 1, text, title)) {
+    case kAnswerYes: return 1;
+    case kAnswerNo: return 2;
+    default: return 3;
+  }
 }
 
 std::string yyEditFullPathname(std::string_view name) {
@@ -201,10 +159,17 @@ bool yyEditLoadSave(std::string_view name, bool write, EditRecord& r, bool quiet
 
 namespace {
 
-// The file selector's single call point; none is available yet, so the
-// choice is cancelled.
-std::optional<std::string> choose_file(std::string_view /*title*/, int /*flags*/, EditRecord& /*r*/) {
-  return std::nullopt;
+// The file selector, started on the present file and the buffer's file type.
+std::optional<std::string> choose_file(std::string_view title, int flags, EditRecord& r) {
+  int& index = r.FilterIndex[static_cast<std::size_t>(r.CurrentBuffer - 1)];
+  // The selector hands its choice back in a text of the size it is given.
+  std::string start = r.FileName;
+  if (start.size() < kNameRoom) start.resize(kNameRoom, ' ');
+  std::optional<std::string> name = yyComdlgChooseFile(r.FileFilter, flags, start, title, &index);
+  if (!name) return std::nullopt;
+  while (!name->empty() && (name->back() == ' ' || name->back() == '\0')) name->pop_back();
+  if (name->empty()) return std::nullopt;
+  return name;
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -26,6 +27,11 @@ constexpr std::uint32_t kWordWrap = 0x1, kMustExist = 0x2, kViewer = 0x4, kComma
                         kQuietMissing = 0x1000000, kNeverPrompt = 0x10000000,
                         kHostPrint = 0x40000000;
 }  // namespace edit_flag
+
+// Bits of FindFlags; a fresh search ignores case.
+namespace edit_find {
+constexpr std::uint32_t kIgnoreCase = 0x2, kUp = 0x4, kWholeWord = 0x10;
+}  // namespace edit_find
 
 // Menu item identifiers of the editor.
 namespace edit_id {
@@ -87,6 +93,10 @@ struct EditRecord {
   std::string Pending;                   // a large text still going in, and how far it got
   std::size_t PendingFrom = 0;
   XtWorkProcId LoadProc = 0;
+  int GotoLine = 1;  // last line asked for in Goto Line
+  bool Narrow = false;  // the widget holds a byte a character: plain ASCII only
+  std::string Retype;   // a refused non-ASCII change, made again once the widget is wide
+  long RetypeFrom = 0, RetypeTo = 0;
 
   int LineCapacity() const { return static_cast<int>(LineStarts.size()); }
   int SpareCapacity() const { return static_cast<int>(SpareStarts.size()); }
@@ -162,6 +172,15 @@ void yyEditFocus(Widget widget, int how);
 // Replaces the whole text without counting it as an edit; the table follows.
 // A large text goes in by pieces: the first page at once, the rest later.
 void yyEditReplaceAll(EditRecord& record, std::string text);
+// The text was changed by the editor itself: unsaved, title and application told.
+void yyEditChanged(EditRecord& record);
+// Greys the menu items whose condition fails (selection, find text, bookmark).
+void yyEditGreyItems(EditRecord& record);
+// Advance width of a character in the editor's font.
+int yyEditWidth(EditRecord& record, std::string_view character);
+// Makes a narrow widget wide when `incoming` holds anything but ASCII; the
+// text, caret and top line stay.
+void yyEditWiden(EditRecord& record, std::string_view incoming);
 // Puts the rest of a text that is going in by pieces into the widget at once
 // (append true), or drops it.
 void yyEditFinishLoad(EditRecord& record, bool append);
@@ -177,8 +196,9 @@ bool yyEditCheckSave(EditRecord& record);
 void yyEditFileNew(EditRecord& record);
 bool yyEditFileOpen(EditRecord& record);
 
-// The one way messages leave the editor: a box with an OK button.
-void yyEditMessage(std::string_view title, std::string_view text);
+// The one way messages leave the editor: a box with an OK button (icon 3 a
+// warning, 4 a notice).
+void yyEditMessage(std::string_view title, std::string_view text, int icon = 3);
 // The one way questions leave it: 1 Yes, 2 No, 3 Cancel.
 int yyEditQuestion(std::string_view title, std::string_view text);
 // The last message shown, title and text, for a program that checks it.
@@ -187,3 +207,25 @@ struct EditLastMessage {
   int count = 0;
 };
 EditLastMessage& yyEditLastMessage();
+
+// ---- Search (editor_find.cpp) ------------------------------------------------
+
+// One search of `what` in `text` from byte `start`: downwards from start,
+// upwards from start - size of what. Flags as FindFlags: case and whole words
+// (only letters A-Z, a-z and digits make words). The byte offset of the match.
+std::optional<std::size_t> yyEditSearch(std::string_view text, std::string_view what, long start, bool up,
+                                        std::uint32_t flags);
+// The text with every match replaced, walking the unchanged text from its
+// start; first and last are the bytes from the first match to the end of the
+// last one, count the matches. Empty when nothing matched.
+std::string yyEditReplaceEvery(std::string_view text, std::string_view what, std::string_view with,
+                               std::uint32_t flags, std::size_t& first, std::size_t& last, int& count);
+// One search for FindString in the copy; mode 2 next, 3 the other way, 0 and 1
+// downwards. False after the message at the end of the text.
+bool yyEditFindNext(long start, long& left, long& right, std::string_view text, int mode, EditRecord& record);
+// Mode 0 replace, 1 replace all, 2 find next, 3 find in the opposite direction.
+void yyEditFindReplace(int mode, EditRecord& record);
+// The Search menu: Find and Replace open their dialogs, Find Next and Previous search.
+void yyEditSearchFindReplace(int id, EditRecord& record);
+// Closes the search dialog of an editor going away.
+void yyEditSearchShutdown(EditRecord& record);

@@ -1,121 +1,9 @@
 // Editor windows on the X server: viewing, editing and saving files, the
 // failures a user meets, awkward files, a file of a million lines, and the
 // close box reaching the application's loop.
-#include <gtest/gtest.h>
-
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <X11/Intrinsic.h>
-#include <Xm/MessageB.h>
-#include <Xm/PushB.h>
-#include <Xm/Text.h>
-
-#include <chrono>
-#include <cstdio>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <string>
-
-#include "app/resources/gombrel_resources.h"
-#include "support/lorx_io_messages.h"
-#include "toolkit/base/zelvy_data.h"
-#include "toolkit/dialog/dialog.h"
-#include "toolkit/editor/editor.h"
-#include "toolkit/editor/editor_private.h"
-#include "toolkit/kernel/display_private.h"
-#include "toolkit/kernel/message.h"
-#include "toolkit/kernel/resources.h"
-#include "toolkit/kernel/startup.h"
-#include "toolkit/kernel/statusbar_private.h"
-#include "toolkit/kernel/window.h"
-#include "toolkit/kernel/window_private.h"
-
-namespace fs = std::filesystem;
+#include "tests/toolkit/editor/editor_fixture.h"
 
 namespace {
-
-constexpr int kOmbrelView = 39;  // how the program opens its result viewers
-constexpr int kSemiModeless = 3, kMonoFont = 4;
-
-void write(const fs::path& p, const std::string& bytes) {
-  std::ofstream(p, std::ios::binary) << bytes;
-}
-
-std::string read(const fs::path& p) {
-  std::ifstream f(p, std::ios::binary);
-  return {std::istreambuf_iterator<char>(f), {}};
-}
-
-class EditorWindow : public ::testing::Test {
- protected:
-  static void SetUpTestSuite() {
-    yyrcinstall(gombrel_resource_tables());
-    yyDialogAttach();
-    yyEditAttach();
-    WInitialise();
-  }
-  void SetUp() override {
-    ASSERT_NE(xdisplay(), nullptr);
-    dir = fs::temp_directory_path() / ("editor_test_" + std::to_string(::getpid()));
-    fs::create_directories(dir);
-    WindowOpen(0, 0, 0, 300, 200, {}, {}, {}, "root");
-    zelvy_data::data().ierr = 0;
-  }
-  void TearDown() override {
-    if (handle > 0 && yywindowexists(handle)) WindowCloseChild(handle);
-    WindowClose();
-    fs::permissions(dir, fs::perms::owner_all);
-    fs::remove_all(dir);
-  }
-
-  // The viewer as the program opens it for a result file.
-  void open(const std::string& name, int flags = 0) {
-    WindowOpenChild(handle, kOmbrelView, 40, 40, 700, 480, 0, {}, 0, "Ombrel Text Editor");
-    ASSERT_GT(handle, 0);
-    WEditFile(name, kSemiModeless, 0, flags, kMonoFont);
-    settle();
-  }
-
-  static void settle() {
-    XSync(xdisplay(), False);
-    int type = 0;
-    MessageRecord m;
-    for (int i = 0; i < 500; ++i) {
-      WMessagePeek(type, m);
-      if (type == -1) {
-        XSync(xdisplay(), False);
-        WMessagePeek(type, m);
-        if (type == -1) break;
-      }
-    }
-  }
-  static void xdotool(const std::string& args) {
-    XSync(xdisplay(), False);
-    ASSERT_EQ(std::system(("xdotool " + args).c_str()), 0) << args;
-    settle();
-  }
-  EditRecord& record() { return *yyEditRecordOf(handle); }
-  std::string text() {
-    WindowSelect(handle);
-    std::string t;
-    WEditGetText(t);
-    return t;
-  }
-  void click_text() {
-    int x = 0, y = 0;
-    Window child = 0;
-    XTranslateCoordinates(xdisplay(), XtWindow(record().Text), DefaultRootWindow(xdisplay()), 30, 10, &x, &y,
-                          &child);
-    xdotool("mousemove " + std::to_string(x) + " " + std::to_string(y) + " click 1");
-  }
-  int messages() const { return yyEditLastMessage().count; }
-
-  fs::path dir;
-  int handle = -1;
-};
 
 const char* const kOut =
     "  OMBREL  stand-in report\n"
@@ -196,6 +84,7 @@ TEST_F(EditorWindow, ASaveThatFailsSaysSoAndLeavesTheOldFile) {
   // write anywhere, so the file is replaced by something no file opens onto).
   fs::rename(dir / "keep.out", dir / "kept.out");
   fs::create_directory(dir / "keep.out");
+  answer_box("Return");
   yyeditsave(0);
   EXPECT_EQ(messages(), before + 1);
   EXPECT_EQ(yyEditLastMessage().title, "Open Error");
@@ -208,16 +97,19 @@ TEST_F(EditorWindow, ASaveThatFailsSaysSoAndLeavesTheOldFile) {
     fs::rename(dir / "kept.out", dir / "keep.out");
     fs::permissions(dir, fs::perms::owner_read | fs::perms::owner_exec);
     fs::permissions(dir / "keep.out", fs::perms::owner_read);
+    answer_box("Return");
     yyeditsave(0);
     EXPECT_EQ(messages(), before + 2);
     EXPECT_EQ(read(dir / "keep.out"), "old\n");
   }
   // A device that takes nothing.
   WindowCloseChild(handle);
+  answer_box("Return");
   open("/dev/full");
   EXPECT_EQ(yyEditLastMessage().text, "/dev/full\nFile is not of a regular type.");
   WindowSelect(handle);
   WEditPutText("x");
+  answer_box("Return");
   yyeditsave(0);
   EXPECT_EQ(yyEditLastMessage().title, "Write Error");
   EXPECT_EQ(yyEditLastMessage().text, "/dev/full\nFailed to write entire file.");
@@ -225,6 +117,7 @@ TEST_F(EditorWindow, ASaveThatFailsSaysSoAndLeavesTheOldFile) {
 
 TEST_F(EditorWindow, MissingFilesAndDirectoriesAreReported) {
   const int before = messages();
+  answer_box("Return");
   open((dir / "none.out").string());
   EXPECT_EQ(messages(), before + 1);
   EXPECT_EQ(yyEditLastMessage().title, "Open Error");
@@ -234,6 +127,7 @@ TEST_F(EditorWindow, MissingFilesAndDirectoriesAreReported) {
   EXPECT_EQ(WInfoEditor(handle, 2), 0);
 
   WindowSelect(handle);
+  answer_box("Return");
   WEditFile(dir.string());
   EXPECT_EQ(yyEditLastMessage().text, dir.string() + "\nFile is not of a regular type.");
   WindowCloseChild(handle);
@@ -330,26 +224,6 @@ TEST_F(EditorWindow, TheCloseBoxEndsTheApplicationsLoop) {
   EXPECT_EQ(yyEditRecordOf(handle), nullptr);
 }
 
-// Answers the save question as a user would, once it shows: the button of
-// the answer (an XmDIALOG_* child) is pressed.
-struct Answer {
-  Widget shell;
-  unsigned char button;
-  bool asked = false;
-};
-void answer_later(XtPointer data, XtIntervalId*) {
-  auto* a = static_cast<Answer*>(data);
-  Widget box = XtNameToWidget(a->shell, "*EditQuestion");
-  if (!box || !XtIsManaged(box)) {
-    XtAppAddTimeOut(zelvy_x::state().ixContext, 50, answer_later, data);
-    return;
-  }
-  a->asked = true;
-  XmPushButtonCallbackStruct cb{};
-  cb.reason = XmCR_ACTIVATE;
-  XtCallCallbacks(XmMessageBoxGetChild(box, a->button), XmNactivateCallback, &cb);
-}
-
 // Runs the loop until a close request or until nothing more comes.
 bool close_requested(int handle) {
   int type = 0;
@@ -372,15 +246,14 @@ TEST_F(EditorWindow, ClosingWithUnsavedChangesAsksFirst) {
   open((dir / "job.txt").string());
   WindowSelect(handle);
   WEditPutText("b\n");
-  Answer cancel{zelvy_win::state().wtShell[handle], XmDIALOG_CANCEL_BUTTON};
-  XtAppAddTimeOut(zelvy_x::state().ixContext, 50, answer_later, &cancel);
+  answer_box("Escape");
   close_box(zelvy_win::state().wShell[handle]);
   EXPECT_FALSE(close_requested(handle));  // cancelled: nothing closes
-  EXPECT_TRUE(cancel.asked);
+  ASSERT_EQ(box_titles.size(), 1u);
+  EXPECT_EQ(box_titles[0], "Ombrel Text Editor");  // the box drops trailing blanks
   EXPECT_EQ(read(dir / "job.txt"), "a\n");
 
-  Answer yes{zelvy_win::state().wtShell[handle], XmDIALOG_OK_BUTTON};
-  XtAppAddTimeOut(zelvy_x::state().ixContext, 50, answer_later, &yes);
+  answer_box("Return");  // Yes, the first button
   close_box(zelvy_win::state().wShell[handle]);
   EXPECT_TRUE(close_requested(handle));
   EXPECT_EQ(read(dir / "job.txt"), "b\n");  // Yes saved first
@@ -438,3 +311,40 @@ TEST_F(EditorWindow, TheScrollWindowGathersLinesInAnEditor) {
   EXPECT_TRUE(msg::wscroll);
   msg::close_scroll_window();
 }
+
+namespace {
+
+// A large plain file is held a byte a character; the first letter outside
+// ASCII, typed or put by the program, makes room for any letter and keeps
+// the text, the caret and the line table.
+TEST_F(EditorWindow, ALargePlainFileTakesLettersOfAnyKind) {
+  std::string big;
+  for (int i = 0; i < 40'000; ++i) big += "reflection " + std::to_string(i) + " 1.000 2.000 3.000\n";
+  write(dir / "plain.int", big);
+  open((dir / "plain.int").string());
+  ASSERT_TRUE(record().Narrow);
+  click_text();
+  xdotool("key End");
+  // As the widget's own input puts a typed or pasted letter (xdotool can't type
+  // this one on the test server).
+  XmTextInsert(record().Text, XmTextGetInsertionPosition(record().Text), const_cast<char*>("ö"));
+  settle();
+  EXPECT_FALSE(record().Narrow);
+  std::string expected = big;
+  expected.insert(big.find('\n'), "ö");
+  EXPECT_TRUE(text() == expected);  // not printed: 1.4 MB
+  EXPECT_EQ(WInfoEditor(handle, 1), 0);
+  EXPECT_EQ(yyWindowStatusBarText(handle, 1), "Line:1  Col:32");
+  EXPECT_EQ(WEditPos(2, 40'000), static_cast<int>(yyEditCharCount(expected.substr(0, expected.rfind("reflection 39999")))) + 1);
+
+  // The program's own change does the same, at once.
+  WindowCloseChild(handle);
+  open((dir / "plain.int").string());
+  ASSERT_TRUE(record().Narrow);
+  WindowSelect(handle);
+  WEditPutTextPart("Å", 1);
+  EXPECT_FALSE(record().Narrow);
+  EXPECT_TRUE(text() == "Å" + big);
+}
+
+}  // namespace
