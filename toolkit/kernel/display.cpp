@@ -66,6 +66,11 @@ const char* fallback[] = {
     "Zelv*XmLabel.marginHeight: 0",
     "*multiClickTime: 500",
     "Zelv*xft: 1",
+    // The window and dialog units were laid out for the metrics of the common
+    // sans faces; this one shares them, where the fontconfig default is wider.
+    "Zelv*xftName: Liberation Sans",
+    "Zelv*xftNameMenu: Liberation Sans",
+    "Zelv*xftNameStatus: Liberation Sans",
     nullptr,
 };
 
