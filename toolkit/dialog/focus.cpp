@@ -90,8 +90,10 @@ void mapped_cb(Widget shell, XtPointer, XEvent* ev, Boolean*) {
   Window focus = 0;
   int revert = 0;
   XGetInputFocus(dpy, &focus, &revert);
-  // Only a keyboard the program holds is handed on; another program's stays.
-  const bool ours = focus == PointerRoot || focus == None || XtWindowToWidget(dpy, focus) != nullptr;
+  // Only a keyboard the program holds, or nobody does, is handed on;
+  // another program's stays where it is.
+  const bool ours = focus == PointerRoot || focus == None || focus == DefaultRootWindow(dpy) ||
+                    XtWindowToWidget(dpy, focus) != nullptr;
   XWindowAttributes at{};
   if (ours && XGetWindowAttributes(dpy, XtWindow(shell), &at) && at.map_state == IsViewable)
     XSetInputFocus(dpy, XtWindow(shell), RevertToParent, CurrentTime);
