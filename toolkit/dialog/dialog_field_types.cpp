@@ -588,6 +588,12 @@ void yyDialogDouble(DialogRecord& d, FieldRecord& f) { create_text(d, f); }
 
 void yyAttachGridField(const GridFieldHooks& hooks) { gridHooks = hooks; }
 
+bool yyDialogGridFocus(FieldRecord& f) {
+  if (f.type != kGrid || !gridHooks.focus) return false;
+  gridHooks.focus(f);
+  return true;
+}
+
 namespace {
 
 // What the types share beyond creation: clearing (2) and the states (3..6).

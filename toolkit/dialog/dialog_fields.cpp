@@ -742,6 +742,7 @@ void yyDialogForgetFields(DialogRecord& d) {
 // ---- Focus by program ------------------------------------------------------
 
 void yyDialogFocus(FieldRecord& f, int position) {
+  if (yyDialogGridFocus(f)) return;
   Widget target = f.valueWidget ? f.valueWidget : f.widget;
   if (!target) return;
   XmProcessTraversal(target, XmTRAVERSE_CURRENT);

@@ -189,6 +189,14 @@ bool matches(const FieldRecord& f, unsigned keycode) {
   return XKeysymToKeycode(xdisplay(), static_cast<KeySym>(f.mnemonicKeysym)) == keycode;
 }
 
+// The field of the dialog that holds a widget, such as a grid's cell.
+FieldRecord* enclosing_field(DialogRecord& d, Widget w) {
+  for (; w && w != d.widget; w = XtParent(w))
+    for (FieldRecord& f : d.fields)
+      if (f.widget == w || f.outerWidget == w) return &f;
+  return nullptr;
+}
+
 DialogRecord* page_owner(int pageId) {
   for (DialogRecord& owner : zelvy_dialog::state().wDialogInfo)
     for (const FieldRecord& f : owner.fields)
@@ -209,6 +217,7 @@ void yyDialogKeyTrans(Widget w, XEvent* ev, String* params, Cardinal* count) {
   const int direction = way == 'b' ? -1 : 1;
   FieldRecord* f = nullptr;
   DialogRecord* d = yyDialogFieldInfo(w, f);
+  if (d && !f) f = enclosing_field(*d, w);
   const int at = d && f ? static_cast<int>(f - d->fields.data()) : -1;
   switch (letter) {
     case 'r': if (d) press_default(*d, true); break;
@@ -300,9 +309,11 @@ void yyDialogDblClickCB(Widget w, XtPointer, XtPointer call) {
   press_default(*d, false);
 }
 
-void yyDialogTextMenuKeys(Widget text) {
+void yyDialogCellKeys(Widget text, bool tabLeaves) {
   Tables& t = tables();
-  if (t.menu && text && XmIsText(text)) XtOverrideTranslations(text, t.menu);
+  if (!t.menu || !text || !XmIsText(text)) return;
+  XtOverrideTranslations(text, t.menu);
+  if (tabLeaves) XtInsertEventHandler(text, KeyPressMask, False, tab_key, nullptr, XtListHead);
 }
 
 bool yyDialogShortcut(DialogRecord& dialog, const XEvent& ev) {

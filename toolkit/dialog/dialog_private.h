@@ -328,10 +328,15 @@ void yyDialogMnemonics(DialogRecord& d);
 // without a window manager to give it.
 void yyDialogTakeFocusOnMap(DialogRecord& d);
 // The context menu of a text widget (a dialog field or a grid cell) at root
-// x, y; its choice; and the keys and button that open it on a text widget.
+// x, y; and its choice.
 void yyDialogTextMenu(Widget text, int x, int y);
 void yyDialogProcessTextMenu(int owner, int item);
-void yyDialogTextMenuKeys(Widget text);
+// The dialog keys of a grid's text cell: its context menu and, unless the
+// grid keeps Tab for itself, Tab and Shift+Tab on to the dialog's next field.
+void yyDialogCellKeys(Widget text, bool tabLeaves);
+// The keyboard to a grid field's current cell; false for other fields or
+// without the grid layer.
+bool yyDialogGridFocus(FieldRecord& f);
 // Selects all of a text without moving its view.
 void yyDialogSelectAll(Widget text);
 // Tab fields. A page is added with its widget, identifier and label (a

@@ -499,7 +499,7 @@ void yyGridWidgetCreateColumn(Widget grid, int column) {
     XtOverrideTranslations(w, tables().clip);
     if (g.wantReturn) XtOverrideTranslations(w, tables().ret);
     if (g.wantTab) XtOverrideTranslations(w, tables().tab);
-    yyDialogTextMenuKeys(w);  // the context menu of text cells is the dialogs' one
+    yyDialogCellKeys(w, !g.wantTab);  // the context menu and Tab of the dialog
     XtManageChild(f.outerWidget ? f.outerWidget : f.widget);
     if (c.cellType == grid_type::kCombo) {
       // A combo lays its parts out only when its size changes: it is given
