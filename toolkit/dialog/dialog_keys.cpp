@@ -184,7 +184,7 @@ void alt_key(Widget w, XtPointer, XEvent* ev, Boolean* cont) {
   if (d && yyDialogShortcut(*d, *ev)) *cont = False;
 }
 
-bool matches(const FieldRecord& f, unsigned keycode) {
+bool yyDialogMatchMnemonic(const FieldRecord& f, unsigned keycode) {
   if (!f.mnemonicKeysym || (f.style & field_style::kDisabled)) return false;
   return XKeysymToKeycode(xdisplay(), static_cast<KeySym>(f.mnemonicKeysym)) == keycode;
 }
@@ -339,7 +339,7 @@ bool yyDialogShortcut(DialogRecord& dialog, const XEvent& ev) {
   bool ambiguous = false;
   for (const auto& [from, to] : ranges) {
     for (int i = from; i < to && !ambiguous; ++i) {
-      if (!matches(d.fields[static_cast<std::size_t>(i)], ev.xkey.keycode)) continue;
+      if (!yyDialogMatchMnemonic(d.fields[static_cast<std::size_t>(i)], ev.xkey.keycode)) continue;
       if (match < 0) match = i;
       else ambiguous = true;
     }

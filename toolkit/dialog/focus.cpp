@@ -58,7 +58,7 @@ const FieldRecord& field_at(int dialogIndex, int field) {
 }
 
 // The frame's own shadow colours give the sunken look; the flat look a line.
-void draw_mark(Widget w, XtPointer, XtPointer) {
+void yyDialogDefButDrawCB(Widget w, XtPointer, XtPointer) {
   if (!XtIsRealized(w)) return;
   Display* dpy = XtDisplay(w);
   Dimension width = 0, height = 0;
@@ -160,7 +160,7 @@ void yyDialogDefButAddRemove(int direction, DialogRecord& d) {
   d.defaultFrame = XtVaCreateWidget("DefBut", xmDrawingAreaWidgetClass, d.widget, XmNresizePolicy, XmRESIZE_NONE,
                                     XmNmarginWidth, 0, XmNmarginHeight, 0, XmNtraversalOn, False, XtNbackground,
                                     zelvy_x::state().wSchemeCol[3].pixel, nullptr);
-  XtAddCallback(d.defaultFrame, XmNexposeCallback, draw_mark, nullptr);
+  XtAddCallback(d.defaultFrame, XmNexposeCallback, yyDialogDefButDrawCB, nullptr);
 }
 
 void yyDialogDefButMove(DialogRecord& d) {
