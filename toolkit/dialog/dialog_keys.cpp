@@ -31,7 +31,7 @@ struct Tables {
   XtTranslations radio = nullptr;    // radio buttons
   XtTranslations text = nullptr;     // text widgets
   XtTranslations multi = nullptr;    // multi-line texts
-  XtTranslations menu = nullptr;     // the context menu of grid cells
+  XtTranslations menu = nullptr;     // the context menu of texts
 };
 
 Tables& tables() {
@@ -241,8 +241,7 @@ void yyDialogKeyInit() {
       "<Key>osfRight: yyDialogKeyTrans(C,f)\n<Key>osfDown: yyDialogKeyTrans(C,f)");
   t.text = XtParseTranslationTable(
       "Ctrl<Key>x: yyDialogKeyTrans(x)\nCtrl<Key>c: yyDialogKeyTrans(c)\nCtrl<Key>v: yyDialogKeyTrans(v)\n"
-      "Ctrl<Key>a: yyDialogKeyTrans(a)\n<Btn3Up>: yyDialogKeyTrans(f)\n<Key>osfMenu: yyDialogKeyTrans(F)\n"
-      "Shift<Key>F10: yyDialogKeyTrans(F)\nCtrl<Key>: yyDialogKeyTrans(i)");
+      "Ctrl<Key>a: yyDialogKeyTrans(a)\nCtrl<Key>: yyDialogKeyTrans(i)");
   t.menu = XtParseTranslationTable(
       "<Btn3Up>: yyDialogKeyTrans(f)\n<Key>osfMenu: yyDialogKeyTrans(F)\nShift<Key>F10: yyDialogKeyTrans(F)");
   // The context menu's choice comes back through the loop.
@@ -279,6 +278,8 @@ void yyDialogKeyTranslations(DialogRecord& d, FieldRecord* f) {
   XtInsertEventHandler(value, KeyPressMask, False, tab_key, nullptr, XtListHead);
   XtInsertEventHandler(value, KeyPressMask, False, alt_key, nullptr, XtListHead);
   if (XmIsText(value)) yyDialogXmTextProps2(value, f->type == kString && (f->style & field_style::kMultiLine));
+  // A combo's right button reports a context click of its own.
+  if (XmIsText(value) && f->type != kCombo) XtOverrideTranslations(value, t.menu);
 }
 
 void yyDialogXmTextProps2(Widget text, bool multiLine) {
