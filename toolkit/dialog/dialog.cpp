@@ -355,6 +355,17 @@ void yyDialogSizeFix(DialogRecord& d) {
   }
 }
 
+// A dialog with a default button, declared or the one with identifier 1,
+// shows the mark on it until the focus moves to another button.
+void show_default_mark(DialogRecord& d) {
+  bool ok = false;
+  for (const FieldRecord& f : d.fields) ok = ok || (f.identifier == 1 && f.type == kButton);
+  if (d.defaultButton < 0 && !ok) return;
+  yyDialogDefButAddRemove(1, d);
+  d.shownDefaultButton = -1;
+  yyDialogDefButMove(d);
+}
+
 // Shows the current dialog; returns the error code, 0 on success. x and y
 // in pixels, -1 centred.
 int yyDialogShow(int x, int y, int mode, int fieldid) {
@@ -391,6 +402,8 @@ int yyDialogShow(int x, int y, int mode, int fieldid) {
     if (f.type == kTreeview) yyDialogTreeviewFixState(f);
   d.shownMode = mode;
   d.focusField = -1;
+  show_default_mark(d);
+  yyDialogTakeFocusOnMap(d);
   const int fi = fieldid != 0 ? yyDialogFindField(fieldid, ds.iDlgCur) : -1;
   if (fi >= 0 && d.fields[static_cast<std::size_t>(fi)].widget) yyDialogFocus(d.fields[static_cast<std::size_t>(fi)], -1);
   else yyDialogFocusFirst(d);
@@ -859,6 +872,7 @@ void yywindowdialog(int handle, int dialogid) {
   XtManageChild(d.widget);
   yyDialogSizeFix(d);
   d.shownMode = 2;
+  show_default_mark(d);
   yyDialogFocusFirst(d);
 }
 

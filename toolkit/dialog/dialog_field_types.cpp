@@ -111,6 +111,8 @@ void label_create(DialogRecord& d, FieldRecord& f) {
   // Multi-line labels start at the top, as typed text does.
   f.valueWidget = XtCreateManagedWidget("Label", xmLabelWidgetClass, f.widget, args.a, args.n);
   XtVaSetValues(f.valueWidget, XmNchildType, XmFRAME_WORKAREA_CHILD, nullptr);
+  if (mnemonic && (f.capabilities & field_capability::kMnemonic))
+    XtVaSetValues(f.valueWidget, XmNmnemonic, XStringToKeysym(std::string(1, mnemonic).c_str()), nullptr);
   yyDialogLabelSetText(f, f.text);
 }
 
@@ -544,6 +546,12 @@ void yyDialogReal(DialogRecord& d, FieldRecord& f) { create_text(d, f); }
 void yyDialogDouble(DialogRecord& d, FieldRecord& f) { create_text(d, f); }
 
 void yyAttachGridField(const GridFieldHooks& hooks) { gridHooks = hooks; }
+
+bool yyDialogGridFocus(FieldRecord& f) {
+  if (f.type != kGrid || !gridHooks.focus) return false;
+  gridHooks.focus(f);
+  return true;
+}
 
 namespace {
 

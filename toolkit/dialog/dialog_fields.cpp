@@ -164,6 +164,7 @@ void focus_in(DialogRecord* d, FieldRecord* f) {
   if (f->capabilities & field_capability::kCursorWhenFocused) XtVaSetValues(f->valueWidget, XmNcursorPositionVisible, True, nullptr);
   if (d->focusField < 0) d->focusField = static_cast<int>(f - d->fields.data());
   else field_changed_message(*d, *f);
+  yyDialogDefButProc(*d);
 }
 
 }  // namespace
@@ -390,7 +391,10 @@ void yyDialogEscapeEH(Widget w, XtPointer, XEvent* ev, Boolean* cont) {
   DialogRecord* d = yyDialogFieldInfo(w, f);
   if (!d) return;
   if (cont) *cont = False;  // once, from the field or else from the dialog
-  if (ds.pFieldInputFocus) yyDialogRestoreValid(*ds.pFieldInputFocus);
+  // Only a value that doesn't hold is taken back: text that does is the
+  // user's, which a string field would otherwise lose.
+  if (ds.pFieldInputFocus && !yyDialogFieldValidate(ds.pFieldInputFocus, false))
+    yyDialogRestoreValid(*ds.pFieldInputFocus);
   ds.bInvalidField = false;
   bValid = true;
   pStoredItem = nullptr;
@@ -738,6 +742,7 @@ void yyDialogForgetFields(DialogRecord& d) {
 // ---- Focus by program ------------------------------------------------------
 
 void yyDialogFocus(FieldRecord& f, int position) {
+  if (yyDialogGridFocus(f)) return;
   Widget target = f.valueWidget ? f.valueWidget : f.widget;
   if (!target) return;
   XmProcessTraversal(target, XmTRAVERSE_CURRENT);

@@ -1,19 +1,24 @@
 // The keyboard of dialogs: Return presses the default button, Tab walks the
-// toolkit's own field order, arrows move within a radio group, and text
-// widgets get the clipboard keys. All of it runs through the one action
-// "yyDialogKeyTrans", whose argument letters say what to do.
+// toolkit's own field order, Alt with a letter finds a mnemonic, arrows move
+// within a radio group, and text widgets get the clipboard keys and their
+// context menu. All of it runs through the one action "yyDialogKeyTrans",
+// whose argument letters say what to do.
 #include <X11/IntrinsicP.h>
 #include <X11/keysym.h>
+#include <Xm/Label.h>
 #include <Xm/List.h>
 #include <Xm/Text.h>
 #include <Xm/ToggleB.h>
 
+#include <string>
 #include <string_view>
 
 #include "toolkit/dialog/dialog_private.h"
 #include "toolkit/dialog/field_styles.h"
 #include "toolkit/kernel/display_private.h"
 #include "toolkit/kernel/message.h"
+#include "toolkit/kernel/message_private.h"
+#include "toolkit/kernel/resources.h"
 #include "toolkit/kernel/tooltip_private.h"
 
 using namespace zelvy_dialog;
@@ -26,6 +31,7 @@ struct Tables {
   XtTranslations radio = nullptr;    // radio buttons
   XtTranslations text = nullptr;     // text widgets
   XtTranslations multi = nullptr;    // multi-line texts
+  XtTranslations menu = nullptr;     // the context menu of texts
 };
 
 Tables& tables() {
@@ -54,11 +60,12 @@ int field_id(const DialogRecord& d, int index) {
              : -1;
 }
 
-// The button that Return (or a double click) presses: the default button,
-// else with `withOk` the field with identifier 1. Null when there is none.
+// The button that Return (or a double click) presses: the one with the
+// default mark, else the default button, else with `withOk` the field with
+// identifier 1. Null when there is none.
 FieldRecord* default_target(DialogRecord& d, bool withOk) {
-  if (d.defaultButton >= 0 && static_cast<std::size_t>(d.defaultButton) < d.fields.size())
-    return &d.fields[static_cast<std::size_t>(d.defaultButton)];
+  for (int at : {d.shownDefaultButton, d.defaultButton})
+    if (at >= 0 && static_cast<std::size_t>(at) < d.fields.size()) return &d.fields[static_cast<std::size_t>(at)];
   if (withOk)
     for (FieldRecord& f : d.fields)
       if (f.identifier == 1) return &f;
@@ -76,17 +83,17 @@ void press_default(DialogRecord& d, bool withOk) {
   yyDialogSendMessage(&d, PushButton, 1, from, -1, -1, -1, -1, d.identifier);
 }
 
-// One step of the tab order, cyclic within the dialog; the start itself
-// when nothing else can take the focus.
+// The next field in the tab order that takes the focus, through the pages of
+// tab fields; the focus stays when the walk comes back to where it began.
 void next_field(DialogRecord& d, int start, int direction) {
-  const int n = static_cast<int>(d.fields.size());
-  if (n == 0) return;
-  if (start < 0) start = direction > 0 ? n - 1 : 0;
-  for (int i = (start + direction + n) % n; i != start; i = (i + direction + n) % n) {
-    FieldRecord& f = d.fields[static_cast<std::size_t>(i)];
-    if (!usable(f) || !(f.style & field_style::kTabStop) || !(f.capabilities & field_capability::kTabReach)) continue;
-    // A radio group is one stop: its set button.
-    if (f.type == kRadio && !XmToggleButtonGetState(f.widget)) continue;
+  const int startDialog = yyDialogIndexOf(d);
+  int dialog = startDialog, field = start;
+  // Every field of every dialog at most once, with room for the page steps.
+  for (int steps = 0; steps < 4 * kDialogs * 64; ++steps) {
+    if (!yyDialogFindNextPrev(direction, dialog, field)) return;
+    if (dialog == startDialog && field == start) return;
+    FieldRecord& f = zelvy_dialog::state().wDialogInfo[dialog].fields[static_cast<std::size_t>(field)];
+    if (!yyDialogTabStop(f)) continue;
     yyDialogFocus(f, -1);
     return;
   }
@@ -123,7 +130,7 @@ void text_action(Widget w, char letter, Time time) {
     case 'x': XmTextCut(w, time); break;
     case 'c': XmTextCopy(w, time); break;
     case 'v': XmTextPaste(w); break;
-    case 'a': XmTextSetSelection(w, 0, XmTextGetLastPosition(w), time); break;
+    case 'a': yyDialogSelectAll(w); break;
     case 'R': XmTextInsert(w, XmTextGetInsertionPosition(w), const_cast<char*>("\n")); break;
     case 'T': XmTextInsert(w, XmTextGetInsertionPosition(w), const_cast<char*>("\t")); break;
     default: break;
@@ -152,6 +159,44 @@ void tab_key(Widget w, XtPointer, XEvent* ev, Boolean* cont) {
   *cont = False;
 }
 
+// The context menu at the pointer (a button release) or at the middle of
+// the widget (the keyboard).
+void text_menu(Widget w, const XEvent* ev, bool fromKeyboard) {
+  if (!XmIsText(w)) return;
+  if (!fromKeyboard) {
+    if (ev && ev->type == ButtonRelease) yyDialogTextMenu(w, ev->xbutton.x_root, ev->xbutton.y_root);
+    return;
+  }
+  Dimension width = 0, height = 0;
+  XtVaGetValues(w, XtNwidth, &width, XtNheight, &height, nullptr);
+  Position x = 0, y = 0;
+  XtTranslateCoords(w, static_cast<Position>(width / 2), static_cast<Position>(height / 2), &x, &y);
+  yyDialogTextMenu(w, x, y);
+}
+
+// Alt with a key, and nothing else held but the locks, looks for a mnemonic.
+void alt_key(Widget w, XtPointer, XEvent* ev, Boolean* cont) {
+  if (ev->type != KeyPress) return;
+  const auto& xs = zelvy_x::state();
+  const unsigned held = ev->xkey.state & ~(LockMask | xs.NumLockMask);
+  if (held == 0 || (held & ~xs.AltMask) != 0) return;
+  DialogRecord* d = yyDialogFindFromWgt(w);
+  if (d && yyDialogShortcut(*d, *ev)) *cont = False;
+}
+
+bool yyDialogMatchMnemonic(const FieldRecord& f, unsigned keycode) {
+  if (!f.mnemonicKeysym || (f.style & field_style::kDisabled)) return false;
+  return XKeysymToKeycode(xdisplay(), static_cast<KeySym>(f.mnemonicKeysym)) == keycode;
+}
+
+// The field of the dialog that holds a widget, such as a grid's cell.
+FieldRecord* enclosing_field(DialogRecord& d, Widget w) {
+  for (; w && w != d.widget; w = XtParent(w))
+    for (FieldRecord& f : d.fields)
+      if (f.widget == w || f.outerWidget == w) return &f;
+  return nullptr;
+}
+
 DialogRecord* page_owner(int pageId) {
   for (DialogRecord& owner : zelvy_dialog::state().wDialogInfo)
     for (const FieldRecord& f : owner.fields)
@@ -172,11 +217,14 @@ void yyDialogKeyTrans(Widget w, XEvent* ev, String* params, Cardinal* count) {
   const int direction = way == 'b' ? -1 : 1;
   FieldRecord* f = nullptr;
   DialogRecord* d = yyDialogFieldInfo(w, f);
+  if (d && !f) f = enclosing_field(*d, w);
   const int at = d && f ? static_cast<int>(f - d->fields.data()) : -1;
   switch (letter) {
     case 'r': if (d) press_default(*d, true); break;
     case 't': if (d) next_field(*d, at, direction); break;
     case 'C': if (d) next_radio(*d, at, direction); break;
+    case 'f': text_menu(w, ev, false); break;
+    case 'F': text_menu(w, ev, true); break;
     case 'i': break;  // swallows the other Ctrl keys, which Motif would act on
     default: text_action(w, letter, event_time(ev)); break;
   }
@@ -194,6 +242,12 @@ void yyDialogKeyInit() {
   t.text = XtParseTranslationTable(
       "Ctrl<Key>x: yyDialogKeyTrans(x)\nCtrl<Key>c: yyDialogKeyTrans(c)\nCtrl<Key>v: yyDialogKeyTrans(v)\n"
       "Ctrl<Key>a: yyDialogKeyTrans(a)\nCtrl<Key>: yyDialogKeyTrans(i)");
+  t.menu = XtParseTranslationTable(
+      "<Btn3Up>: yyDialogKeyTrans(f)\n<Key>osfMenu: yyDialogKeyTrans(F)\nShift<Key>F10: yyDialogKeyTrans(F)");
+  // The context menu's choice comes back through the loop.
+  LoopHooks loop;
+  loop.textMenu = yyDialogProcessTextMenu;
+  yyAttachLoopHooks(loop);
   t.multi = XtParseTranslationTable("Ctrl<Key>Return: yyDialogKeyTrans(R)\nCtrl<Key>Tab: yyDialogKeyTrans(T)");
 }
 
@@ -201,8 +255,19 @@ void yyDialogKeyTranslations(DialogRecord& d, FieldRecord* f) {
   Tables& t = tables();
   if (!t.dialog) return;
   if (!f) {
-    if (d.widget) XtOverrideTranslations(d.widget, t.dialog);
+    if (!d.widget) return;
+    XtOverrideTranslations(d.widget, t.dialog);
+    XtInsertEventHandler(d.widget, KeyPressMask, False, alt_key, nullptr, XtListHead);
     return;
+  }
+  if (f->capabilities & field_capability::kMnemonic) {
+    int key = 0;
+    yyrcfieldshortcut(d.resourceId, f->identifier, key);
+    KeySym marked = NoSymbol;
+    Widget labelled = f->type == kLabel ? f->valueWidget : f->widget;
+    if (!key && labelled && XmIsLabel(labelled)) XtVaGetValues(labelled, XmNmnemonic, &marked, nullptr);
+    if (key) f->mnemonicKeysym = static_cast<long>(XStringToKeysym(std::string(1, static_cast<char>(key)).c_str()));
+    else if (marked != NoSymbol) f->mnemonicKeysym = static_cast<long>(marked);
   }
   Widget value = f->valueWidget ? f->valueWidget : f->widget;
   if (!value || !(f->capabilities & field_capability::kTakesFocus)) return;
@@ -211,7 +276,10 @@ void yyDialogKeyTranslations(DialogRecord& d, FieldRecord* f) {
   // Motif puts its own traversal keys over a widget's table when it takes the
   // focus; Tab is therefore taken before any table sees it.
   XtInsertEventHandler(value, KeyPressMask, False, tab_key, nullptr, XtListHead);
+  XtInsertEventHandler(value, KeyPressMask, False, alt_key, nullptr, XtListHead);
   if (XmIsText(value)) yyDialogXmTextProps2(value, f->type == kString && (f->style & field_style::kMultiLine));
+  // A combo's right button reports a context click of its own.
+  if (XmIsText(value) && f->type != kCombo) XtOverrideTranslations(value, t.menu);
 }
 
 void yyDialogXmTextProps2(Widget text, bool multiLine) {
@@ -240,4 +308,57 @@ void yyDialogDblClickCB(Widget w, XtPointer, XtPointer call) {
     d = owner;
   }
   press_default(*d, false);
+}
+
+void yyDialogCellKeys(Widget text, bool tabLeaves) {
+  Tables& t = tables();
+  if (!t.menu || !text || !XmIsText(text)) return;
+  XtOverrideTranslations(text, t.menu);
+  if (tabLeaves) XtInsertEventHandler(text, KeyPressMask, False, tab_key, nullptr, XtListHead);
+}
+
+bool yyDialogShortcut(DialogRecord& dialog, const XEvent& ev) {
+  if (ev.type != KeyPress) return false;
+  // The field with the focus starts the search; the focus may be in a page.
+  Widget focus = XmGetFocusWidget(dialog.widget);
+  FieldRecord* ff = nullptr;
+  DialogRecord* found = focus ? yyDialogFieldInfo(focus, ff) : &dialog;
+  if (!found) return false;
+  DialogRecord& d = *found;
+  const int n = static_cast<int>(d.fields.size());
+  if (n == 0) return false;
+  const int at = ff ? static_cast<int>(ff - d.fields.data()) : 0;
+  auto starts_group = [&](int i) { return (d.fields[static_cast<std::size_t>(i)].style & field_style::kGroupStart) != 0; };
+  int first = at;
+  while (first > 0 && !starts_group(first)) --first;
+  int end = at + 1;
+  while (end < n && !starts_group(end)) ++end;
+  // After the focus within its group, the rest of the group, the fields
+  // after the group, those before it, and the focus field last.
+  const std::pair<int, int> ranges[] = {{at + 1, end}, {first, at}, {end, n}, {0, first}, {at, at + 1}};
+  int match = -1;
+  bool ambiguous = false;
+  for (const auto& [from, to] : ranges) {
+    for (int i = from; i < to && !ambiguous; ++i) {
+      if (!yyDialogMatchMnemonic(d.fields[static_cast<std::size_t>(i)], ev.xkey.keycode)) continue;
+      if (match < 0) match = i;
+      else ambiguous = true;
+    }
+    if (ambiguous) break;
+  }
+  if (match < 0) return false;
+  // A label's key lands on the next field that takes the focus.
+  int target = -1;
+  for (int k = 0; k < n; ++k) {
+    const FieldRecord& f = d.fields[static_cast<std::size_t>((match + k) % n)];
+    if (usable(f) && (f.capabilities & field_capability::kTakesFocus)) {
+      target = (match + k) % n;
+      break;
+    }
+  }
+  if (target < 0) return true;
+  FieldRecord& f = d.fields[static_cast<std::size_t>(target)];
+  yyDialogFocus(f, -1);
+  if (!ambiguous && (f.capabilities & field_capability::kMnemonicActivates)) arm_and_activate(f.widget);
+  return true;
 }

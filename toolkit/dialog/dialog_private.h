@@ -99,6 +99,10 @@ struct DialogRecord {
   int radioGroupCount = 0;
   int focusField = -1, previousFocusField = -1;  // indices into fields
   int defaultButton = -1;
+  // The button that carries the default mark now (the focused button, else
+  // the declared default), and the frame that draws the mark.
+  int shownDefaultButton = -1;
+  Widget defaultFrame = nullptr;
   Widget embeddingParent = nullptr, parentWidget = nullptr;
   int kind = 0;  // 0/2 own shell, 1 tab page, 3 combined with a window
   int parentWindow = -1;
@@ -303,6 +307,38 @@ void yyDialogKeyInit();
 void yyDialogKeyTranslations(DialogRecord& d, FieldRecord* f);
 void yyDialogXmTextProps2(Widget text, bool multiLine);
 void yyDialogDblClickCB(Widget w, XtPointer data, XtPointer call);
+// The default mark: made (1) or dropped (-1), placed on the button that
+// carries it, and moved after the focus (a focused button takes it, a text
+// field gives it back to the declared default).
+void yyDialogDefButAddRemove(int direction, DialogRecord& d);
+void yyDialogDefButMove(DialogRecord& d);
+void yyDialogDefButProc(DialogRecord& d);
+// One step of the tab order from field `field` of dialog `dialogIndex`,
+// through the pages of tab fields as if their fields stood at the tab;
+// both are updated. False when the dialog has no fields.
+bool yyDialogFindNextPrev(int direction, int& dialogIndex, int& field);
+// Whether a field may take the focus from Tab, a mnemonic or the first focus.
+bool yyDialogTabStop(const FieldRecord& f);
+// Alt plus a key: the field whose mnemonic it is takes the focus, and a
+// button that is the only one with that key is pressed.
+bool yyDialogShortcut(DialogRecord& d, const XEvent& event);
+// The mnemonic keys of a dialog's fields, from the resource.
+void yyDialogMnemonics(DialogRecord& d);
+// A dialog shell that maps gets the keyboard when the program has it, also
+// without a window manager to give it.
+void yyDialogTakeFocusOnMap(DialogRecord& d);
+// The context menu of a text widget (a dialog field or a grid cell) at root
+// x, y; and its choice.
+void yyDialogTextMenu(Widget text, int x, int y);
+void yyDialogProcessTextMenu(int owner, int item);
+// The dialog keys of a grid's text cell: its context menu and, unless the
+// grid keeps Tab for itself, Tab and Shift+Tab on to the dialog's next field.
+void yyDialogCellKeys(Widget text, bool tabLeaves);
+// The keyboard to a grid field's current cell; false for other fields or
+// without the grid layer.
+bool yyDialogGridFocus(FieldRecord& f);
+// Selects all of a text without moving its view.
+void yyDialogSelectAll(Widget text);
 // Tab fields. A page is added with its widget, identifier and label (a
 // blank when empty); the first one added is selected. Selecting (no
 // message) ignores an unknown, disabled or already selected page and

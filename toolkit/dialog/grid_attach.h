@@ -12,6 +12,8 @@ struct GridFieldHooks {
   void (*create)(DialogRecord& d, FieldRecord& f) = nullptr;
   // The field's state (0 disabled, 1 enabled, 2 read-only) in its cells' colours.
   void (*colour)(FieldRecord& f, int state) = nullptr;
+  // The keyboard to the field's current cell (the first when there is none).
+  void (*focus)(FieldRecord& f) = nullptr;
 };
 
 void yyAttachGridField(const GridFieldHooks& hooks);

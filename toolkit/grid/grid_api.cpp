@@ -125,6 +125,12 @@ void yyGridAttach() {
   hooks.colour = [](FieldRecord& f, int fieldState) {
     if (Widget grid = yyGridOfField(f)) yyGridColour(grid, fieldState);
   };
+  hooks.focus = [](FieldRecord& f) {
+    Widget grid = yyGridOfField(f);
+    if (!grid) return;
+    const GridPart& g = yyGridPart(grid);
+    yyGridWidgetSetCellFocusX(grid, std::max(0, g.icol), std::max(0, g.irow), -1);
+  };
   yyAttachGridField(hooks);
 }
 

@@ -499,6 +499,7 @@ void yyGridWidgetCreateColumn(Widget grid, int column) {
     XtOverrideTranslations(w, tables().clip);
     if (g.wantReturn) XtOverrideTranslations(w, tables().ret);
     if (g.wantTab) XtOverrideTranslations(w, tables().tab);
+    yyDialogCellKeys(w, !g.wantTab);  // the context menu and Tab of the dialog
     XtManageChild(f.outerWidget ? f.outerWidget : f.widget);
     if (c.cellType == grid_type::kCombo) {
       // A combo lays its parts out only when its size changes: it is given
@@ -749,7 +750,8 @@ void focus_moved_cb(Widget, XtPointer data, XtPointer call) {
   Widget w = cbs->new_focus;
   GridPart& g = part(grid);
   int oldColumn = 0, oldRow = 0;
-  if (cbs->old_focus && cbs->old_focus != w && grid_of(cbs->old_focus) == grid &&
+  // A cell that is going hands the keyboard on as it goes: nothing to show.
+  if (cbs->old_focus && !cbs->old_focus->core.being_destroyed && cbs->old_focus != w && grid_of(cbs->old_focus) == grid &&
       cell_of(grid, cbs->old_focus, oldColumn, oldRow) && g.st->firstRow + oldRow < g.st->model.rows) {
     // The cell left shows what it holds: a typed number in its format, and
     // text that was no number gives way to the value kept.

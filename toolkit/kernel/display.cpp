@@ -66,6 +66,14 @@ const char* fallback[] = {
     "Zelv*XmLabel.marginHeight: 0",
     "*multiClickTime: 500",
     "Zelv*xft: 1",
+    // The layouts were made for the metrics of the common sans faces, which
+    // this one shares; the fontconfig default is wider. The status bar's
+    // parts are fractions of a window that the dialog font sizes, so its
+    // captions fit only in a face narrower than the dialogs'.
+    "Zelv*xftName: Liberation Sans",
+    "Zelv*xftSize: 10",
+    "Zelv*xftNameMenu: Liberation Sans",
+    "Zelv*xftNameStatus: Liberation Sans Narrow",
     nullptr,
 };
 

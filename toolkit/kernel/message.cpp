@@ -904,6 +904,13 @@ void yyMsgCommandWait(int elapsed_ms) {
         break;
       default:
         if (!XFilterEvent(&ev, None)) yyMsgProcessMessage(ev);
+        // The next wait for a message clears what events raised before it:
+        // a close request that came meanwhile is kept for it instead.
+        if (mq.ZelvMessage.type == CloseRequest && mq.itypesaved == 0) {
+          mq.itypesaved = CloseRequest;
+          mq.valuesaved = mq.ZelvMessage.rec;
+        }
+        mq.ZelvMessage = Pending{};
         break;
     }
   }

@@ -1,7 +1,8 @@
 // The keyboard, tooltips and placement of dialogs on the main form: Return
-// and Tab through the toolkit's own tables, tooltips that follow the pointer
-// in and out of a field, common dialogs kept on the screen, and a grid that
-// shows its field's state in its cells.
+// and Tab through the toolkit's own tables, the whole tab order against the
+// resource, Escape, the text context menu, the About box over a grid cell,
+// tooltips that follow the pointer in and out of a field, common dialogs
+// kept on the screen, and a grid that shows its field's state in its cells.
 #include "tests/toolkit/dialog/form_fixture.h"
 
 #include <X11/keysym.h>
@@ -13,8 +14,10 @@
 #include <string>
 #include <vector>
 
+#include "toolkit/dialog/field_styles.h"
 #include "toolkit/grid/grid.h"
 #include "toolkit/grid/grid_private.h"
+#include "toolkit/kernel/menu_private.h"
 #include "toolkit/kernel/tooltip_private.h"
 
 namespace {
@@ -104,6 +107,104 @@ TEST_F(DialogKeys, TabFollowsTheFieldTableAndSkipsFieldsOutOfReach) {
   type("shift+Tab");
   settle();
   EXPECT_EQ(focused(), ids::browse_reflection_file);
+}
+
+TEST_F(DialogKeys, TabAndShiftTabWalkTheFormInTheOrderOfItsResource) {
+  using namespace zelvy_dialog;
+  RcDialog rc;
+  int status = 0;
+  yyrcdialogget(kForm, rc, status);
+  ASSERT_EQ(status, 0);
+  std::vector<int> expected;
+  for (const RcField& f : rc.fields)
+    if ((f.style & field_style::kTabStop) && f.type != kLabel && f.type != kGroup && f.type != kPicture)
+      expected.push_back(f.id);
+  ASSERT_GT(expected.size(), 10u);
+  DialogRecord& d = zelvy_dialog::state().wDialogInfo[zelvy_dialog::state().iDlgCur];
+  auto walk = [&](const char* keys) {
+    std::vector<int> seen;
+    yyDialogFocus(field(expected.front()), -1);
+    settle();
+    for (std::size_t i = 0; i < expected.size(); ++i) {
+      seen.push_back(d.fields[static_cast<std::size_t>(d.focusField)].identifier);
+      type(keys);
+      settle();
+    }
+    seen.push_back(d.fields[static_cast<std::size_t>(d.focusField)].identifier);
+    return seen;
+  };
+  std::vector<int> forward = expected;
+  forward.push_back(expected.front());
+  EXPECT_EQ(walk("Tab"), forward);
+  std::vector<int> backward{expected.front()};
+  backward.insert(backward.end(), expected.rbegin(), expected.rend());
+  EXPECT_EQ(walk("shift+Tab"), backward);
+}
+
+TEST_F(DialogKeys, EscapeAnswersCancelAndKeepsTheCellParameters) {
+  WDialogPutString(ids::cell, "5.43 5.43 5.43 90 90 90");
+  yyDialogFocus(field(ids::cell), -1);
+  settle();
+  type("Escape");
+  const auto sent = messages(PushButton);
+  ASSERT_EQ(sent.size(), 1u);
+  EXPECT_EQ(std::pair(sent[0].Value1, sent[0].Value2), std::pair(2, ids::cell));
+  std::string text;
+  WDialogGetString(ids::cell, text);
+  EXPECT_EQ(text, "5.43 5.43 5.43 90 90 90");
+}
+
+TEST_F(DialogKeys, TheContextMenuOfATextCutsAndPastesThroughTheClipboard) {
+  FieldRecord& title = field(ids::title);
+  WDialogPutString(ids::title, "Silicon");
+  yyDialogFocus(title, 0);  // no selection: nothing to cut, copy or delete
+  settle();
+  type("shift+F10");
+  settle();
+  const MenuRecord* menu = zelvy_menu::state().pwFloatMenu.get();
+  ASSERT_NE(menu, nullptr);
+  ASSERT_EQ(menu->ItemCount(), 6);
+  std::vector<bool> greyed;
+  for (int i = 0; i < menu->ItemCount(); ++i) greyed.push_back(menu->greyed(i));
+  EXPECT_EQ(greyed, (std::vector<bool>{true, true, greyed[2], true, false, false}));
+  type("Escape");
+  settle();
+  EXPECT_FALSE(yyMenuIsOpen());
+  // Select All from the menu, then Cut and Paste by their letters.
+  for (const char* letter : {"a", "t"}) {
+    type("shift+F10");
+    settle();
+    type(letter);
+    settle();
+  }
+  std::string text;
+  WDialogGetString(ids::title, text);
+  EXPECT_EQ(text, "");
+  type("shift+F10");
+  settle();
+  EXPECT_FALSE(zelvy_menu::state().pwFloatMenu->greyed(2));  // Paste, now that the clipboard holds text
+  type("p");
+  settle();
+  WDialogGetString(ids::title, text);
+  EXPECT_EQ(text, "Silicon");
+}
+
+TEST_F(DialogKeys, AboutOpenedOverAGridCellTakesTheKeyboardAndAnswersReturnAndEscape) {
+  for (const char* keys : {"Return", "Escape"}) {
+    yyDialogFocus(field(ids::twin_matrices), -1);
+    settle();
+    const DialogRecord& form = zelvy_dialog::state().wDialogInfo[zelvy_dialog::state().iDlgCur];
+    ASSERT_EQ(form.fields[static_cast<std::size_t>(form.focusField)].identifier, ids::twin_matrices);
+    WDialogLoad(gombrel_ids::dialog::about);
+    WDialogShow(-1, -1, 0, 2);
+    settle();
+    ASSERT_EQ(std::system((std::string("xdotool key ") + keys).c_str()), 0);
+    const auto sent = messages(PushButton);
+    ASSERT_EQ(sent.size(), 1u) << keys;
+    EXPECT_EQ(std::pair(sent[0].Value1, sent[0].Win), std::pair(keys[0] == 'R' ? 1 : 2, gombrel_ids::dialog::about));
+    WDialogUnload();
+    WDialogSelect(kForm);
+  }
 }
 
 TEST_F(DialogKeys, CtrlKeysOfATextFieldAreTheToolkitsOwn) {

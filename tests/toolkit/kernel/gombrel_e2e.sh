@@ -45,10 +45,8 @@ colours=$(convert shot.png -crop "200x20+$((x + 2))+$((y + h - 22))" +repage -fo
 
 "$xhelper" close "$title" || fail "close request not sent"
 i=0
-while kill -0 $pid 2>/dev/null && [ $i -lt 400 ]; do
+while kill -0 $pid 2>/dev/null && [ $i -lt 200 ]; do
   sleep 0.05; i=$((i+1))
-  # A request that went unanswered is asked again (see startup_display.sh).
-  [ $((i % 100)) -eq 0 ] && "$xhelper" close "$title" >/dev/null 2>&1
 done
 kill -0 $pid 2>/dev/null && fail "still running after the close request"
 wait $pid; rc=$?; pid=""

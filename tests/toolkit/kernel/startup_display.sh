@@ -23,13 +23,11 @@ run() {
   title=$1; shift
   "$@" --title "$title" > out.txt & pid=$!
   "$xhelper" wait "$title" 10 >/dev/null || { kill $pid; fail "$title: no window"; }
-  # Now and then a close request sent right after start-up goes unanswered,
-  # for a reason not yet understood; ask again every two seconds, for at most
-  # about twenty.
+  # One request, sent as soon as the window shows, is enough.
+  "$xhelper" close "$title" || { kill $pid; fail "$title: close request not sent"; }
   i=0
   while kill -0 $pid 2>/dev/null; do
-    [ $((i % 20)) -eq 0 ] && "$xhelper" close "$title" >/dev/null 2>&1
-    i=$((i + 1)); [ $i -gt 200 ] && { kill $pid; fail "$title: still running after the close request"; }
+    i=$((i + 1)); [ $i -gt 100 ] && { kill $pid; fail "$title: still running after the close request"; }
     sleep 0.1
   done
   wait $pid; rc=$?

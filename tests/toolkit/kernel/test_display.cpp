@@ -10,6 +10,7 @@
 
 #include "toolkit/kernel/display_private.h"
 #include "toolkit/kernel/message.h"
+#include "toolkit/kernel/message_private.h"
 #include "toolkit/kernel/startup.h"
 #include "toolkit/kernel/statusbar_private.h"
 #include "toolkit/kernel/widgets_private.h"
@@ -301,6 +302,18 @@ TEST_F(DisplayTest, CloseProtocolBecomesCloseRequestUnlessLocked) {
   EXPECT_EQ(m.Win, h);
   yyMsgSemiModelessStack(-1, 1, h);
   send_close(0);
+  ASSERT_EQ(next_non_expose(m), CloseRequest);
+  EXPECT_EQ(m.Win, 0);
+}
+
+TEST_F(DisplayTest, ACloseRequestThatComesWhileACommandIsWaitedForIsKept) {
+  WindowOpen(7, 0, 0, 100, 100);
+  drain();
+  send_close(0);
+  XSync(xdisplay(), False);
+  yyMsgCommandWait(0);
+  yyMsgCommandWait(-1);
+  MessageRecord m;
   ASSERT_EQ(next_non_expose(m), CloseRequest);
   EXPECT_EQ(m.Win, 0);
 }

@@ -57,7 +57,9 @@ Window find_window(const char* name) {
 }
 
 // The largest descendant of `top` whose width to height is that of w:h within
-// two per cent, in root co-ordinates.
+// two and a half per cent, in root co-ordinates: dialog units across and down
+// come from different measures of the font, so a form's proportions follow
+// the font a little.
 bool find_area(Window top, double w, double h, XWindowAttributes& best, int& bx, int& by) {
   Window root = 0, parent = 0, *children = nullptr;
   unsigned n = 0;
@@ -67,7 +69,7 @@ bool find_area(Window top, double w, double h, XWindowAttributes& best, int& bx,
     XWindowAttributes at{};
     if (XGetWindowAttributes(dpy, children[i], &at) && at.map_state == IsViewable && at.height > 0) {
       const double ratio = (at.width / static_cast<double>(at.height)) / (w / h);
-      if (ratio > 0.98 && ratio < 1.02 && (!found || at.width > best.width)) {
+      if (ratio > 0.975 && ratio < 1.025 && (!found || at.width > best.width)) {
         Window child = 0;
         XTranslateCoordinates(dpy, children[i], root, 0, 0, &bx, &by, &child);
         best = at;
