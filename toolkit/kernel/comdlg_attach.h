@@ -5,6 +5,8 @@
 // user had cancelled, and a box answers with its escape button.
 #pragma once
 
+#include "toolkit/base/zelvy_data.h"
+
 #include <optional>
 #include <string>
 #include <string_view>
@@ -16,6 +18,8 @@ struct ComdlgHooks {
   // A message box; returns the answer (1 OK, 2 Cancel, 6 Yes, 7 No, ...).
   int (*message_box)(int buttonSet, int icon, int defaultButton, std::string_view text,
                      std::string_view title) = nullptr;
+  // The page setup dialog on a record; returns the answer (1 OK).
+  int (*page_setup)(zelvy_data::PageSetup& record, std::string_view title) = nullptr;
 };
 
 void yyAttachComdlg(const ComdlgHooks& hooks);
@@ -26,3 +30,5 @@ const ComdlgHooks& yyComdlgHooks();
 std::optional<std::string> yyComdlgChooseFile(std::string_view filter, int flags, std::string_view start,
                                               std::string_view title, int* filterindex = nullptr);
 int yyComdlgAsk(int buttonSet, int icon, int defaultButton, std::string_view text, std::string_view title);
+// Unattached: 2 (Cancel), the record untouched.
+int yyComdlgPageSetup(zelvy_data::PageSetup& record, std::string_view title);
