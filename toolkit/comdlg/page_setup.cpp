@@ -37,8 +37,9 @@ void paper_in(int paper, int orientation, int& width, int& height) {
   height = orientation == 1 ? p.width : p.height;
 }
 
-// A margin field's label up to "(" with the unit behind it.
-void label_units(int field, int unit) {
+}  // namespace
+
+void yycomdlgunits(int field, int unit) {
   std::string label;
   WDialogGetString(field, label);
   const auto open = label.find(" (");
@@ -46,12 +47,14 @@ void label_units(int field, int unit) {
   WDialogPutString(field, label);
 }
 
+namespace {
+
 void put_margins(const std::array<float, 4>& margins, int unit) {
   const auto u = static_cast<std::size_t>(unit);
   for (int i = 0; i < kFieldsLabelled; ++i) {
     WDialogPutReal(kLeft + i, margins[static_cast<std::size_t>(i)], kFormats[u]);
     WDialogSpinnerStep(kLeft + i, kSteps[u], kFastSteps[u]);
-    label_units(kLeftLabel + i, unit);
+    yycomdlgunits(kLeftLabel + i, unit);
   }
 }
 
@@ -171,8 +174,10 @@ int yycomdlgpagesetupps(zelvy_data::PageSetup& record, std::string_view title) {
   WDialogPutString(kFile, start.file);
   WDialogPutInteger(kCopies, start.copies);
   put_margins(start.margins, unit);
-  // The options of the hardcopy drivers are set by the program that selects them.
-  WDialogFieldState(kOptions, kDisabled);
+  // Options only for a driver that is there.
+  HardcopyOptionsEntry selected;
+  const auto& hc = yyHardcopyHooks();
+  if (!hc.get || !hc.get(selected) || selected.driver == 0) WDialogFieldState(kOptions, kDisabled);
 
   const int keepChanged = WInfoMessage(FieldChanged);
   WMessageEnable(FieldChanged, 1);
@@ -211,6 +216,10 @@ int yycomdlgpagesetupps(zelvy_data::PageSetup& record, std::string_view title) {
           }
           break;
         }
+        case kOptions:
+          yycomdlghcoptions();
+          WDialogSelect(kDialog);
+          break;
         case kCentre: {
           auto mg = get_margins();
           const float x = (mg[0] + mg[2]) / 2, y = (mg[1] + mg[3]) / 2;

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "toolkit/base/zelvy_data.h"
+#include "toolkit/kernel/comdlg_attach.h"
 
 #include <array>
 #include <string>
@@ -42,3 +43,16 @@ PageSetupEntry yypagesetupentry(const zelvy_data::PageSetup& record, int unit);
 // The page setup dialog on a record; 1 when the user confirmed (the record
 // updated), 2 when cancelled. The caller's current dialog is put back.
 int yycomdlgpagesetupps(zelvy_data::PageSetup& record, std::string_view title = {});
+
+// A margin field's label up to "(" followed by the unit's name in brackets.
+void yycomdlgunits(int field, int unit);
+
+// The hardcopy options dialog on the selected driver (through the graphics'
+// attachment); 1 when confirmed and applied, 2 otherwise.
+int yycomdlghcoptions();
+// The file selector's filter and title for a driver's output.
+std::string_view yyhcfilter(int driver, std::string_view& title);
+// Image format by a file name's extension (-1: none of them), and a name with
+// the extension of a format.
+int yyhcformatfromname(std::string_view name);
+std::string yyhcnamewithformat(std::string_view name, int format);

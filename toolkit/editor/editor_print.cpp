@@ -416,11 +416,7 @@ int yyeditprintuser(std::string_view text, const EditPrintFont& font, bool wrap,
     yyerror(kErrorWrite, "WEditFile");
   }
   if (bycommand) {
-    // Wait for the command, both of its outputs discarded.
-    constexpr int kPrintFlags = 115;
-    CommandStatus status;
-    const int err = yyoscommand(page.Command + " " + name, kPrintFlags, -1, status);
-    if (err != 0) yyerror(err, "WEditFile");
+    yyoscommandprint(page.Command + " " + name, "WEditFile");
     std::error_code ec;
     fs::remove(name, ec);
   }

@@ -5,6 +5,7 @@
 #include "toolkit/base/zelvy_data.h"
 #include "toolkit/graphics/graphics.h"
 #include "toolkit/graphics/graphics_private.h"
+#include "toolkit/kernel/comdlg_attach.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -119,6 +120,41 @@ class TextPages {
   int tab_;
   int page_ = 1, lineno_ = 0;
 };
+
+// The options dialog of the common dialogs edits the selected driver's
+// settings through these; they are left there as soon as the graphics are
+// linked into a program.
+constexpr int kOptImageFormat = 26;
+bool options_get(HardcopyOptionsEntry& e) {
+  const auto& s = state();
+  if (s.ihcdrv == 0) return false;
+  const auto& o = s.ihcopt;
+  e.driver = s.ihcdrv;
+  e.file = s.cdeffile[2];
+  e.format = o[kOptImageFormat];
+  e.copies = std::max(o[zelv_graphics::kOptCopies], 1);
+  e.linewidth = std::max(o[zelv_graphics::kOptLineWidth], 1);
+  e.colour = o[zelv_graphics::kOptColourHandling];
+  e.monochrome = o[zelv_graphics::kOptMonochrome] != 0;
+  e.encapsulated = o[zelv_graphics::kOptEncapsulated] != 0;
+  return true;
+}
+void options_set(const HardcopyOptionsEntry& e) {
+  constexpr int kOptCopiesIn = 8;
+  state().cdeffile[2] = e.file;
+  IGrHardcopyOptions(kOptImageFormat, e.format);
+  IGrHardcopyOptions(kOptCopiesIn, e.copies);
+  IGrHardcopyOptions(zelv_graphics::kOptLineWidth, e.linewidth);
+  IGrHardcopyOptions(zelv_graphics::kOptColourHandling, e.colour);
+  IGrHardcopyOptions(zelv_graphics::kOptMonochrome, e.monochrome ? 1 : 0);
+  IGrHardcopyOptions(zelv_graphics::kOptEncapsulated, e.encapsulated ? 1 : 0);
+  // The file chosen stands, whatever the encapsulation did to the default.
+  state().cdeffile[2] = e.file;
+}
+const bool kAttached = [] {
+  yyAttachHardcopy({options_get, options_set});
+  return true;
+}();
 
 }  // namespace
 

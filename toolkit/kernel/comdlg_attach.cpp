@@ -27,3 +27,13 @@ int yyComdlgPageSetup(zelvy_data::PageSetup& record, std::string_view title) {
   if (!hooks().page_setup) return 2;
   return hooks().page_setup(record, title);
 }
+
+namespace {
+HardcopyHooks& hardcopy_hooks() {
+  static HardcopyHooks h;
+  return h;
+}
+}  // namespace
+
+void yyAttachHardcopy(const HardcopyHooks& h) { hardcopy_hooks() = h; }
+const HardcopyHooks& yyHardcopyHooks() { return hardcopy_hooks(); }

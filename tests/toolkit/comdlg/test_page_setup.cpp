@@ -3,6 +3,7 @@
 // fixture, filled from a record and confirmed or cancelled from outside.
 #include "tests/toolkit/dialog/form_fixture.h"
 #include "toolkit/comdlg/page_setup.h"
+#include "toolkit/graphics/graphics.h"
 
 #include <gtest/gtest.h>
 
@@ -77,15 +78,27 @@ TEST(PageSetupRules, ConfirmedEntryIsCheckedThenStoredInPoints) {
   EXPECT_EQ(message, "Filename required");
 }
 
+TEST(PageSetupRules, DriverFilesFollowTheImageFormat) {
+  std::string_view title;
+  EXPECT_EQ(yyhcfilter(3, title), "Scalable Vector Graphics file|*.svg|");
+  EXPECT_EQ(title, "SVG file");
+  EXPECT_EQ(yyhcfilter(9, title), "Computer Graphics Metafile|*.cgm|");
+  EXPECT_EQ(yyhcformatfromname("plot.JPEG"), 4);
+  EXPECT_EQ(yyhcformatfromname("dir.v2/plot"), -1);
+  EXPECT_EQ(yyhcnamewithformat("out/plot.png", 1), "out/plot.bmp");
+  EXPECT_EQ(yyhcnamewithformat("dir.v2/plot", 4), "dir.v2/plot.jpg");
+}
+
 // The dialog answered from a timer inside its own loop.
 struct Answer {
   std::function<void()> act;
   int polls = 0;
+  int dialog = 1701;
 };
 void act_when_shown(XtPointer data, XtIntervalId*) {
   auto* a = static_cast<Answer*>(data);
   constexpr int kGuard = 200;
-  if (zelvy_data::data().icurdialog == 1701 || ++a->polls > kGuard) {
+  if (zelvy_data::data().icurdialog == a->dialog || ++a->polls > kGuard) {
     a->act();
     return;
   }
@@ -107,6 +120,32 @@ void press(int button) {
 }
 
 class PageSetupDialog : public MainFormTest {};
+
+TEST_F(PageSetupDialog, DriverOptionsGoToTheSelectedDriver) {
+  IGrHardcopySelect(1, zelv_graphics::kDriverPostScript);
+  int eps = -1, format = -1;
+  Answer a{[&] {
+    const int dlg = zelvy_dialog::state().iDlgCur;
+    WDialogSelect(1702);
+    eps = yyDialogGetField(1015, dlg)->widget && XtIsSensitive(yyDialogGetField(1015, dlg)->widget);
+    format = XtIsSensitive(yyDialogGetField(1005, dlg)->widget);
+    WDialogPutInteger(1007, 3);
+    WDialogPutCheckBox(1015, 1);
+    WDialogPutString(1002, "chart.eps");
+    press(1);
+  }};
+  a.dialog = 1702;
+  XtAppAddTimeOut(zelvy_x::state().ixContext, 30, act_when_shown, &a);
+  EXPECT_EQ(yycomdlghcoptions(), 1);
+  EXPECT_EQ(eps, 1);
+  EXPECT_EQ(format, 0);
+  HardcopyOptionsEntry e;
+  ASSERT_TRUE(yyHardcopyHooks().get(e));
+  EXPECT_EQ(e.copies, 3);
+  EXPECT_TRUE(e.encapsulated);
+  EXPECT_EQ(e.file, "chart.eps");
+  EXPECT_EQ(zelvy_data::data().icurdialog, kForm);
+}
 
 TEST_F(PageSetupDialog, ShowsTheRecordAndStoresWhatIsConfirmed) {
   zelvy_data::PageSetup r;
