@@ -19,7 +19,7 @@ enum Field : int {
   kPaper = 1002, kPortrait = 1004, kLandscape = 1005,
   kLeftLabel = 1007, kLeft = 1011, kUnits = 1016, kCopies = 1017,
   kByCommand = 1020, kCommand = 1021, kToFile = 1022, kFile = 1023,
-  kBrowse = 1502, kOptions = 1503, kCentre = 1505,
+  kPreview = 1030, kBrowse = 1502, kOptions = 1503, kCentre = 1505,
 };
 constexpr int kFieldsLabelled = 4;
 constexpr int kDisabled = 0;
@@ -27,7 +27,7 @@ constexpr int kDisabled = 0;
 constexpr std::array<float, kUnitCount> kPointsPer{1.0f, 72.0f, 72.0f / 2.54f, 72.0f / 25.4f};
 constexpr std::array<std::string_view, kUnitCount> kUnitNames{"points", "inches", "cm", "mm"};
 // Decimals worth showing, and the spinner steps, by unit.
-constexpr std::array<std::string_view, kUnitCount> kFormats{"(F8.0)", "(F8.2)", "(F8.2)", "(F8.1)"};
+constexpr std::array<std::string_view, kUnitCount> kFormats{"(F8.1)", "(F8.2)", "(F8.2)", "(F8.1)"};
 constexpr std::array<float, kUnitCount> kSteps{1.0f, 0.05f, 0.1f, 1.0f};
 constexpr std::array<float, kUnitCount> kFastSteps{10.0f, 0.5f, 1.0f, 10.0f};
 
@@ -78,6 +78,22 @@ PageSetupEntry read_entry(int unit) {
   WDialogGetString(kCommand, e.command);
   WDialogGetString(kFile, e.file);
   return e;
+}
+
+// The preview of what the fields hold now; margins that don't fit yet show
+// as the paper alone.
+void preview(int unit) {
+  zelvy_data::PageSetup shown;
+  std::string message, title;
+  PageSetupEntry e = read_entry(unit);
+  if (e.command.find_first_not_of(' ') == std::string::npos) e.command = "-";
+  if (e.file.find_first_not_of(' ') == std::string::npos) e.file = "-";
+  if (!yypagesetupaccept(e, shown, message, title)) {
+    shown.Paper = e.paper;
+    shown.Orientation = e.orientation;
+    shown.LeftMargin = shown.TopMargin = shown.RightMargin = shown.BottomMargin = 0;
+  }
+  yycomdlgpagesetuppreview(kPreview, shown);
 }
 
 }  // namespace
@@ -182,6 +198,7 @@ int yycomdlgpagesetupps(zelvy_data::PageSetup& record, std::string_view title) {
   const int keepChanged = WInfoMessage(FieldChanged);
   WMessageEnable(FieldChanged, 1);
   wdialogshowcommon(kPaper, 3, 0);
+  preview(unit);
   int result = 0;
   int type = 0;
   MessageRecord m;
@@ -202,6 +219,8 @@ int yycomdlgpagesetupps(zelvy_data::PageSetup& record, std::string_view title) {
         converted[i] = margins[i] * yypageunitpoints(unit) / yypageunitpoints(next);
       unit = next;
       put_margins(converted, unit);
+    } else if (type == FieldChanged) {
+      preview(unit);
     } else if (type == PushButton) {
       switch (m.Value1) {
         case kCancel: result = kAnswerCancel; break;
@@ -224,6 +243,7 @@ int yycomdlgpagesetupps(zelvy_data::PageSetup& record, std::string_view title) {
           auto mg = get_margins();
           const float x = (mg[0] + mg[2]) / 2, y = (mg[1] + mg[3]) / 2;
           put_margins({x, y, x, y}, unit);
+          preview(unit);
           break;
         }
         case kOk: {
@@ -243,6 +263,7 @@ int yycomdlgpagesetupps(zelvy_data::PageSetup& record, std::string_view title) {
   }
   WDialogSelect(kDialog);
   WDialogUnload();
+  yycomdlgpagesetuppreviewfree();
   WMessageEnable(FieldChanged, keepChanged);
   if (previous != 0) WDialogSelect(previous);
   else zd.icurdialog = 0;

@@ -44,6 +44,11 @@ PageSetupEntry yypagesetupentry(const zelvy_data::PageSetup& record, int unit);
 // updated), 2 when cancelled. The caller's current dialog is put back.
 int yycomdlgpagesetupps(zelvy_data::PageSetup& record, std::string_view title = {});
 
+// The preview of a record in a picture field of the current dialog, and its
+// pixmap given back when the dialog goes.
+void yycomdlgpagesetuppreview(int field, const zelvy_data::PageSetup& page);
+void yycomdlgpagesetuppreviewfree();
+
 // A margin field's label up to "(" followed by the unit's name in brackets.
 void yycomdlgunits(int field, int unit);
 
