@@ -8,11 +8,13 @@
 #include "app/resources/gombrel_ids.h"
 #include "support/lorx_io_messages.h"
 #include "toolkit/base/error.h"
+#include "toolkit/base/zelvy_data.h"
 #include "toolkit/base/fixed_text.h"
 #include "toolkit/comdlg/file_selector.h"
 #include "toolkit/comdlg/help.h"
 #include "toolkit/dialog/dialog.h"
 #include "toolkit/editor/editor.h"
+#include "toolkit/graphics/graphics.h"
 #include "toolkit/kernel/display.h"
 #include "toolkit/kernel/menu.h"
 #include "toolkit/kernel/message.h"
@@ -158,6 +160,63 @@ std::string installed_stand_in() {
   return quoted + "'";
 }
 
+// Where the printed job goes: beside the job, or in the temporary directory
+// when the job's directory can't be written.
+std::string printed_job_path(const std::string& job) {
+  const fs::path p = fs::absolute(job);
+  const fs::path dir = p.parent_path();
+  const fs::path where = ::access(dir.c_str(), W_OK) == 0 ? dir : fs::temp_directory_path();
+  return (where / (p.filename().string() + ".ps")).string();
+}
+
+// Print: the job file as last saved, as text through the PostScript driver,
+// then the print command on the document. Once printed the document goes; a
+// command that is missing or fails leaves it, and the message says where.
+void print_job() {
+  if (file_inp.blank()) return;
+  const std::string job(file_inp.trim());
+  constexpr int kPortrait = 2, kOptColumns = 101, kColumns = 85;
+  IGrHardcopySelect(1, zelv_graphics::kDriverPostScript);
+  IGrHardcopyOptions(zelv_graphics::kOptOrientation, kPortrait);
+  IGrHardcopyOptions(kOptColumns, kColumns);
+  const std::string document = printed_job_path(job);
+  WInfoError(1);
+  IGrHardcopyTextFile(job, document, fs::path(job).filename().string());
+  if (WInfoError(1) != 0) {
+    lorx_io_messages::error_message("The job file " + job + " could not be printed: it could not be read, or " +
+                                    document + " could not be written.");
+    return;
+  }
+  std::string command(trimmed(zelvy_data::data().psedit[0].Command));
+  if (command.empty()) command = "lpr";
+  const std::string program = command.substr(0, command.find(' '));
+  if (!on_search_path(program)) {
+    lorx_io_messages::info_message("The print command \"" + program +
+                                   "\" was not found on the search path (PATH).\rThe job file was printed to the "
+                                   "PostScript file\r" + document);
+    return;
+  }
+  std::string quoted = "'";
+  for (const char c : document) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
+  quoted += "'";
+  // A printer that doesn't answer must not hold the program for ever.
+  constexpr int kPrintTimeout = 30;
+  int code = -1;
+  WCursorShape(kBusyCursor);
+  IOsCommand(command + " " + quoted, kCmdWait | kCmdKillOnTimeout | kCmdDiscardOutput | kCmdDiscardErrors,
+             kPrintTimeout, nullptr, &code);
+  WCursorShape(kNormalCursor);
+  if (WInfoError(1) != 0 || code != 0) {
+    lorx_io_messages::error_message("The print command \"" + command + "\" failed" +
+                                    (code > 0 ? " (exit code " + std::to_string(code) + ")" : std::string()) +
+                                    ".\rThe job file was printed to the PostScript file\r" + document);
+    return;
+  }
+  std::error_code ec;
+  fs::remove(document, ec);
+  WindowOutStatusBar(1, "Printed " + job);
+}
+
 void run() {
   if (codefile.blank()) {
     lorx_io_messages::info_message("The input file passed to Ombrel program was empty!");
@@ -236,6 +295,9 @@ void evento_menu() {
       break;
     case ids::menu::file_save:
       save();
+      break;
+    case ids::menu::file_print:
+      print_job();
       break;
     case ids::menu::run:
       run();

@@ -18,6 +18,7 @@
 #include "toolkit/base/zelvy_data.h"
 #include "toolkit/comdlg/file_selector.h"
 #include "toolkit/comdlg/message_box_private.h"
+#include "toolkit/comdlg/page_setup.h"
 #include "toolkit/dialog/dialog_fields_private.h"
 #include "toolkit/dialog/dialog_private.h"
 #include "toolkit/kernel/comdlg_attach.h"
@@ -386,6 +387,9 @@ void yyComdlgAttach() {
     zelvy_comdlg::data().icdlgbut = kAnswerCancel;
     WMessageBox(buttonSet, icon, defaultButton, text, title);
     return zelvy_comdlg::data().icdlgbut;
+  };
+  hooks.page_setup = [](zelvy_data::PageSetup& record, std::string_view title) {
+    return yycomdlgpagesetupps(record, title);
   };
   yyAttachComdlg(hooks);
 }

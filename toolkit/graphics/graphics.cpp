@@ -407,6 +407,7 @@ void yydefh() {
   s.ihcopt[zelv_graphics::kOptLineWidth] = s.linwidh;
   s.ihcopt[zelv_graphics::kOptPathLimit] = 255;
   s.ihcopt[zelv_graphics::kOptCopies] = 1;
+  zelvy_data::data().itxopt = zelvy_data::kTextOptionDefaults;
 }
 
 void yyresn(int /*type*/, int /*id*/, int width, int height) {
@@ -719,6 +720,7 @@ void IGrHardcopySelect(int option, int driver) {
 
 void IGrHardcopyOptions(int option, int value) {
   auto& s = state();
+  if (!yyhcoptrule(option, value)) return;
   if (option < 1 || option > zg::kOptions) return;
   s.ihcopt[static_cast<size_t>(option)] = value;
   if (option == zelv_graphics::kOptLineWidth) s.linwidh = value;

@@ -106,6 +106,11 @@ void IGrHardcopyOptions(int option, int value);
 // temporary file, printed by the command ("@" standing for its name) on "S".
 void IGrHardcopy(std::string_view filename = {}, std::string_view title = {});
 void IGrEndPage(std::string_view options = {});
+// Prints a text file as graphics text through the selected driver, on the
+// grid of hardcopy options 101..110 (columns, lines, page range, style, wrap,
+// carriage control, tab step; bit 1 of 110 opens the hardcopy on
+// `outputfile`, bit 2 closes it).
+void IGrHardcopyTextFile(std::string_view filename, std::string_view outputfile = {}, std::string_view title = {});
 // Screen dumps: 2 PostScript, 4 printer.
 void IGrPrintImageSelect(int mode);
 

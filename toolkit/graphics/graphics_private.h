@@ -224,6 +224,9 @@ bool yyinfocgm(const std::string& file, int& colours, float& aspect);
 void yygapi(int op);
 void yyresn(int type, int id, int width, int height);
 void yydefh();
+// The value rule of a hardcopy option: false when the value is refused or was
+// stored elsewhere (copies, the text options); may adjust the value.
+bool yyhcoptrule(int option, int& value);
 // Page size of the PostScript driver from paper, orientation and margins.
 void yymargins();
 

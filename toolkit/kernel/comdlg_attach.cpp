@@ -22,3 +22,18 @@ int yyComdlgAsk(int buttonSet, int icon, int defaultButton, std::string_view tex
   if (!hooks().message_box) return 2;
   return hooks().message_box(buttonSet, icon, defaultButton, text, title);
 }
+
+int yyComdlgPageSetup(zelvy_data::PageSetup& record, std::string_view title) {
+  if (!hooks().page_setup) return 2;
+  return hooks().page_setup(record, title);
+}
+
+namespace {
+HardcopyHooks& hardcopy_hooks() {
+  static HardcopyHooks h;
+  return h;
+}
+}  // namespace
+
+void yyAttachHardcopy(const HardcopyHooks& h) { hardcopy_hooks() = h; }
+const HardcopyHooks& yyHardcopyHooks() { return hardcopy_hooks(); }

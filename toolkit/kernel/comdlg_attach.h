@@ -5,6 +5,8 @@
 // user had cancelled, and a box answers with its escape button.
 #pragma once
 
+#include "toolkit/base/zelvy_data.h"
+
 #include <optional>
 #include <string>
 #include <string_view>
@@ -16,6 +18,8 @@ struct ComdlgHooks {
   // A message box; returns the answer (1 OK, 2 Cancel, 6 Yes, 7 No, ...).
   int (*message_box)(int buttonSet, int icon, int defaultButton, std::string_view text,
                      std::string_view title) = nullptr;
+  // The page setup dialog on a record; returns the answer (1 OK).
+  int (*page_setup)(zelvy_data::PageSetup& record, std::string_view title) = nullptr;
 };
 
 void yyAttachComdlg(const ComdlgHooks& hooks);
@@ -26,3 +30,25 @@ const ComdlgHooks& yyComdlgHooks();
 std::optional<std::string> yyComdlgChooseFile(std::string_view filter, int flags, std::string_view start,
                                               std::string_view title, int* filterindex = nullptr);
 int yyComdlgAsk(int buttonSet, int icon, int defaultButton, std::string_view text, std::string_view title);
+// Unattached: 2 (Cancel), the record untouched.
+int yyComdlgPageSetup(zelvy_data::PageSetup& record, std::string_view title);
+
+// The selected hardcopy driver's settings as the options dialog edits them.
+struct HardcopyOptionsEntry {
+  int driver = 0;          // 0: none selected
+  std::string file;        // output file
+  int format = 0;          // image files: 0 PCX, 1 BMP, 2 BMP compressed, 3 PNG, 4 JPEG, 5 PNG with alpha
+  int copies = 1;
+  int linewidth = 5;
+  int colour = 0;          // 0 as drawn, 1 inverted, 2 black and white swapped
+  bool monochrome = false;
+  bool encapsulated = false;
+};
+// Where the common dialogs reach the graphics beside them: the graphics
+// leave these when they are linked. Unattached: no driver.
+struct HardcopyHooks {
+  bool (*get)(HardcopyOptionsEntry& entry) = nullptr;
+  void (*set)(const HardcopyOptionsEntry& entry) = nullptr;
+};
+void yyAttachHardcopy(const HardcopyHooks& hooks);
+const HardcopyHooks& yyHardcopyHooks();

@@ -210,6 +210,9 @@ void WInitialise(std::string_view inifile, std::optional<int> flags, std::option
   zelvy_comdlg::data().icdopt = {8, 25, 10};
   zelvy_comdlg::data().wcomdlgpos = {20, 20};
   d.idefpapersize = yydefpapersize();
+  d.psedit = {};
+  for (auto& page : d.psedit) page.Paper = d.idefpapersize;
+  d.psgrid = d.psedit;
   d.bbell = true;
 
   d.cdefdir[0] = d.cdefdir[1].empty() ? std::string() : d.cdefdir[1] + "charsets";

@@ -164,6 +164,17 @@ int yyoscommand(std::string_view command, int flags, int timeout_ms, CommandStat
   return yyoscommand2(line, flags, timeout_ms, status);
 }
 
+void yyoscommandprint(std::string_view command, std::string_view routine) {
+  // Wait and both redirections; the other bits of this number mean nothing here.
+  constexpr int kPrintFlags = 115;
+  CommandStatus status;
+  const int err = yyoscommand(command, kPrintFlags, -1, status);
+  if (err != 0) {
+    zelvy_data::data().iapierr = status.os_error;
+    yyerror(err, routine);
+  }
+}
+
 void IOsCommand(std::string_view command, std::optional<int> flags, std::optional<int> timeout, int* process_id,
                 int* exit_code) {
   if (is_blank(command)) return;
