@@ -39,8 +39,10 @@ xdotool type --delay 5 "$dir/pick/"
 xdotool key Return
 sleep 0.5
 sg=$("$xhelper" geometry "Open Ombrel Files")
+sh_=${sg#*x}; sh_=${sh_%%+*}
 r=${sg#*+}; sx=${r%%+*}; sy=${r#*+}
-xdotool mousemove $((sx + 30)) $((sy + 88)) click --repeat 2 --delay 80 1
+# The list starts a fifth of the way down the dialog, whatever its font.
+xdotool mousemove $((sx + 30)) $((sy + sh_ * 21 / 100 + 8)) click --repeat 2 --delay 80 1
 sleep 0.8
 window_like "Open Ombrel Files" 1 > /dev/null && fail "a double-click on the job did not open it"
 alive "after the double-click"

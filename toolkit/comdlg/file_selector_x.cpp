@@ -105,6 +105,14 @@ void box_escape_cb(Widget, XtPointer data, XtPointer) {
 
 XmString xm(std::string_view text) { return yyDialogXmString(text); }
 
+// Without a window manager nothing gives the question the keyboard: it takes
+// it once it is on the screen, on its default button.
+void prompt_mapped_eh(Widget w, XtPointer data, XEvent* ev, Boolean*) {
+  if (ev->type != MapNotify) return;
+  XSetInputFocus(XtDisplay(w), XtWindow(w), RevertToParent, CurrentTime);
+  if (Widget button = static_cast<Widget>(data)) XmProcessTraversal(button, XmTRAVERSE_CURRENT);
+}
+
 }  // namespace
 
 void yyselectfile_putlist(int fieldid, const std::vector<std::string>& shown) {
@@ -190,6 +198,13 @@ int yyselectfile_prompt(int buttonset, int icon, int defaultbutton, std::string_
   Widget shell = XtParent(box);
   Atom wmDelete = XInternAtom(xdisplay(), "WM_DELETE_WINDOW", False);
   XmAddWMProtocolCallback(shell, wmDelete, box_escape_cb, &b);
+  Widget defaultWidget = XmMessageBoxGetChild(
+      box, (buttonset == kBoxYesNo && defaultbutton != 1) ? XmDIALOG_HELP_BUTTON : XmDIALOG_OK_BUTTON);
+  XtAddEventHandler(shell, StructureNotifyMask, False, prompt_mapped_eh, defaultWidget);
+  // The keyboard goes back where it was once the question is answered.
+  Window focusBefore = None;
+  int revertBefore = RevertToParent;
+  XGetInputFocus(xdisplay(), &focusBefore, &revertBefore);
   XtManageChild(box);
   // Centred on the screen, once its size is known.
   Dimension bw = 0, bh = 0;
@@ -199,6 +214,8 @@ int yyselectfile_prompt(int buttonset, int icon, int defaultbutton, std::string_
   if (!b.ended) yyMsgModalLoop(-1);
   XmRemoveWMProtocolCallback(shell, wmDelete, box_escape_cb, &b);
   XtDestroyWidget(shell);
+  if (focusBefore != None && focusBefore != PointerRoot)
+    XSetInputFocus(xdisplay(), focusBefore, revertBefore, CurrentTime);
   XSync(xdisplay(), False);
   return b.ended ? b.result : b.escapeValue;
 }

@@ -565,6 +565,9 @@ bool yyTabWidgetSelectX(FieldRecord& tab, int pageId) {
 
 void yyTabWidgetSelect(FieldRecord& tab, int pageId) {
   const int old = tab.selectedPage;
+  // A field that doesn't validate keeps its page in view: asked before the
+  // old page goes, since taking the focus from the field judges it anew.
+  if (zelvy_dialog::state().bInvalidField) return;
   if (!yyTabWidgetSelectX(tab, pageId)) return;
   FieldRecord* f = nullptr;
   if (DialogRecord* d = yyDialogFieldInfo(tab.widget, f)) yyDialogTabChangedCB(*d, tab, old, pageId);
@@ -660,7 +663,8 @@ void yyTabWidgetButtonAT(Widget w, XEvent* ev, String* params, Cardinal* count) 
     case 'd': {
       if (s->focusBehavior == 0 && pageId == f->selectedPage) s->focusBehavior = 1;
       yyTabWidgetSelect(*f, pageId);
-      focus_page(*f, *s, index);
+      // A page kept in view by a field that doesn't validate keeps the focus too.
+      if (f->selectedPage == pageId) focus_page(*f, *s, index);
       break;
     }
     case 'c': case 'C': {
@@ -691,7 +695,7 @@ void yyTabWidgetButtonAT(Widget w, XEvent* ev, String* params, Cardinal* count) 
       context_click(*d, *f, index, ev, way == 'k');
       if (f->extraFlags & field_extra::kTabContextSelects) {
         yyTabWidgetSelect(*f, pageId);
-        focus_page(*f, *s, index);
+        if (f->selectedPage == pageId) focus_page(*f, *s, index);
       }
       break;
     }
