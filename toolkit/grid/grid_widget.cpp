@@ -1589,7 +1589,10 @@ void yyDialogGrid(DialogRecord& d, FieldRecord& f) {
   if (f.style & kGridReportClipboard) XtAddCallback(grid, grid_resource::kReportClipCallback, yyGridReportClipCB, nullptr);
   f.valueWidget = grid;
   GridState& s = st(grid);
-  s.dialogIndex = yyDialogIndexOf(d);
+  // A grid window builds its grid from a record of its own, outside the dialog table.
+  s.dialogIndex = -1;
+  for (int i = 0; i < zelvy_dialog::kDialogs; ++i)
+    if (&state().wDialogInfo[at(i)] == &d) s.dialogIndex = i;
   s.fieldId = f.identifier;
   s.fieldStyle = f.style;
   s.fieldExtra = f.extraFlags;
