@@ -24,6 +24,7 @@
 #include "toolkit/dialog/combo_private.h"
 #include "toolkit/dialog/dialog_fields_private.h"
 #include "toolkit/grid/grid_private.h"
+#include "toolkit/grid/grid_window_private.h"
 #include "toolkit/kernel/display_private.h"
 #include "toolkit/kernel/menu_private.h"
 #include "toolkit/kernel/message.h"
@@ -336,7 +337,10 @@ void send_field_changed(Widget grid, int v3, int x, int y) {
   GridState& s = st(grid);
   DialogRecord* d = dialog_of(grid);
   if (d) yyDialogSendMessage(d, FieldChanged, s.fieldId, s.fieldId, v3, -1, x, y, d->identifier);
-  else if (s.gridWindow) yyDialogSendMessage(nullptr, FieldChanged, 0, 0, v3, -1, x, y, s.gridWindow);
+  else if (s.gridWindow) {
+    yyDialogSendMessage(nullptr, FieldChanged, 0, 0, v3, -1, x, y, s.gridWindow);
+    yyGridWindowNotice(s.gridWindow, v3 == 0 ? y : -1);  // its status bar and menu follow
+  }
 }
 
 // ---- Layout ----------------------------------------------------------------------

@@ -187,16 +187,20 @@ void client_configured(Widget, XtPointer client, XEvent* ev, Boolean*) {
   if (GridWindowData* w = yyGridWindowData(static_cast<int>(reinterpret_cast<std::intptr_t>(client)))) fit(*w);
 }
 
-// The status bar's row and column, and the items that need a selection.
-void refresh(GridWindowData& w) {
+// The status bar's row and column, and the items that need a selection. A
+// cell code given is the cell about to become current.
+void refresh(GridWindowData& w, int cellCode = -1) {
   Widget grid = grid_of(w);
   if (!grid) return;
   const GridPart& g = yyGridPart(grid);
-  if (w.statusBar && (g.irow != w.shownRow || g.icol != w.shownColumn)) {
-    w.shownRow = g.irow;
-    w.shownColumn = g.icol;
-    WindowOutStatusBar(2, "\t\t" + std::to_string(g.irow + 1), w.windowHandle);
-    WindowOutStatusBar(4, "\t\t" + std::to_string(g.icol + 1), w.windowHandle);
+  constexpr int kRowsPerCode = 262144;
+  const int row = cellCode > 0 ? (cellCode % kRowsPerCode) - 1 : g.irow;
+  const int column = cellCode > 0 ? cellCode / kRowsPerCode - 1 : g.icol;
+  if (w.statusBar && (row != w.shownRow || column != w.shownColumn)) {
+    w.shownRow = row;
+    w.shownColumn = column;
+    WindowOutStatusBar(2, "\t\t" + std::to_string(row + 1), w.windowHandle);
+    WindowOutStatusBar(4, "\t\t" + std::to_string(column + 1), w.windowHandle);
   }
   const bool sel = g.st->selectionOn;
   for (int id : {kSaveSelection, kPrintSelection}) set_item(w.windowHandle, id, sel);
@@ -308,6 +312,12 @@ int yyGridWindowLastResult(int item) {
     case 14: return last_result().mode;
     default: return 0;
   }
+}
+
+void yyGridWindowNotice(int handle, int cellCode) {
+  GridWindowData* w = yyGridWindowData(handle);
+  if (!w) return;
+  refresh(*w, cellCode);
 }
 
 bool yyGridWindowHasItem(int handle, int item) {
@@ -666,9 +676,12 @@ void yygridedit_(int fieldid, int mode, int menuid, int options, std::string_vie
   f.width = std::max(1, ws.WinInfo[h].ClientWidth);
   f.height = std::max(1, ws.WinInfo[h].ClientHeight);
   if (!w.host.widget) return yyerror(kInitFailed, kRoutine);
+  // The cells take the keyboard as a form's fields do.
+  XtVaSetValues(w.host.widget, XmNtraversalOn, True, nullptr);
   yyDialogGrid(w.host, f);
   Widget grid = yyGridOfField(f);
   if (!grid) return yyerror(kInitFailed, kRoutine);
+  XtManageChild(f.widget);
   GridState& s = *yyGridPart(grid).st;
   s.gridWindow = h;
   s.fieldId = 0;

@@ -56,6 +56,10 @@ int yyGridWindowMode(int handle);
 // Items 6, 7, 14 of the last modal grid window that closed.
 int yyGridWindowLastResult(int item);
 
+// The current cell or the selection of the window's grid changed: the status
+// bar and the items that need a selection follow. `cellCode` is the packed
+// code of the cell becoming current, -1 for a change of the selection.
+void yyGridWindowNotice(int handle, int cellCode);
 // A menu command of the window as the user's choice runs it; false when it
 // is the application's to handle.
 bool yyGridWindowCommand(int handle, int item);
