@@ -13,6 +13,7 @@
 #include "toolkit/grid/grid.h"
 #include "toolkit/grid/grid_csv.h"
 #include "toolkit/grid/grid_private.h"
+#include "toolkit/grid/grid_window_private.h"
 
 namespace {
 
@@ -71,8 +72,7 @@ void WGridLoad(int fieldid, std::string_view filename, std::optional<int> grow, 
   s.redrawOff = false;
   if (r.labelsChanged && g.colLabel)
     for (int c = 0; c < s.model.columnCount(); ++c) yyGridWidgetSetColumnLabelX(grid, c, s.model.columns[static_cast<std::size_t>(c)].label);
-  if (s.model.rows != g.nrow) yyGridWidgetSetNRowX(grid, s.model.rows);
-  else yyGridWidgetUpdateViewportData(grid, true);
+  yyGridShowRows(grid);
   if (r.error) yyerror(r.error, "WGridLoad");
 }
 

@@ -3,12 +3,15 @@
 // moves in one pass per column; the cells on screen are redrawn once after.
 #include "toolkit/grid/grid_rows.h"
 
+#include <Xm/Xm.h>
+
 #include <algorithm>
 
 #include "toolkit/base/error.h"
 #include "toolkit/grid/grid.h"
 #include "toolkit/grid/grid_commands.h"
 #include "toolkit/grid/grid_private.h"
+#include "toolkit/grid/grid_window_private.h"
 
 namespace {
 
@@ -33,16 +36,27 @@ Widget check(int fieldid, int row, int count, const char* routine) {
   return grid;
 }
 
-// The widget follows the values: its row count, then what it shows.
-void show(Widget grid) {
+}  // namespace
+
+void yyGridShowRows(Widget grid) {
   GridPart& g = yyGridPart(grid);
   GridState& s = *g.st;
   if (s.selectionOn) yyGridWidgetSelectX(grid, false, 0, 0, 0, 0);
-  if (s.model.rows != g.nrow) yyGridWidgetSetNRowX(grid, s.model.rows);
-  else yyGridWidgetUpdateViewportData(grid, true);
+  if (s.model.rows == g.nrow) return yyGridWidgetUpdateViewportData(grid, true);
+  // Rebuilding the rows moves the keyboard among the new cells: the current
+  // cell stays where it was, and keeps the keyboard if it had it.
+  bool focused = false;
+  for (Widget w = XmGetFocusWidget(grid); w && !focused; w = XtParent(w)) focused = w == grid;
+  const int column = g.icol, row = g.irow;
+  yyGridWidgetSetNRowX(grid, s.model.rows);
+  const int r = std::clamp(row, 0, std::max(0, s.model.rows - 1));
+  if (focused && s.model.inside(column, r)) {
+    yyGridWidgetSetCellFocusX(grid, column, r, -1);
+  } else {
+    g.icol = column;
+    g.irow = r;
+  }
 }
-
-}  // namespace
 
 void WGridDeleteRows(int fieldid, int row, std::optional<int> count, std::optional<int> shrink,
                      std::optional<int> labels) {
@@ -51,7 +65,7 @@ void WGridDeleteRows(int fieldid, int row, std::optional<int> count, std::option
   if (!grid) return;
   GridState& s = *yyGridPart(grid).st;
   yyGridModelDeleteRows(s.model, row - 1, n, shrink.value_or(0) != 0, labels.value_or(0) != 0);
-  show(grid);
+  yyGridShowRows(grid);
 }
 
 void WGridInsertRows(int fieldid, int row, std::optional<int> count, std::optional<int> grow,
@@ -62,5 +76,5 @@ void WGridInsertRows(int fieldid, int row, std::optional<int> count, std::option
   GridPart& g = yyGridPart(grid);
   g.st->model.maxRows = g.maxNrow;
   yyGridModelInsertRows(g.st->model, row - 1, n, grow.value_or(0) != 0, labels.value_or(0) != 0);
-  show(grid);
+  yyGridShowRows(grid);
 }

@@ -753,7 +753,8 @@ void focus_moved_cb(Widget, XtPointer data, XtPointer call) {
   Widget w = cbs->new_focus;
   GridPart& g = part(grid);
   int oldColumn = 0, oldRow = 0;
-  if (cbs->old_focus && cbs->old_focus != w && grid_of(cbs->old_focus) == grid &&
+  // A cell that is going away (its rows being rebuilt) has nothing left to show.
+  if (cbs->old_focus && cbs->old_focus != w && !cbs->old_focus->core.being_destroyed && grid_of(cbs->old_focus) == grid &&
       cell_of(grid, cbs->old_focus, oldColumn, oldRow) && g.st->firstRow + oldRow < g.st->model.rows) {
     // The cell left shows what it holds: a typed number in its format, and
     // text that was no number gives way to the value kept.

@@ -46,6 +46,10 @@ struct GridWindowData {
   int shownColumn = -1, shownRow = -1;  // what the status bar shows
 };
 
+// The widget follows a new row count of the values and what they hold; the
+// current cell stays, with the keyboard if it had it.
+void yyGridShowRows(Widget grid);
+
 // The record of a grid window, null for any other window.
 GridWindowData* yyGridWindowData(int handle);
 // The grid of the current window when it is a grid window, else null.

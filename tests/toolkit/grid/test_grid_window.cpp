@@ -134,11 +134,11 @@ class GridWindow : public ::testing::Test {
     }
   }
   // Runs xdotool while the toolkit goes on taking events, so that a modal
-  // dialog the keys open can be answered by `later`, started first in the
-  // background (it finds the dialog by its title).
+  // dialog the keys open can be answered by the shell commands `later`,
+  // started first in the background.
   static void xdotool(const std::string& args, const std::string& later = {}) {
     if (!later.empty()) {
-      ASSERT_EQ(std::system(("(sleep 0.5; xdotool " + later + ") >/dev/null 2>&1 &").c_str()), 0);
+      ASSERT_EQ(std::system(("(sleep 0.5; " + later + ") >/dev/null 2>&1 &").c_str()), 0);
     }
     XSync(xdisplay(), False);
     FILE* p = popen(("LC_ALL=C.UTF-8 xdotool " + args + "; echo done").c_str(), "r");
@@ -150,6 +150,14 @@ class GridWindow : public ::testing::Test {
       settle();
       ::usleep(20000);
     }
+  }
+  // Shell commands that wait for a dialog by its title, give it the keyboard,
+  // type `keys` into it and press Return until it has gone.
+  static std::string answer(const std::string& title, const std::string& keys) {
+    const std::string find = "xdotool search --name '^" + title + "$'";
+    return "xdotool search --sync --name '^" + title + "$' windowfocus --sync" + (keys.empty() ? "" : "; xdotool " + keys) +
+           "; for i in 1 2 3 4 5 6 7 8; do " + find + " || break; " + find +
+           " windowfocus --sync key Return; sleep 0.4; done";
   }
   Widget grid() const { return yyGridWindowGridOf(handle); }
   void click_cell(int column, int vrow) {
@@ -329,7 +337,7 @@ TEST_F(GridWindow, MenuByKeyboardInsertsDeletesSortsAndGoes) {
 
   // Edit > Sort through the menu's mnemonics; the dialog sorts by the current
   // column, ascending, ignoring case.
-  xdotool("key alt+e s", "search --sync --name '^Sort$' windowfocus --sync key Return");
+  xdotool("key alt+e s", answer("Sort", ""));
   EXPECT_EQ(names(), (std::vector<std::string>{"alpha", "bravo", "charlie", "delta", "echo"}));
   std::string label;
   int error = 0;
@@ -338,10 +346,10 @@ TEST_F(GridWindow, MenuByKeyboardInsertsDeletesSortsAndGoes) {
   EXPECT_EQ(cell(kNote, 1), "a, with comma");
 
   // Search > Goto Cell: column 3, row 4.
-  xdotool("key ctrl+g", "search --sync --name '^Goto Cell$' windowfocus --sync key End BackSpace type 3 && "
-                         "xdotool key Tab End BackSpace type 4 && xdotool key Return");
+  xdotool("key ctrl+g", answer("Goto Cell", "key End BackSpace type 3; xdotool key Tab End BackSpace type 4"));
   EXPECT_EQ(info(4), 3);
   EXPECT_EQ(info(5), 4);
+  EXPECT_EQ(yyWindowStatusBarText(handle, 2), "4");
 
   fs::create_directories(fs::path(ZELV_BINARY_DIR) / "shots");
   EXPECT_EQ(std::system(("import -window root " + (fs::path(ZELV_BINARY_DIR) / "shots" / "grid_window.png").string()).c_str()), 0);
