@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cctype>
 #include <charconv>
+#include <cmath>
 #include <cstdint>
 #include <limits>
 
@@ -45,6 +46,33 @@ int parse_integer(std::string_view text, int& value) {
   }
   value = static_cast<int>(negative ? -sum : sum);
   return 0;
+}
+
+// A number in the plain form most files hold, [sign] digits [. digits]
+// [E [sign] digits], read at once; anything else takes the general reader.
+bool plain_number(std::string_view t, double& value) {
+  std::size_t i = 0;
+  auto digits = [&] {
+    const std::size_t from = i;
+    while (i < t.size() && t[i] >= '0' && t[i] <= '9') ++i;
+    return i - from;
+  };
+  if (i < t.size() && (t[i] == '-' || t[i] == '+')) ++i;
+  std::size_t count = digits();
+  if (i < t.size() && t[i] == '.') {
+    ++i;
+    count += digits();
+  }
+  if (count == 0 || count > 17) return false;
+  if (i < t.size() && (t[i] == 'E' || t[i] == 'e')) {
+    ++i;
+    if (i < t.size() && (t[i] == '-' || t[i] == '+')) ++i;
+    if (digits() == 0) return false;
+  }
+  if (i != t.size()) return false;
+  const char* first = t.data() + (t[0] == '+' ? 1 : 0);
+  const auto r = std::from_chars(first, t.data() + t.size(), value);
+  return r.ec == std::errc{} && r.ptr == t.data() + t.size() && std::abs(value) < 1e300;
 }
 
 void fold(std::string& s, int caseMode) {
@@ -98,7 +126,7 @@ int store_cell(GridColumn& c, int row, std::string_view v) {
     int i = 0;
     error = parse_integer(v, i);
     number = i;
-  } else {
+  } else if (!plain_number(trim(v), number)) {
     error = yystringtofloat(v, c.cellType == grid_type::kDouble, number);
     if (!error && c.cellType == grid_type::kReal) number = static_cast<float>(number);
   }
