@@ -24,6 +24,44 @@ void WGridLabelRow(int fieldid, int row, std::string_view text);
 // 1 makes the cell editable, anything else read-only.
 void WGridStateCell(int fieldid, int column, int row, int state);
 
+// Sorts rows by a column. Options: 1 descending, 2 ignore case, 4 row labels
+// move with their rows. Empty cells go last either way.
+void WGridSort(int fieldid, int column, std::optional<int> options = {}, std::optional<int> firstRow = {},
+               std::optional<int> lastRow = {});
+// Finds `text` in a cell and makes that cell current. Options: 1 start after
+// the current cell, 2 ignore case, 4 numeric columns too, 8 row by row
+// (default column by column). Limits default to the whole grid.
+void WGridFind(int fieldid, std::string_view text, std::optional<int> options = {}, bool* found = nullptr,
+               std::optional<int> firstColumn = {}, std::optional<int> lastColumn = {},
+               std::optional<int> firstRow = {}, std::optional<int> lastRow = {});
+// Reads a comma-separated file, or tab-separated for a name ending in ".tsv".
+// grow 1 lets the rows rise to the grid's limit. Options: 2 the first line
+// and column are labels, 8 string cells keep trailing blanks.
+void WGridLoad(int fieldid, std::string_view filename, std::optional<int> grow = {},
+               std::optional<int> options = {});
+// Writes one. Options: 1 no quotes around strings, 2 with labels, 4 empty
+// numeric cells as the undefined values.
+void WGridSave(int fieldid, std::string_view filename, std::optional<int> firstColumn = {},
+               std::optional<int> lastColumn = {}, std::optional<int> firstRow = {},
+               std::optional<int> lastRow = {}, std::optional<int> options = {});
+
+// ---- Grid windows -------------------------------------------------------------
+// Moves grid field `fieldid` of the current dialog into the current child
+// window, which becomes a small spreadsheet with its own menu and status bar.
+// `mode` 1 modal, 2 modeless, 3 semi-modeless; `menuid` an application menu
+// merged behind the grid's (0 none); `options` the mode word below; a file
+// name given is loaded at once. Errors: 1022, 1038, 1051, 1052, 1057, 1005,
+// 1006, 1053.
+namespace grid_window {
+inline constexpr int kNoToolbar = 0x20, kNoNewOpen = 0x100, kNoSaveAs = 0x200, kNoPrint = 0x400,
+                     kMoveLabels = 0x800, kNoFind = 0x1000, kNoSave = 0x2000, kBackup = 0x20000,
+                     kNoHtml = 0x40000, kNoReadOnlyCheck = 0x80000, kRowsFollow = 0x100000,
+                     kRowCommands = 0x200000, kMenu = 0x800000, kLargeToolbar = 0x4000000,
+                     kNoGoto = 0x8000000, kNoPrompt = 0x10000000;
+}
+void yygridedit_(int fieldid, int mode, int menuid, int options, std::string_view filename,
+                 std::optional<std::string_view> filter = {});
+
 // ---- The layer below: columns and rows from 0 --------------------------------
 // `number` 0 makes a numeric column parse the text; `format` for real and double.
 void yygridputcellstring_(int fieldid, int column, int row, double number, std::string_view text,

@@ -12,6 +12,7 @@
 #include "toolkit/dialog/grid_attach.h"
 #include "toolkit/grid/grid.h"
 #include "toolkit/grid/grid_private.h"
+#include "toolkit/grid/grid_window_private.h"
 #include "toolkit/kernel/display_private.h"
 #include "toolkit/kernel/window_private.h"
 #include "toolkit/kernel/message_private.h"
@@ -75,10 +76,10 @@ void put_number(int fieldid, int column, int row, double value, std::optional<st
 
 Widget yyGridFind(int fieldid, int& error) {
   error = 0;
-  // No grid windows yet: field 0 names no grid.
   if (fieldid == 0) {
-    error = kNotGrid;
-    return nullptr;
+    Widget grid = yyGridWindowGrid();
+    if (!grid) error = kNotGrid;
+    return grid;
   }
   if (zelvy_data::data().icurdialog == 0 || state().iDlgCur < 0 ||
       state().wDialogInfo[at(state().iDlgCur)].identifier == -1) {
@@ -93,27 +94,6 @@ Widget yyGridFind(int fieldid, int& error) {
   Widget grid = yyGridOfField(state().wDialogInfo[at(state().iDlgCur)].fields[at(fi)]);
   if (!grid) error = kNotGrid;
   return grid;
-}
-
-void yyGridProcessMessage(int& type, MessageRecord& record) {
-  // A grid window's picture is the grid's own: nothing to repaint for the
-  // application.
-  if (type == ExposeMessage) {
-    type = 0;
-    return;
-  }
-  if (type != Resize) return;
-  // The grid fills the window's client area, whatever its new size.
-  auto& ws = zelvy_win::state();
-  const int h = record.Win;
-  if (!yywindowexists(h) || !ws.wtClient[h]) return;
-  WidgetList kids = nullptr;
-  Cardinal count = 0;
-  XtVaGetValues(ws.wtClient[h], XtNchildren, &kids, XtNnumChildren, &count, nullptr);
-  for (Cardinal i = 0; i < count; ++i)
-    if (XtIsSubclass(kids[i], gridWidgetClass))
-      XtConfigureWidget(kids[i], 0, 0, static_cast<Dimension>(std::max(1, ws.WinInfo[h].ClientWidth)),
-                        static_cast<Dimension>(std::max(1, ws.WinInfo[h].ClientHeight)), 0);
 }
 
 void yyGridAttach() {
@@ -480,6 +460,11 @@ void yygridcellredrawon_(int fieldid, int& error) {
 
 void yyinfogrid_(int fieldid, int item, int& value, int& error) {
   value = 0;
+  if (fieldid == -1) {
+    error = 0;
+    value = yyGridWindowLastResult(item);
+    return;
+  }
   Widget grid = yyGridFind(fieldid, error);
   if (!grid) return;
   const GridPart& g = yyGridPart(grid);
@@ -499,7 +484,7 @@ void yyinfogrid_(int fieldid, int item, int& value, int& error) {
     case 11: value = sel ? s.selR1 + 1 : 0; break;
     case 12: value = sel ? s.selC2 + 1 : 0; break;
     case 13: value = sel ? s.selR2 + 1 : 0; break;
-    case 14: value = 0; break;
+    case 14: value = yyGridWindowMode(s.gridWindow); break;
     case 15: value = g.nrowVis; break;
     case 16: value = g.ncolOrig; break;
     case 17: value = s.lineColour; break;

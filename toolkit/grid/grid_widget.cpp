@@ -24,6 +24,7 @@
 #include "toolkit/dialog/combo_private.h"
 #include "toolkit/dialog/dialog_fields_private.h"
 #include "toolkit/grid/grid_private.h"
+#include "toolkit/grid/grid_window_private.h"
 #include "toolkit/kernel/display_private.h"
 #include "toolkit/kernel/menu_private.h"
 #include "toolkit/kernel/message.h"
@@ -336,7 +337,10 @@ void send_field_changed(Widget grid, int v3, int x, int y) {
   GridState& s = st(grid);
   DialogRecord* d = dialog_of(grid);
   if (d) yyDialogSendMessage(d, FieldChanged, s.fieldId, s.fieldId, v3, -1, x, y, d->identifier);
-  else if (s.gridWindow) yyDialogSendMessage(nullptr, FieldChanged, 0, 0, v3, -1, x, y, s.gridWindow);
+  else if (s.gridWindow) {
+    yyDialogSendMessage(nullptr, FieldChanged, 0, 0, v3, -1, x, y, s.gridWindow);
+    yyGridWindowNotice(s.gridWindow, v3 == 0 ? y : -1);  // its status bar and menu follow
+  }
 }
 
 // ---- Layout ----------------------------------------------------------------------
@@ -750,8 +754,8 @@ void focus_moved_cb(Widget, XtPointer data, XtPointer call) {
   Widget w = cbs->new_focus;
   GridPart& g = part(grid);
   int oldColumn = 0, oldRow = 0;
-  // A cell that is going hands the keyboard on as it goes: nothing to show.
-  if (cbs->old_focus && !cbs->old_focus->core.being_destroyed && cbs->old_focus != w && grid_of(cbs->old_focus) == grid &&
+  // A cell that is going away (its rows being rebuilt) has nothing left to show.
+  if (cbs->old_focus && cbs->old_focus != w && !cbs->old_focus->core.being_destroyed && grid_of(cbs->old_focus) == grid &&
       cell_of(grid, cbs->old_focus, oldColumn, oldRow) && g.st->firstRow + oldRow < g.st->model.rows) {
     // The cell left shows what it holds: a typed number in its format, and
     // text that was no number gives way to the value kept.
@@ -1591,7 +1595,10 @@ void yyDialogGrid(DialogRecord& d, FieldRecord& f) {
   if (f.style & kGridReportClipboard) XtAddCallback(grid, grid_resource::kReportClipCallback, yyGridReportClipCB, nullptr);
   f.valueWidget = grid;
   GridState& s = st(grid);
-  s.dialogIndex = yyDialogIndexOf(d);
+  // A grid window builds its grid from a record of its own, outside the dialog table.
+  s.dialogIndex = -1;
+  for (int i = 0; i < zelvy_dialog::kDialogs; ++i)
+    if (&state().wDialogInfo[at(i)] == &d) s.dialogIndex = i;
   s.fieldId = f.identifier;
   s.fieldStyle = f.style;
   s.fieldExtra = f.extraFlags;

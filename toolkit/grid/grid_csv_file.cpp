@@ -1,0 +1,109 @@
+// Grid files on disk: the whole file is read before the grid is touched, so
+// a file that can't be read, or isn't text, leaves the grid as it was.
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+#include "toolkit/base/error.h"
+#include "toolkit/base/zelvy_data.h"
+#include "toolkit/grid/grid.h"
+#include "toolkit/grid/grid_csv.h"
+#include "toolkit/grid/grid_private.h"
+#include "toolkit/grid/grid_window_private.h"
+
+namespace {
+
+// Error 2 is a read failure on load and a write failure on save.
+constexpr int kOpenFailed = 1, kReadFailed = 2, kBadCell = 1017;
+constexpr int kOptionLabels = 2, kOptionKeepBlanks = 8;
+constexpr int kOptionNoQuotes = 1, kOptionUndefined = 4;
+
+// The file's bytes; 0, 1 (can't open) or 2 (can't read).
+int read_file(const std::string& name, std::string& data) {
+  const int fd = ::open(name.c_str(), O_RDONLY | O_CLOEXEC);
+  if (fd < 0) return kOpenFailed;
+  data.clear();
+  // Blocks of a size the file system likes; the string grows by doubling.
+  constexpr std::size_t kBlock = 1 << 16;
+  int status = 0;
+  for (;;) {
+    const std::size_t have = data.size();
+    data.resize(have + kBlock);
+    const ssize_t n = ::read(fd, data.data() + have, kBlock);
+    if (n < 0) {
+      status = kReadFailed;
+      break;
+    }
+    data.resize(have + static_cast<std::size_t>(n));
+    if (n == 0) break;
+  }
+  ::close(fd);
+  return status;
+}
+
+}  // namespace
+
+void WGridLoad(int fieldid, std::string_view filename, std::optional<int> grow, std::optional<int> options) {
+  int error = 0;
+  Widget grid = yyGridFind(fieldid, error);
+  if (!grid) return yyerror(error, "WGridLoad");
+  std::string data;
+  if (const int status = read_file(std::string(filename), data)) return yyerror(status, "WGridLoad");
+  // A zero byte never stands in a text file: nothing of it is loaded.
+  if (std::memchr(data.data(), '\0', data.size())) return yyerror(kReadFailed, "WGridLoad");
+  GridPart& g = yyGridPart(grid);
+  GridState& s = *g.st;
+  const int opt = options.value_or(0);
+  GridLoadOptions o;
+  o.separator = yyGridFileSeparator(filename);
+  o.grow = grow.value_or(0) == 1;
+  o.labels = opt & kOptionLabels;
+  o.keepBlanks = opt & kOptionKeepBlanks;
+  o.columnLabelBar = g.colLabel;
+  o.rowLabelBar = g.rowLabel;
+  s.model.maxRows = g.maxNrow;
+  if (s.selectionOn) yyGridWidgetSelectX(grid, false, 0, 0, 0, 0);
+  s.redrawOff = true;
+  const GridLoadResult r = yyGridModelLoad(s.model, data, o);
+  s.redrawOff = false;
+  if (r.labelsChanged && g.colLabel)
+    for (int c = 0; c < s.model.columnCount(); ++c) yyGridWidgetSetColumnLabelX(grid, c, s.model.columns[static_cast<std::size_t>(c)].label);
+  yyGridShowRows(grid);
+  if (r.error) yyerror(r.error, "WGridLoad");
+}
+
+void WGridSave(int fieldid, std::string_view filename, std::optional<int> firstColumn,
+               std::optional<int> lastColumn, std::optional<int> firstRow, std::optional<int> lastRow,
+               std::optional<int> options) {
+  int error = 0;
+  Widget grid = yyGridFind(fieldid, error);
+  if (!grid) return yyerror(error, "WGridSave");
+  GridPart& g = yyGridPart(grid);
+  const GridModel& m = g.st->model;
+  const int c1 = firstColumn.value_or(1) - 1, r1 = firstRow.value_or(1) - 1;
+  const int c2 = std::min(lastColumn.value_or(m.columnCount()), m.columnCount()) - 1;
+  const int r2 = std::min(lastRow.value_or(m.rows), m.rows) - 1;
+  if (c1 < 0 || r1 < 0 || c1 > c2 || r1 > r2) return yyerror(kBadCell, "WGridSave");
+  const int opt = options.value_or(0);
+  GridSaveOptions o;
+  o.separator = yyGridFileSeparator(filename);
+  o.noQuotes = opt & kOptionNoQuotes;
+  o.labels = opt & kOptionLabels;
+  o.undefinedValues = opt & kOptionUndefined;
+  o.columnLabelBar = g.colLabel;
+  o.rowLabelBar = g.rowLabel;
+  const auto& d = zelvy_data::data();
+  o.integerUndefined = d.iundef;
+  o.realUndefined = d.rundef;
+  o.doubleUndefined = d.dundef;
+  const std::string text = yyGridModelSaveText(m, c1, c2, r1, r2, o);
+  std::FILE* f = std::fopen(std::string(filename).c_str(), "wb");
+  if (!f) return yyerror(kOpenFailed, "WGridSave");
+  const bool written = std::fwrite(text.data(), 1, text.size(), f) == text.size();
+  const bool closed = std::fclose(f) == 0;
+  if (!written || !closed) yyerror(kReadFailed, "WGridSave");
+}
