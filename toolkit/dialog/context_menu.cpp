@@ -10,6 +10,7 @@
 
 #include "toolkit/dialog/dialog_private.h"
 #include "toolkit/dialog/field_styles.h"
+#include "toolkit/kernel/clipboard_private.h"
 #include "toolkit/kernel/display_private.h"
 #include "toolkit/kernel/menu.h"
 #include "toolkit/kernel/menu_private.h"
@@ -102,9 +103,9 @@ void yyDialogProcessTextMenu(int owner, int chosen) {
   s.widget = nullptr;
   const Time time = XtLastTimestampProcessed(XtDisplay(w));
   switch (chosen) {
-    case kCut: XmTextCut(w, time); break;
-    case kCopy: XmTextCopy(w, time); break;
-    case kPaste: XmTextPaste(w); break;
+    case kCut: yyXmTextCut(w, time); break;
+    case kCopy: yyXmTextCopy(w, time); break;
+    case kPaste: yyXmTextPaste(w); break;
     case kDelete: XmTextRemove(w); break;
     case kSelectAll: yyDialogSelectAll(w); break;
     default: break;

@@ -15,6 +15,7 @@
 
 #include "toolkit/dialog/dialog_private.h"
 #include "toolkit/dialog/field_styles.h"
+#include "toolkit/kernel/clipboard_private.h"
 #include "toolkit/kernel/display_private.h"
 #include "toolkit/kernel/message.h"
 #include "toolkit/kernel/message_private.h"
@@ -127,9 +128,9 @@ void next_radio(DialogRecord& d, int at, int direction) {
 void text_action(Widget w, char letter, Time time) {
   if (!XmIsText(w)) return;
   switch (letter) {
-    case 'x': XmTextCut(w, time); break;
-    case 'c': XmTextCopy(w, time); break;
-    case 'v': XmTextPaste(w); break;
+    case 'x': yyXmTextCut(w, time); break;
+    case 'c': yyXmTextCopy(w, time); break;
+    case 'v': yyXmTextPaste(w); break;
     case 'a': yyDialogSelectAll(w); break;
     case 'R': XmTextInsert(w, XmTextGetInsertionPosition(w), const_cast<char*>("\n")); break;
     case 'T': XmTextInsert(w, XmTextGetInsertionPosition(w), const_cast<char*>("\t")); break;

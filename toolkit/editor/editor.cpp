@@ -19,7 +19,9 @@
 
 #include "toolkit/base/error.h"
 #include "toolkit/base/zelvy_data.h"
+#include "toolkit/editor/editor_print.h"
 #include "toolkit/editor/editor_private.h"
+#include "toolkit/kernel/clipboard_private.h"
 #include "toolkit/kernel/display.h"
 #include "toolkit/kernel/display_private.h"
 #include "toolkit/kernel/editor_attach.h"
@@ -432,9 +434,26 @@ void yyEditProcessMessage(int& type, MessageRecord& m) {
       break;
     case edit_id::kExit: yyEditFileExit(*r, type, m); break;
     case edit_id::kShowCaret: type = 0; break;
-    case edit_id::kCut: XmTextCut(t, now()); type = 0; break;
-    case edit_id::kCopy: XmTextCopy(t, now()); type = 0; break;
-    case edit_id::kPaste: XmTextPaste(t); type = 0; break;
+    case edit_id::kCut: yyXmTextCut(t, now()); type = 0; break;
+    case edit_id::kCopy: yyXmTextCopy(t, now()); type = 0; break;
+    case edit_id::kPaste: yyXmTextPaste(t); type = 0; break;
+    case edit_id::kPrint:
+    case edit_id::kPrintSelection: {
+      yyEditFinishLoad(*r, true);
+      std::string text;
+      if (m.Value1 == edit_id::kPrintSelection) {
+        XmTextPosition from = 0, to = 0;
+        if (XmTextGetSelectionPosition(t, &from, &to)) text = substring(t, from, to);
+      } else {
+        char* all = XmTextGetString(t);
+        text = all ? all : "";
+        XtFree(all);
+      }
+      const std::string title = r->FileName.empty() ? std::string("Untitled") : r->FileName;
+      yyeditprintuser(text, yyeditprintfont(r->FontType, r->FontSize), (r->Flags & edit_flag::kWordWrap) != 0, title);
+      type = 0;
+      break;
+    }
     case edit_id::kDelete: XmTextRemove(t); type = 0; break;
     case edit_id::kSelectAll:
       XmTextSetSelection(t, 0, XmTextGetLastPosition(t), now());

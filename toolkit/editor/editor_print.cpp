@@ -416,7 +416,16 @@ int yyeditprintuser(std::string_view text, const EditPrintFont& font, bool wrap,
     yyerror(kErrorWrite, "WEditFile");
   }
   if (bycommand) {
-    yyoscommandprint(page.Command + " " + name, "WEditFile");
+    const int code = yyoscommandprint(page.Command + " " + name, "WEditFile");
+    if (code != 0) {
+      // No printer, or no such command: the document stays where the user
+      // can take it from.
+      constexpr int kNotFound = 127;
+      const std::string why = code == kNotFound ? " was not found" : " failed (exit code " + std::to_string(code) + ")";
+      yyComdlgAsk(0, 1, 1, "The print command \"" + page.Command + "\"" + why + ".\rThe document was kept in " + name + ".",
+                  "Print");
+      return kPrintNotOpened;
+    }
     std::error_code ec;
     fs::remove(name, ec);
   }

@@ -164,7 +164,7 @@ int yyoscommand(std::string_view command, int flags, int timeout_ms, CommandStat
   return yyoscommand2(line, flags, timeout_ms, status);
 }
 
-void yyoscommandprint(std::string_view command, std::string_view routine) {
+int yyoscommandprint(std::string_view command, std::string_view routine) {
   // Wait and both redirections; the other bits of this number mean nothing here.
   constexpr int kPrintFlags = 115;
   CommandStatus status;
@@ -173,6 +173,7 @@ void yyoscommandprint(std::string_view command, std::string_view routine) {
     zelvy_data::data().iapierr = status.os_error;
     yyerror(err, routine);
   }
+  return status.exit_code.value_or(-1);
 }
 
 void IOsCommand(std::string_view command, std::optional<int> flags, std::optional<int> timeout, int* process_id,

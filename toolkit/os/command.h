@@ -44,7 +44,8 @@ struct CommandStatus {
 // timeout waits for ever.
 int yyoscommand(std::string_view command, int flags, int timeout_ms, CommandStatus& status);
 // Sends a file to a print command: waits for ever, both outputs discarded; a
-// failure is raised under `routine`, the public routine at work.
-void yyoscommandprint(std::string_view command, std::string_view routine);
+// failure is raised under `routine`, the public routine at work. Returns the
+// command's exit code, -1 when it did not end normally.
+int yyoscommandprint(std::string_view command, std::string_view routine);
 // Runs the command line as it stands.
 int yyoscommand2(const std::string& command, int flags, int timeout_ms, CommandStatus& status);
