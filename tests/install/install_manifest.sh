@@ -16,7 +16,8 @@ LC_ALL=C sort "$src/tests/install/manifest.txt" | diff - "$dest/../manifest.$$" 
   { diff "$src/tests/install/manifest.txt" "$dest/../manifest.$$"; rm -f "$dest/../manifest.$$"; fail "the installed files differ from the manifest (< expected, > installed)"; }
 rm -f "$dest/../manifest.$$"
 
-desktop-file-validate "$dest/usr/share/applications/gombrel.desktop" || fail "desktop-file-validate"
+out=$(desktop-file-validate "$dest/usr/share/applications/gombrel.desktop" 2>&1) || fail "desktop-file-validate: $out"
+[ -z "$out" ] || fail "desktop-file-validate has remarks: $out"
 grep -q '^MimeType=application/x-ombrel-job;$' "$dest/usr/share/applications/gombrel.desktop" || fail "no MIME type in the desktop entry"
 grep -q 'pattern="\*\.omb"' "$dest/usr/share/mime/packages/gombrel.xml" || fail "the MIME type does not claim *.omb"
 

@@ -262,7 +262,7 @@ TEST_F(GridWindow, FilesThroughTheMenuWithEveryMessage) {
   EXPECT_EQ(read(tsv).substr(0, 46), "DELTA\t4\t4.0000\td\nalpha\t1\t1.0000\ta, with comma\n");
 
   // Files that can't be loaded leave the grid as it was, with their message.
-  const fs::path binary = write("binary.csv", std::string("a,1\n\0\x01\x02,2\n", 12));
+  const fs::path binary = write("binary.csv", std::string("a,1\n\0\x01\x02,2\n", 10));
   const fs::path words = write("words.csv", "x,abc,1,y\n");
   const fs::path range = write("range.csv", "x,5000000,1,y\n");
   stand().boxes.clear();
