@@ -590,6 +590,14 @@ void yyComboWidgetChildPositionResize(Widget w) {
   const auto tw = static_cast<Dimension>(std::max(1, p.textWidth));
   const auto th = static_cast<Dimension>(p.textPixelHeight);
   XtConfigureWidget(p.textWidget, 0, 0, tw, th, 0);
+  // The margin leaves the whole line inside the box, what hangs below the
+  // baseline too (an underscore, a "g"): the widget clips at its margins.
+  if (XmRenderTable rt = yyDialogRenderTable(p.xftFont)) {
+    int height = 0, ascent = 0, descent = 0;
+    XmRenderTableGetDefaultFontExtents(rt, &height, &ascent, &descent);
+    const int room = static_cast<int>(th) - 2 * (p.shadowThick + p.highlightThickness) - (ascent + descent);
+    if (room >= 0) XtVaSetValues(p.textWidget, XmNmarginHeight, room / 2, nullptr);
+  }
   p.usableWidth = p.textWidth - p.textPixelUnused;
   if (!drop_form(p)) {
     const int rest = std::max(1, static_cast<int>(w->core.height) - p.textPixelHeight);

@@ -191,6 +191,24 @@ TEST_F(Combo, MouseOpensTheFormatListAndPicksAnEntry) {
   EXPECT_EQ(WInfoError(1), 0);
 }
 
+// The text box of each combo of the form holds the whole line of its font,
+// what hangs below the baseline too: the widget clips at its margins, and a
+// format's "HKL_T" lost its underscore.
+TEST_F(Combo, TextBoxHoldsTheWholeLine) {
+  for (int id : {kFormat, kTwinType}) {
+    Widget text = field(id).valueWidget;
+    ASSERT_NE(text, nullptr);
+    XmRenderTable rt = nullptr;
+    Dimension height = 0, shadow = 0, highlight = 0, margin = 0;
+    XtVaGetValues(text, XmNrenderTable, &rt, XtNheight, &height, XmNshadowThickness, &shadow, XmNhighlightThickness,
+                  &highlight, XmNmarginHeight, &margin, nullptr);
+    ASSERT_NE(rt, nullptr);
+    int line = 0, ascent = 0, descent = 0;
+    XmRenderTableGetDefaultFontExtents(rt, &line, &ascent, &descent);
+    EXPECT_GE(height - 2 * (shadow + highlight + margin), ascent + descent) << "field " << id;
+  }
+}
+
 // A press beside an open list closes it and goes nowhere else; the next
 // press on the same spot does reach the button there.
 TEST_F(Combo, PressOutsideClosesTheListOnly) {
