@@ -322,6 +322,18 @@ void palettes() {
   for (size_t k = 0; k < 16; ++k) page.irgb16[static_cast<size_t>(kIexint16[k])] = s.irgb256[16 * k];
 }
 
+// What every page starts with, whichever driver holds it: palettes, scale,
+// clip, pen and a cleared page.
+void begin_page() {
+  palettes();
+  scale_to_page();
+  set_clip();
+  set_width();
+  set_line_type();
+  set_colour();
+  yyvras(zg::OpClear);
+}
+
 uint32_t background() {
   const auto& page = zg::yyrasterpage();
   if (page.nbitpx == 24 && !page.brtrans) return 0xFFFFFF;
@@ -609,13 +621,7 @@ void xximag(int op) {
       auto& page = zg::yyrasterpage();
       page.brtrans = format == kFormatPngAlpha && bits == 24;
       page.dpi = s.ihcopt[kOptDpi] > 0 ? s.ihcopt[kOptDpi] : 150;
-      palettes();
-      scale_to_page();
-      set_clip();
-      set_width();
-      set_line_type();
-      set_colour();
-      yyvras(zg::OpClear);
+      begin_page();
       return;
     }
     case zg::OpEndPage:
@@ -783,13 +789,7 @@ void xxrast(int op) {
         s.ighcpy = 0;
         return;
       }
-      palettes();
-      scale_to_page();
-      set_clip();
-      set_width();
-      set_line_type();
-      set_colour();
-      yyvras(zg::OpClear);
+      begin_page();
       return;
     case zg::OpEndPage:
       if (p.drawn) {
