@@ -50,7 +50,7 @@ constexpr DriverEntry kDrivers[] = {
     {zelv_graphics::kDriverCgm, xxcgm, "zelvplot.cgm"},
     {zelv_graphics::kDriverHpgl2, xxhpgl2, "zelvplot.plt"},
 };
-constexpr int kFlagPrintCommand = 8;
+constexpr int kFlagPaper = 2, kFlagPrintCommand = 8;
 constexpr std::string_view kPrintMark = " @ ";
 
 const DriverEntry* driver_entry(int number) {
@@ -87,7 +87,7 @@ void set_raster(int width, int height) {
 }
 
 // The aspect of the hardcopy page, turned with the units.
-void update_aspect() {
+void yyasprath() {
   auto& s = state();
   const int w = s.ihcopt[1], h = s.ihcopt[2];
   s.asprath = (w > 0 && h > 0) ? static_cast<float>(w) / static_cast<float>(h) : 1.0f;
@@ -529,7 +529,7 @@ void IGrInit(std::string_view options) {
     for (int i = 1; i <= zg::kOptions; ++i) IGrHardcopyOptions(i, savedopt[static_cast<size_t>(i)]);
     s.cdeffile = savedfile;
   }
-  update_aspect();
+  yyasprath();
 }
 
 void IGrSelect(int targettype, int targetid) {
@@ -595,7 +595,7 @@ void IGrUnits(float x1, float y1, float x2, float y2) {
 void IGrUnitsRotate(int angle) {
   if (angle != 0 && angle != 90 && angle != 180 && angle != 270) return;
   state().igurot = angle;
-  update_aspect();
+  yyasprath();
 }
 
 void IGrMoveTo(float x, float y) {
@@ -724,12 +724,24 @@ void IGrHardcopyOptions(int option, int value) {
   if (option < 1 || option > zg::kOptions) return;
   s.ihcopt[static_cast<size_t>(option)] = value;
   if (option == zelv_graphics::kOptLineWidth) s.linwidh = value;
-  // Paper, orientation and margins decide the PostScript page.
-  constexpr int kOptPaper = 33, kOptLastMargin = 37;
-  if (s.ihcdrv == zelv_graphics::kDriverPostScript &&
-      (option == zelv_graphics::kOptOrientation || (option >= kOptPaper && option <= kOptLastMargin)))
-    yymargins();
-  if (option == zelv_graphics::kOptPageWidth || option == zelv_graphics::kOptPageHeight) update_aspect();
+  // On a driver with paper, the page size and the margins follow each other:
+  // the margins from a size or offset, the size from a paper or margin, and a
+  // turn of the paper in the way last taken.
+  constexpr int kOptOffsetY = 4, kOptPaper = 33, kOptLastMargin = 37;
+  bool resized = option == zelv_graphics::kOptPageWidth || option == zelv_graphics::kOptPageHeight;
+  if ((s.ihcdrvflags & kFlagPaper) != 0) {
+    if (option == kOptPaper) yypaper(1, value);
+    if (option <= kOptOffsetY) {
+      yymargins(1);
+    } else if (option >= kOptPaper && option <= kOptLastMargin) {
+      yymargins(2);
+      resized = true;
+    } else if (option == zelv_graphics::kOptOrientation && s.imargindir != 0) {
+      yymargins(s.imargindir);
+      resized = true;
+    }
+  }
+  if (resized) yyasprath();
 }
 
 void IGrHardcopy(std::string_view filename, std::string_view title) {
@@ -772,7 +784,7 @@ void IGrHardcopy(std::string_view filename, std::string_view title) {
     s.ivport = 0;
     apply_area();
   }
-  update_aspect();
+  yyasprath();
   yygrtextrotate(s.chrotar);
   yygrtextvectors();
   s.plotx = s.ploty = zg::kUnknownPoint;
@@ -803,6 +815,7 @@ void IGrPrintImageSelect(int mode) {
   s.iprtimg = mode;
   if (mode == kPostScript) {
     s.cprtimgfile = "zelvdump.ps";
+    yypaper(2, zelvy_data::data().idefpapersize);
     s.iprtimgmargins = {43, 28, 43, 27};
     s.iprtimgflags = 11;
   } else if (mode == kPrinter) {

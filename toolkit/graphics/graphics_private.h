@@ -130,6 +130,9 @@ struct State {
   std::string cprtimgfile;
   std::array<int, 4> iprtimgmargins{};
   std::array<int, 2> iprtimgpage{};
+  int iprtimgpaper = 0;
+  std::array<int, 2> ihcpaper{}, idupaper{};  // width, height in points of the papers chosen
+  int imargindir = 0;                         // the direction yymargins last ran in
   float plotx = kUnknownPoint, ploty = kUnknownPoint;
   std::array<std::unique_ptr<std::FILE, FileCloser>, kUnits> units;
   std::array<std::vector<char>, kUnits> unitbuffers;
@@ -227,8 +230,13 @@ void yydefh();
 // The value rule of a hardcopy option: false when the value is refused or was
 // stored elsewhere (copies, the text options); may adjust the value.
 bool yyhcoptrule(int option, int& value);
-// Page size of the PostScript driver from paper, orientation and margins.
-void yymargins();
+// The page of a driver with paper: direction 1 the margins from the page size
+// and offsets (options 1 to 4), 2 the size and offsets from the margins
+// (options 34 to 37); the paper turned in landscape.
+void yymargins(int direction);
+// Which 1: the hardcopy's paper (option 33 and ihcpaper); 2: the screen
+// dump's (iprtimgpaper, idupaper). An index outside the paper table is refused.
+void yypaper(int which, int index);
 
 // Colour.
 void yygrpaletteinit();

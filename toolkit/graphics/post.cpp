@@ -14,7 +14,7 @@ namespace zg = zelvy_graph;
 namespace {
 
 constexpr int kUnit = 0;
-constexpr int kOptCtrlD = 15, kOptPaper = 33, kOptLeft = 34, kOptTop = 35, kOptRight = 36, kOptBottom = 37;
+constexpr int kOptOffsetX = 3, kOptOffsetY = 4, kOptCtrlD = 15, kOptPaper = 33, kOptLeft = 34, kOptTop = 35, kOptRight = 36, kOptBottom = 37;
 constexpr int kMaxText = 2044;
 constexpr float kTextDrop = 0.27f;
 constexpr float kRadian = 0.017453292f;
@@ -162,15 +162,14 @@ void current_colour() {
   if (s.ihcopt[zelv_graphics::kOptMonochrome] != 0 && !(s.icmodel == 1 && s.ichnalgl == 0)) p.ipscol = -1;
 }
 
-void paper_size(int paper, int& width, int& height) {
-  constexpr int kLetter = 9;
-  if (paper == kLetter) {
-    width = 612;
-    height = 792;
-  } else {
-    width = 595;
-    height = 842;
-  }
+// The paper of option 33 upright, in points: the size yypaper stored with
+// it, or the table's when none was stored.
+void paper_size(int& width, int& height) {
+  const auto& s = state();
+  const auto& p = zelvy_data::paper_size(s.ihcopt[kOptPaper]);
+  const bool stored = s.ihcpaper[0] > 0 && s.ihcpaper[1] > 0;
+  width = stored ? s.ihcpaper[0] : p.width;
+  height = stored ? s.ihcpaper[1] : p.height;
 }
 
 std::string media_line(std::string_view name, int width, int height) {
@@ -218,11 +217,11 @@ void open_file() {
   yygrhcwriteline(kUnit, "%%Creator: Zelvane PostScript driver");
   yygrhcwriteline(kUnit, landscape() ? "%%Orientation: Landscape" : "%%Orientation: Portrait");
   int pw = 0, ph = 0;
-  paper_size(o[kOptPaper], pw, ph);
+  paper_size(pw, ph);
   if (encapsulated)
     yygrhcwriteline(kUnit, media_line("-", o[zelv_graphics::kOptPageWidth], o[zelv_graphics::kOptPageHeight]));
   else
-    yygrhcwriteline(kUnit, media_line(o[kOptPaper] == 9 ? "Letter" : "A4", pw, ph));
+    yygrhcwriteline(kUnit, media_line(zelvy_data::paper_size(o[kOptPaper]).name, pw, ph));
   yygrhcwriteline(kUnit, "%%EndComments");
   yygrhcwriteline(kUnit, "/l {lineto} def/m {moveto} def/g {setrgbcolor} def/w {setlinewidth} def");
   yygrhcwriteline(kUnit, "/d {setdash} def/cf {closepath fill} def/s {stroke} def/ff {findfont} def");
@@ -532,13 +531,38 @@ void fill(int op) {
 
 }  // namespace
 
-void yymargins() {
-  auto& o = state().ihcopt;
+void yymargins(int direction) {
+  auto& s = state();
+  auto& o = s.ihcopt;
   int pw = 0, ph = 0;
-  paper_size(o[kOptPaper], pw, ph);
+  paper_size(pw, ph);
   if (o[zelv_graphics::kOptOrientation] == 1) std::swap(pw, ph);
-  o[zelv_graphics::kOptPageWidth] = pw - o[kOptLeft] - o[kOptRight];
-  o[zelv_graphics::kOptPageHeight] = ph - o[kOptTop] - o[kOptBottom];
+  if (direction == 1 || direction == 2) s.imargindir = direction;
+  if (direction == 1) {
+    o[kOptLeft] = std::max(o[kOptOffsetX], 0);
+    o[kOptTop] = std::max(o[kOptOffsetY], 0);
+    o[kOptRight] = std::max(pw - o[kOptLeft] - o[zelv_graphics::kOptPageWidth], 0);
+    o[kOptBottom] = std::max(ph - o[kOptTop] - o[zelv_graphics::kOptPageHeight], 0);
+  } else if (direction == 2) {
+    // Never an empty page: margins that meet leave one point.
+    o[zelv_graphics::kOptPageWidth] = std::max(pw - o[kOptLeft] - o[kOptRight], 1);
+    o[zelv_graphics::kOptPageHeight] = std::max(ph - o[kOptTop] - o[kOptBottom], 1);
+    o[kOptOffsetX] = o[kOptLeft];
+    o[kOptOffsetY] = o[kOptTop];
+  }
+}
+
+void yypaper(int which, int index) {
+  auto& s = state();
+  if (index < 1 || index > zelvy_data::kPaperCount) return;
+  const auto& p = zelvy_data::paper_size(index);
+  if (which == 1) {
+    s.ihcopt[kOptPaper] = index;
+    s.ihcpaper = {p.width, p.height};
+  } else if (which == 2) {
+    s.iprtimgpaper = index;
+    s.idupaper = {p.width, p.height};
+  }
 }
 
 void xxpost(int op) {
@@ -559,8 +583,8 @@ void xxpost(int op) {
         s.ihcopt[kOptTop] = 28;
         s.ihcopt[kOptRight] = 43;
         s.ihcopt[kOptBottom] = 27;
-        s.ihcopt[kOptPaper] = zelvy_data::data().idefpapersize;
-        yymargins();
+        yypaper(1, zelvy_data::data().idefpapersize);
+        yymargins(2);
       }
       s.ihcopt[zelv_graphics::kOptPathLimit] = 255;
       s.ihcopt[kOptCtrlD] = 1;

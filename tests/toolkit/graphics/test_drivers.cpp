@@ -23,7 +23,9 @@ TEST_F(PostTest, DocumentSetUpAndEmptyPage) {
   EXPECT_EQ(count(lines, "%%DocumentMedia: A4    595    842 0 () ()"), 1);
   EXPECT_EQ(count(lines, "<< /PageSize [   595    842] /Orientation 0 >> setpagedevice"), 1);
   EXPECT_EQ(count(lines, "90.0 ro"), 1);
-  EXPECT_EQ(count(lines, "43.0 -568.0 translate"), 1);  // left margin; bottom margin less the paper width
+  // The 640 by 480 page keeps the left and top margins (43, 28); the bottom
+  // margin follows (595 - 28 - 480 = 87), less the paper width.
+  EXPECT_EQ(count(lines, "43.0 -508.0 translate"), 1);
   EXPECT_EQ(count(lines, "definefont pop"), 13);
   // Nothing drawn: one page mark and one showpage.
   EXPECT_EQ(count(lines, "%%Page:"), 1);
