@@ -22,7 +22,7 @@ enum Field : int {
   kPreview = 1030, kBrowse = 1502, kOptions = 1503, kCentre = 1505,
 };
 constexpr int kFieldsLabelled = 4;
-constexpr int kDisabled = 0;
+constexpr int kDisabled = 0, kEnabled = 1;
 
 constexpr std::array<float, kUnitCount> kPointsPer{1.0f, 72.0f, 72.0f / 2.54f, 72.0f / 25.4f};
 constexpr std::array<std::string_view, kUnitCount> kUnitNames{"points", "inches", "cm", "mm"};
@@ -80,6 +80,13 @@ PageSetupEntry read_entry(int unit) {
   return e;
 }
 
+// Margin fields enabled by what the others leave them.
+void scale_state(int unit) {
+  const auto enabled = yycomdlgpagesetupscalestate(read_entry(unit));
+  for (int i = 0; i < kFieldsLabelled; ++i)
+    WDialogFieldState(kLeft + i, enabled[static_cast<std::size_t>(i)] ? kEnabled : kDisabled);
+}
+
 // The preview of what the fields hold now; margins that don't fit yet show
 // as the paper alone.
 void preview(int unit) {
@@ -117,6 +124,32 @@ void yymarginsps(zelvy_data::PageSetup& r, int direction) {
     r.XOffset = r.LeftMargin;
     r.YOffset = r.TopMargin;
   }
+}
+
+MarginLimits yycomdlgpagesetupscale(int paper, int orientation, const std::array<float, 4>& margins,
+                                    float multiplier) {
+  MarginLimits limits;
+  if (multiplier <= 0) return limits;
+  int pw = 0, ph = 0;
+  paper_in(paper, orientation, pw, ph);
+  constexpr int kLeastArea = 1;
+  for (std::size_t i = 0; i < margins.size(); ++i) {
+    const int across = i % 2 == 0 ? pw : ph;
+    const auto opposite = static_cast<int>(std::lround(std::max(margins[(i + 2) % 4], 0.0f) * multiplier));
+    limits.upper[i] = static_cast<float>(std::max(across - opposite - kLeastArea, 0)) / multiplier;
+  }
+  return limits;
+}
+
+std::array<bool, 4> yycomdlgpagesetupscalestate(const PageSetupEntry& e) {
+  const float per = yypageunitpoints(e.unit);
+  const MarginLimits limits = yycomdlgpagesetupscale(e.paper, e.orientation, e.margins, per);
+  // Half a point either side of the limit counts as on it.
+  const float slack = 0.5f / per;
+  std::array<bool, 4> enabled{};
+  for (std::size_t i = 0; i < enabled.size(); ++i)
+    enabled[i] = std::abs(e.margins[i] - limits.upper[i]) > slack;
+  return enabled;
 }
 
 PageSetupEntry yypagesetupentry(const zelvy_data::PageSetup& r, int unit) {
@@ -199,6 +232,7 @@ int yycomdlgpagesetupps(zelvy_data::PageSetup& record, std::string_view title) {
   WMessageEnable(FieldChanged, 1);
   wdialogshowcommon(kPaper, 3, 0);
   preview(unit);
+  scale_state(unit);
   int result = 0;
   int type = 0;
   MessageRecord m;
@@ -219,8 +253,10 @@ int yycomdlgpagesetupps(zelvy_data::PageSetup& record, std::string_view title) {
         converted[i] = margins[i] * yypageunitpoints(unit) / yypageunitpoints(next);
       unit = next;
       put_margins(converted, unit);
+      scale_state(unit);
     } else if (type == FieldChanged) {
       preview(unit);
+      scale_state(unit);
     } else if (type == PushButton) {
       switch (m.Value1) {
         case kCancel: result = kAnswerCancel; break;
@@ -244,6 +280,7 @@ int yycomdlgpagesetupps(zelvy_data::PageSetup& record, std::string_view title) {
           const float x = (mg[0] + mg[2]) / 2, y = (mg[1] + mg[3]) / 2;
           put_margins({x, y, x, y}, unit);
           preview(unit);
+          scale_state(unit);
           break;
         }
         case kOk: {

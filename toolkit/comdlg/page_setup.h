@@ -40,6 +40,19 @@ bool yypagesetupaccept(const PageSetupEntry& entry, zelvy_data::PageSetup& recor
 // The entry the dialog starts from.
 PageSetupEntry yypagesetupentry(const zelvy_data::PageSetup& record, int unit);
 
+// How far each margin (left, top, right, bottom) may go, in a unit of
+// `multiplier` points, with the other margins as they stand: from 0 up to
+// what leaves one point of printed area beside the opposite margin (taken in
+// whole points, as a confirmed entry is).
+struct MarginLimits {
+  std::array<float, 4> lower{}, upper{};
+};
+MarginLimits yycomdlgpagesetupscale(int paper, int orientation, const std::array<float, 4>& margins,
+                                    float multiplier);
+// Which margin fields of an entry stay enabled: those that can still grow,
+// and those already past their limit, so that they can be brought back.
+std::array<bool, 4> yycomdlgpagesetupscalestate(const PageSetupEntry& entry);
+
 // The page setup dialog on a record; 1 when the user confirmed (the record
 // updated), 2 when cancelled. The caller's current dialog is put back.
 int yycomdlgpagesetupps(zelvy_data::PageSetup& record, std::string_view title = {});

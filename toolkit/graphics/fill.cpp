@@ -3,6 +3,7 @@
 #include "toolkit/base/error.h"
 #include "toolkit/graphics/graphics.h"
 #include "toolkit/graphics/graphics_private.h"
+#include "toolkit/graphics/raster_private.h"
 
 #include <algorithm>
 #include <array>
@@ -280,7 +281,7 @@ void fill_shape(int deviceop) {
 void gradient_run(int x1, int x2, int y, int rgb) {
   auto& s = state();
   if (s.igscrn > 0) yygapispan(x1, x2, y, rgb);
-  if (s.ighcpy <= 0) return;
+  if (s.ighcpy <= 0 || yyvra7(x1, x2, y, rgb)) return;
   const int colour = s.ichnalgl, model = s.icmodel, style = s.ifstyl, prev = s.iprevcol;
   s.icmodel = 0;
   s.ichnalgl = rgb;

@@ -503,6 +503,32 @@ void yydith(int mode, int colours, int red, int green, int blue, uint32_t& pr, u
   pb = yydithlevel(level(blue), 2);
 }
 
+bool yyvra7(int x1, int x2, int y, int rgb) {
+  const auto& s = state();
+  auto& p = pen();
+  auto& page = zg::yyrasterpage();
+  if (s.ighcpy <= 0 || (s.ihcdrv != kDriverImage && s.ihcdrv != kDriverPrinter) || page.irbuff.empty()) return false;
+  // Bit-plane pages mix their inks by pattern, as any other fill.
+  if (page.nbitpx == 1 || page.nbitpx == 3) return false;
+  p.drawn = state().bdopause = true;
+  // Raster units to pixels: the run covers every pixel whose raster cell it covers.
+  const int px1 = to_page_x(static_cast<float>(std::min(x1, x2)));
+  const int px2 = std::max(to_page_x(static_cast<float>(std::max(x1, x2) + 1)) - 1, px1);
+  const int py1 = to_page_y(static_cast<float>(y));
+  const int py2 = std::max(to_page_y(static_cast<float>(y + 1)) - 1, py1);
+  for (int row = py1; row <= py2; ++row) {
+    if (row < p.ymin || row > p.ymax) continue;
+    if (page.nbitpx == 24) {
+      yyvra4(static_cast<uint32_t>(rgb & 0xFFFFFF) | (page.brtrans ? 0xFF000000u : 0u), px1, row, px2);
+    } else {
+      const int index = yyrgbto8(rgb);
+      yyvra4(page.nbitpx == 8 ? static_cast<uint32_t>(index) : static_cast<uint32_t>(kIexint16[static_cast<size_t>(index / 16)]),
+             px1, row, px2);
+    }
+  }
+  return true;
+}
+
 void yyvras(int op) {
   auto& s = state();
   auto& p = pen();

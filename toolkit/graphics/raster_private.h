@@ -46,6 +46,10 @@ void IPrinter(int model);
 // its model number in that language (below 1 takes the first).
 void IPrinter2(int type);
 void yyvras(int op);
+// A run of gradient pixels from x1 to x2 on raster row y, in one RGB colour,
+// written straight into a raster page of 4, 8 or 24 bits; false when the
+// hardcopy isn't such a page, and the run must go as a fill.
+bool yyvra7(int x1, int x2, int y, int rgb);
 void xximag(int op);
 void xxrast(int op);
 // Three 32-bit dither patterns (4 rows of 8 pixels) of a colour's ink: one

@@ -209,7 +209,7 @@ void WInitialise(std::string_view inifile, std::optional<int> flags, std::option
   d.maxbitmap = d.maxicon = d.maxmeta = 0;
   zelvy_comdlg::data().icdopt = {8, 25, 10};
   zelvy_comdlg::data().wcomdlgpos = {20, 20};
-  d.idefpapersize = yydefpapersize();
+  d.idefpapersize = yyinfosystem(kInfoDefaultPaper);
   d.psedit = {};
   for (auto& page : d.psedit) page.Paper = d.idefpapersize;
   d.psgrid = d.psedit;
@@ -275,5 +275,7 @@ int WInfoSystem(int item) {
       return 0;
   }
 }
+
+int yyinfosystem(int code) { return code == kInfoDefaultPaper ? yydefpapersize() : WInfoSystem(code); }
 
 void WInfoVersion(std::string& text) { assign_out(text, kVersion); }

@@ -29,5 +29,9 @@ void yyinireadline(std::string line);
 void yytmpprn();
 // Default paper size from the locale variables: 9 for the North American ones, else 5.
 int yydefpapersize();
+// The toolkit's own system queries: those of WInfoSystem, and beyond them
+// kInfoDefaultPaper, the paper the locale prints on (a row of the paper table).
+constexpr int kInfoDefaultPaper = 101;
+int yyinfosystem(int code);
 // Measurement system: 1 imperial, 2 metric.
 int yymeasurement();
