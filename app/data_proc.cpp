@@ -63,7 +63,7 @@ constexpr int kBrowseButton = ids::main_form::browse_reflection_file;
 constexpr int kHelpKey = 9;
 
 // The answer of the last common dialog.
-bool confirmed() { return WInfoDialog(4) == kConfirmed; }
+bool confirmed() { return winfodialog(4) == kConfirmed; }
 
 // The path the selector gave, split into the job's directory, file and
 // name; the status bar shows the directory and the name.

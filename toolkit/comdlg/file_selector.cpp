@@ -54,6 +54,9 @@ constexpr int kItemNewDirectory = 32105, kItemHidden = 32106, kItemOrder = 32107
 constexpr int kItemByName = 32108, kItemByDate = 32109, kItemBySize = 32110, kItemByExtension = 32111;
 constexpr int kItemReverse = 32112, kItemRefresh = 32113;
 
+// Dialog show modes.
+constexpr int kSemiModeless = 3;
+
 // Where a context click came from (Value3).
 constexpr int kClickOnButton = 8, kClickOnList = 12;
 
@@ -227,6 +230,17 @@ void yyselectfile_errormsg(const Call& c, std::string_view text) {
   select_selector(c);
 }
 
+// Shows a dialog over another (the selector), at the common dialogs' offset
+// from it, with the focus in `focus`; the dialog shown is left selected.
+void yydialogshow(int dialogid, int over, int focus, int mode) {
+  const auto& pos = zelvy_comdlg::data().wcomdlgpos;
+  WDialogSelect(over);
+  const int px = WInfoDialog(16) + pos[0], py = WInfoDialog(17) + pos[1];
+  WDialogSelect(dialogid);
+  const auto& zd = zelvy_data::data();
+  WDialogShow(yyunitsfrompixels(px, zd.iscwid), yyunitsfrompixels(py, zd.ischgt), focus, mode);
+}
+
 // Runs one of the small dialogs until a button, and gives the button.
 int run_small(Call& c, int resid, int focus, const auto& fill, std::string* text, int textField) {
   WDialogLoad(resid);
@@ -237,13 +251,7 @@ int run_small(Call& c, int resid, int focus, const auto& fill, std::string* text
   }
   fill();
   if (focus != kOk) yyselectfile_returnhook(focus);
-  // Over the selector, at the common dialogs' offset from it.
-  const auto& pos = zelvy_comdlg::data().wcomdlgpos;
-  WDialogSelect(c.dialogId);
-  const int px = WInfoDialog(16) + pos[0], py = WInfoDialog(17) + pos[1];
-  WDialogSelect(resid);
-  const auto& zd = zelvy_data::data();
-  WDialogShow(yyunitsfrompixels(px, zd.iscwid), yyunitsfrompixels(py, zd.ischgt), focus, 3);
+  yydialogshow(resid, c.dialogId, focus, kSemiModeless);
   int type = 0, button = 0;
   MessageRecord m;
   for (;;) {
@@ -878,6 +886,7 @@ void WInfoFilename(int item, std::string& text) {
     }
     case 12: case 13: v = zd.cbrowser[static_cast<std::size_t>(item - 12)]; break;
     case 14: v = home(); break;
+    case 15: yyosregistryfile(v); break;
     case 16: {
       v = env("XDG_CONFIG_HOME");
       if (v.empty()) {

@@ -26,6 +26,8 @@ void WDialogTitle(std::optional<std::string_view> title = {}, std::optional<int>
 void wdialogunitstopixels(int x, int y, int& px, int& py);
 void wdialogunitsfrompixels(int x, int y, int& ux, int& uy);
 int WInfoDialog(int item);
+// The same, under the name the application's commands read it by.
+inline int winfodialog(int item) { return WInfoDialog(item); }
 
 // Fields: 0 disabled, 1 enabled, 2 read-only, 3 hidden.
 void WDialogFieldState(int fieldid, int state);

@@ -761,33 +761,77 @@ void yyDefaultPalette(int depth, int colourcount) {
   xs.defaultPalette = yyPaletteTable(colours);
 }
 
-Pixmap yyResourceImagePixmap(int imageid, int type, Pixel background, int& width, int& height) {
+Pixmap yyResourceLoadImage(int imageid, int type, int mode, Pixel background, int& width, int& height,
+                           int& status) {
+  constexpr int kNoPixmap = 2, kBadImage = 1015, kTransparent = 255, kLeftOutGrey = 192;
   width = height = 0;
+  status = 0;
   Display* dpy = xs.ixDisplay;
-  if (!dpy) return 2;
   std::vector<std::uint8_t> rgba;
-  int status = 0;
   yyrcimagepixels(imageid, type, width, height, rgba, status);
-  if (status != 0 || width < 1 || height < 1) return 2;
+  if (status != 0 || width < 1 || height < 1) {
+    status = kBadImage;
+    return kNoPixmap;
+  }
+  if (!dpy) return kNoPixmap;
+  // The colour left out in modes 1 and 3, and the ground mixed into in mode 2.
+  int outr = kLeftOutGrey, outg = kLeftOutGrey, outb = kLeftOutGrey;
+  if (mode == kImageKeyColour) {
+    outr = static_cast<int>(background & 0xFF);
+    outg = static_cast<int>((background >> 8) & 0xFF);
+    outb = static_cast<int>((background >> 16) & 0xFF);
+  }
+  XColor ground{};
+  if (mode == kImageOnBackground) {
+    ground.pixel = background;
+    XQueryColor(dpy, DefaultColormap(dpy, xs.iScreen), &ground);
+  }
   const Window root = RootWindow(dpy, xs.iScreen);
   const int depth = DefaultDepth(dpy, xs.iScreen);
   const Pixmap pm = XCreatePixmap(dpy, root, static_cast<unsigned>(width), static_cast<unsigned>(height),
                                   static_cast<unsigned>(depth));
+  GC gc = XCreateGC(dpy, pm, 0, nullptr);
+  // A known ground under what is left out: the background in mode 2, else 0.
+  XSetForeground(dpy, gc, mode == kImageOnBackground ? background : 0);
+  XFillRectangle(dpy, pm, gc, 0, 0, static_cast<unsigned>(width), static_cast<unsigned>(height));
   XImage* im = XGetImage(dpy, pm, 0, 0, static_cast<unsigned>(width), static_cast<unsigned>(height), AllPlanes, ZPixmap);
   if (!im) {
+    XFreeGC(dpy, gc);
     XFreePixmap(dpy, pm);
-    return 2;
+    status = kBadImage;
+    return kNoPixmap;
   }
+  // Runs of one colour, common in icons, cost one allocation.
+  int lastrgb = -1;
+  unsigned long lastpixel = 0;
   for (int y = 0; y < height; ++y)
     for (int x = 0; x < width; ++x) {
       const std::uint8_t* px = &rgba[static_cast<std::size_t>((y * width + x) * 4)];
-      XPutPixel(im, x, y, px[3] != 0 ? background : yyAllocPixel(px[0], px[1], px[2]));
+      int r = px[0], g = px[1], b = px[2];
+      const int t = px[3];
+      if ((mode == kImageLeaveGrey || mode == kImageKeyColour) && r == outr && g == outg && b == outb) continue;
+      if (mode == kImageOnBackground) {
+        if (t == kTransparent) continue;
+        r = (t * (ground.red >> 8) + (kTransparent - t) * r) / kTransparent;
+        g = (t * (ground.green >> 8) + (kTransparent - t) * g) / kTransparent;
+        b = (t * (ground.blue >> 8) + (kTransparent - t) * b) / kTransparent;
+      }
+      const int rgb = r | g << 8 | b << 16;
+      if (rgb != lastrgb) {
+        lastpixel = yyAllocPixel(r, g, b);
+        lastrgb = rgb;
+      }
+      XPutPixel(im, x, y, lastpixel);
     }
-  GC gc = XCreateGC(dpy, pm, 0, nullptr);
   XPutImage(dpy, pm, gc, im, 0, 0, 0, 0, static_cast<unsigned>(width), static_cast<unsigned>(height));
   XFreeGC(dpy, gc);
   XDestroyImage(im);
   return pm;
+}
+
+Pixmap yyResourceImagePixmap(int imageid, int type, Pixel background, int& width, int& height) {
+  int status = 0;
+  return yyResourceLoadImage(imageid, type, kImageOnBackground, background, width, height, status);
 }
 
 namespace {

@@ -97,8 +97,16 @@ std::vector<std::array<unsigned short, 3>> yyPaletteTable(int colours);
 // than 256 colours; a colour count other than 32, 64 or 128 gives 16 (2 on a
 // one-bit display, 8 on a three-bit one).
 void yyDefaultPalette(int depth, int colourcount);
-// A pixmap of a resource image, its transparent pixels in `background`;
-// 2 when there is no such image.
+// A pixmap of a resource image, of the screen's depth; 2 (no pixmap) and
+// status 1015 when there is no such image. By mode: kImageAsIs every pixel
+// as it stands; kImageLeaveGrey the pixels of 192, 192, 192 left out;
+// kImageOnBackground on a ground of `background`, fully transparent pixels
+// left out and the others mixed into it by their transparency;
+// kImageKeyColour the pixels of the RGB colour `background` left out.
+enum ImageLoadMode : int { kImageAsIs = 0, kImageLeaveGrey = 1, kImageOnBackground = 2, kImageKeyColour = 3 };
+Pixmap yyResourceLoadImage(int imageid, int type, int mode, Pixel background, int& width, int& height,
+                           int& status);
+// The same on a ground of `background`.
 Pixmap yyResourceImagePixmap(int imageid, int type, Pixel background, int& width, int& height);
 // The program icon (image -1) on a shell: its icon pixmap and icon window.
 void yyResourceProgramIconShow(Widget shell);

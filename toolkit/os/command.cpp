@@ -110,9 +110,13 @@ int wait_with_hook(pid_t pid, CommandStatus& status) {
 
 void yyossetcommandwaithook(CommandWaitHook hook) { wait_hook = hook; }
 
+// Whatever our own streams hold goes out before a child starts: otherwise it
+// would come out twice (copied into the child) or after the child's output.
+void yyflushbuffer() { std::fflush(nullptr); }
+
 int yyoscommand2(const std::string& command, int flags, int timeout_ms, CommandStatus& status) {
   status = {};
-  std::fflush(nullptr);  // nothing buffered may come out twice or late
+  yyflushbuffer();
   const pid_t pid = ::fork();
   if (pid < 0) {
     status.os_error = errno;
@@ -182,6 +186,7 @@ void IOsCommand(std::string_view command, std::optional<int> flags, std::optiona
   const int f = flags.value_or(0);
   int t = timeout.value_or(-1);
   if (t > 0 && !(f & kCmdMilliseconds)) t = t > INT_MAX / 1000 ? INT_MAX : t * 1000;
+  yyflushbuffer();
   CommandStatus status;
   const int err = yyoscommand(left_trimmed(trimmed(command)), f, t, status);
   if (process_id) *process_id = status.process_id;

@@ -47,5 +47,7 @@ int yyoscommand(std::string_view command, int flags, int timeout_ms, CommandStat
 // failure is raised under `routine`, the public routine at work. Returns the
 // command's exit code, -1 when it did not end normally.
 int yyoscommandprint(std::string_view command, std::string_view routine);
+// Writes out what the process's buffered files hold.
+void yyflushbuffer();
 // Runs the command line as it stands.
 int yyoscommand2(const std::string& command, int flags, int timeout_ms, CommandStatus& status);

@@ -409,6 +409,21 @@ int yyosgethomedir(std::string& dir) {
   return 0;
 }
 
+int yyosregistryfile(std::string& file) {
+  std::string dir;
+  if (yyosvariable("XDG_CONFIG_HOME", dir) != 0 || dir.empty()) {
+    if (yyosvariable("HOME", dir) != 0 || dir.empty()) {
+      if (const int err = yyosgethomedir(dir); err != 0) {
+        file.clear();
+        return err;
+      }
+    }
+    dir += "/.config";
+  }
+  file = dir + "/zelvy.reg";
+  return 0;
+}
+
 int yyosuserid() { return static_cast<int>(::getuid()); }
 
 int yyosversion(std::string& release) {

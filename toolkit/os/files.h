@@ -147,6 +147,10 @@ int yyosvariable(std::string_view name, std::string& value);
 int yyosvariableput(std::string_view name, std::string_view value);
 std::string yyoserrorstr(int err);
 int yyosgethomedir(std::string& dir);
+// The file that keeps the toolkit's registry: zelvy.reg in the user's
+// configuration directory (XDG_CONFIG_HOME, else HOME or the password
+// entry's home followed by "/.config"); 0, or the error when there is no home.
+int yyosregistryfile(std::string& file);
 int yyosuserid();
 // The kernel release text.
 int yyosversion(std::string& release);
