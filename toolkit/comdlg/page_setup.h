@@ -50,7 +50,9 @@ struct MarginLimits {
 MarginLimits yycomdlgpagesetupscale(int paper, int orientation, const std::array<float, 4>& margins,
                                     float multiplier);
 // Which margin fields of an entry stay enabled: those that can still grow,
-// and those already past their limit, so that they can be brought back.
+// and those already past their limit, so that they can be brought back. Two
+// opposite margins reach their limits together, when one point of printed
+// area is left between them.
 std::array<bool, 4> yycomdlgpagesetupscalestate(const PageSetupEntry& entry);
 
 // The page setup dialog on a record; 1 when the user confirmed (the record

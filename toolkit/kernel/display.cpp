@@ -770,6 +770,7 @@ Pixmap yyResourceLoadImage(int imageid, int type, int mode, Pixel background, in
   std::vector<std::uint8_t> rgba;
   yyrcimagepixels(imageid, type, width, height, rgba, status);
   if (status != 0 || width < 1 || height < 1) {
+    width = height = 0;
     status = kBadImage;
     return kNoPixmap;
   }

@@ -53,6 +53,7 @@ TEST(PageSetupLimits, EachMarginGoesUpToTheLastAcceptedValue) {
         e.paper = paper;
         e.orientation = orientation;
         e.unit = unit;
+        e.command = "lpr";
         e.margins = {20 / per, 30 / per, 40 / per, 50 / per};
         const MarginLimits limits = yycomdlgpagesetupscale(paper, orientation, e.margins, per);
         for (std::size_t i = 0; i < 4; ++i) {
@@ -88,8 +89,9 @@ TEST(PageSetupLimits, FieldsAtTheirLimitAloneAreDisabled) {
   PageSetupEntry e;  // A4 upright, in points
   e.margins = {28, 43, 28, 43};
   EXPECT_EQ(yycomdlgpagesetupscalestate(e), (std::array<bool, 4>{true, true, true, true}));
-  e.margins[2] = 595 - 28 - 1;  // right at its limit
-  EXPECT_EQ(yycomdlgpagesetupscalestate(e), (std::array<bool, 4>{true, true, false, true}));
+  // Left and right leaving one point between them: neither can grow.
+  e.margins[2] = 595 - 28 - 1;
+  EXPECT_EQ(yycomdlgpagesetupscalestate(e), (std::array<bool, 4>{false, true, false, true}));
   e.margins[2] += 50;  // beyond: must stay open to be brought back
   EXPECT_TRUE(yycomdlgpagesetupscalestate(e)[2]);
   // In inches, within half a point of the limit counts as on it.
@@ -153,7 +155,7 @@ void press(int button) {
   ASSERT_EQ(std::system(cmd.c_str()), 0);
 }
 
-constexpr int kPaperField = 1002, kRightField = 1013, kOk = 1;
+constexpr int kPaperField = 1002, kLeftField = 1011, kTopField = 1012, kRightField = 1013, kOk = 1;
 
 class PageSetupPapers : public MainFormTest {};
 
@@ -180,24 +182,26 @@ TEST_F(PageSetupPapers, EveryPaperOfTheListIsKeptInTheRecord) {
   }
 }
 
-// A record whose right margin leaves a single point of area shows that
-// field disabled, the others enabled.
+// A record whose left and right margins leave a single point of area shows
+// those two fields disabled, top and bottom enabled.
 TEST_F(PageSetupPapers, MarginAtItsLimitIsDisabledOnShow) {
   zelvy_data::PageSetup r;
   r.RightMargin = 595 - r.LeftMargin - 1;
   yymarginsps(r, 2);
-  bool right = true, left = false;
+  bool right = true, left = true, top = false;
   Answer a{[&] {
     WDialogSelect(1701);
     const int dlg = zelvy_dialog::state().iDlgCur;
     right = XtIsSensitive(yyDialogGetField(kRightField, dlg)->widget);
-    left = XtIsSensitive(yyDialogGetField(kRightField - 2, dlg)->widget);
+    left = XtIsSensitive(yyDialogGetField(kLeftField, dlg)->widget);
+    top = XtIsSensitive(yyDialogGetField(kTopField, dlg)->widget);
     press(2);
   }};
   XtAppAddTimeOut(zelvy_x::state().ixContext, 30, act_when_shown, &a);
   EXPECT_EQ(yycomdlgpagesetupps(r), 2);
   EXPECT_FALSE(right);
-  EXPECT_TRUE(left);
+  EXPECT_FALSE(left);
+  EXPECT_TRUE(top);
 }
 
 }  // namespace
