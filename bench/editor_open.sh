@@ -7,8 +7,11 @@
 # text. The editor's own figures (first page, whole text in the widget,
 # memory) come from editor_open without --hold, run beside them.
 # Left out: the file is in the page cache (a cold read adds the same disk time
-# to both), no window manager, and the fonts are the ones each program finds
-# on this server.
+# to both); there is no window manager; each program draws in the fonts it
+# finds on this server; "painted" means a page of text rows in the window's
+# left strip (see window_painted), not every pixel final; the editor goes on
+# taking the rest of a large text after its first page, which the inside
+# "whole text" figure covers.
 # Usage: bench/editor_open.sh BUILD_DIR [RUNS] [FILE]
 # Without FILE a 1,000,000-line reflection listing of 60 MB is made.
 set -euo pipefail
