@@ -51,9 +51,9 @@ echo "         rss kB then: $(stats 2 <"$work/ours")   2 s later: $(stats 3 <"$w
 echo "editor, measured inside: first page s: $(stats 1 <"$work/inside")   rss kB then: $(stats 2 <"$work/inside")"
 echo "                         whole text s: $(stats 4 <"$work/inside")   rss kB then: $(stats 5 <"$work/inside")"
 if [ -n "$peer" ]; then
-  echo "nedit    to a painted page s: $(stats 1 <"$work/peer")"
+  echo "peer     to a painted page s: $(stats 1 <"$work/peer")"
   echo "         rss kB then: $(stats 2 <"$work/peer")   2 s later: $(stats 3 <"$work/peer")"
-  echo "editor minus nedit, run by run, s: $(paste -d' ' "$work/ours" "$work/peer" |
+  echo "editor minus peer, run by run, s: $(paste -d' ' "$work/ours" "$work/peer" |
     awk '{ printf "%.3f\n", $1 - $4 }' | stats 1)"
 else
   echo "no peer editor installed"
