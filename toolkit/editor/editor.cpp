@@ -533,8 +533,7 @@ int font_type_of(std::optional<int> type, bool named) {
 // locale, which dominates the opening of a large file; plain ASCII converts
 // the same way in the C locale, many times faster, and the locale is back at once.
 void set_chunk(Widget w, std::string_view piece, bool append) {
-  const bool ascii = std::all_of(piece.begin(), piece.end(),
-                                 [](char c) { return (static_cast<unsigned char>(c) & 0x80) == 0; });
+  const bool ascii = yyEditTextIsAscii(piece);
   std::string saved;
   if (ascii && piece.size() > kPlainLocaleFrom) {
     if (const char* now = std::setlocale(LC_CTYPE, nullptr)) saved = now;
@@ -609,9 +608,7 @@ void make_text_widget(EditRecord& r, bool narrow) {
   zelvy_win::state().WinInfo[h].Content = XtParent(r.Text);
 }
 
-bool all_ascii(std::string_view text) {
-  return std::all_of(text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0x80) == 0; });
-}
+bool all_ascii(std::string_view text) { return yyEditTextIsAscii(text); }
 
 // Puts a widget of the other width in place of the editor's, holding `text`,
 // with the caret and the top line where they were.

@@ -158,6 +158,8 @@ std::size_t yyEditByteOffset(std::string_view text, int characters);
 std::string yyEditTextForWidget(std::string_view bytes);
 // True when that would change nothing: ASCII without CR and NUL.
 bool yyEditTextIsPlain(std::string_view bytes);
+// True when every byte is ASCII.
+bool yyEditTextIsAscii(std::string_view bytes);
 
 // ---- Editor windows (editor.cpp) -------------------------------------------
 

@@ -3,16 +3,53 @@
 #include "toolkit/editor/editor_private.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 
 namespace {
 
 bool is_lead(char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }
 
+// Loaded files run to tens of megabytes: the scans below look at eight bytes
+// at a time.
+constexpr std::size_t kWord = sizeof(std::uint64_t);
+constexpr std::uint64_t kEveryByte = 0x0101010101010101ull;
+constexpr std::uint64_t kHighBits = 0x8080808080808080ull;
+
+std::uint64_t word_at(const char* p) {
+  std::uint64_t w;
+  std::memcpy(&w, p, kWord);
+  return w;
+}
+
+// High bit set in each byte of w that is zero.
+std::uint64_t zero_bytes(std::uint64_t w) { return (w - kEveryByte) & ~w & kHighBits; }
+
+// Number of bytes whose high bit is set in a mask of high bits.
+int count_high(std::uint64_t mask) { return static_cast<int>(((mask >> 7) * kEveryByte) >> 56); }
+
 int count_leads(const char* p, std::size_t n) {
-  int count = 0;
-  for (std::size_t i = 0; i < n; ++i) count += is_lead(p[i]) ? 1 : 0;
-  return count;
+  int followers = 0;
+  std::size_t i = 0;
+  for (; i + kWord <= n; i += kWord) {
+    const std::uint64_t w = word_at(p + i);
+    followers += count_high(w & ~(w << 1) & kHighBits);  // 10xxxxxx continues a character
+  }
+  for (; i < n; ++i) followers += is_lead(p[i]) ? 0 : 1;
+  return static_cast<int>(n) - followers;
+}
+
+// Offset of the first byte from `from` on that is a carriage return or not ASCII; n when none.
+std::size_t next_special(const unsigned char* b, std::size_t from, std::size_t n) {
+  constexpr std::uint64_t kReturns = kEveryByte * '\r';
+  std::size_t i = from;
+  for (; i + kWord <= n; i += kWord) {
+    const std::uint64_t w = word_at(reinterpret_cast<const char*>(b + i));
+    if ((w & kHighBits) || zero_bytes(w ^ kReturns)) break;
+  }
+  for (; i < n; ++i)
+    if (b[i] == '\r' || b[i] >= 0x80) return i;
+  return n;
 }
 
 // A place in the pieces: which piece, the byte in it, and the character
@@ -80,7 +117,9 @@ void step(const EditPieces& t, TextCursor& c) {
 
 bool next_wrapped(const EditPieces& t, TextCursor& c, EditRecord& r, EditCharWidth width) {
   skip_empty(t, c);
-  std::vector<TextCursor> line;  // the characters of this display line so far
+  bool started = false;  // the display line holds a character already
+  bool blank_seen = false;
+  TextCursor last_blank;  // the last blank or tab of this display line
   int sum = 0;
   while (c.piece < 3) {
     const std::string_view ch = character_at(t, c);
@@ -88,27 +127,26 @@ bool next_wrapped(const EditPieces& t, TextCursor& c, EditRecord& r, EditCharWid
       step(t, c);
       return true;
     }
+    const bool blank = ch[0] == ' ' || ch[0] == '\t';
     const int w = width ? width(r, ch) : 1;
-    if (!line.empty() && sum + w > r.WrapWidth) {
+    if (started && sum + w > r.WrapWidth) {
       // Break behind the last blank or tab, this character included, so that
       // the blank stays at the end of the line; a word wider than the line
       // breaks here.
-      if (ch[0] == ' ' || ch[0] == '\t') {
+      if (blank) {
         step(t, c);
-        return true;
-      }
-      for (auto it = line.rbegin(); it != line.rend(); ++it) {
-        const char b = character_at(t, *it)[0];
-        if (b == ' ' || b == '\t') {
-          c = *it;
-          step(t, c);
-          return true;
-        }
+      } else if (blank_seen) {
+        c = last_blank;
+        step(t, c);
       }
       return true;
     }
     sum += w;
-    line.push_back(c);
+    started = true;
+    if (blank) {
+      last_blank = c;
+      blank_seen = true;
+    }
     step(t, c);
   }
   return false;
@@ -176,13 +214,36 @@ int yyEditConvertPos(int direction, int value, const EditRecord& r) {
 }
 
 void yyEditBuildLineStarts(const EditPieces& t, EditRecord& r, EditCharWidth width) {
-  const int lines = yyEditCountLines(t, r, width);
-  yyEditLineStartsMem(1, lines, r);
+  // One walk over the text: the starts are gathered as they are found, then
+  // the table takes the capacity that preparing it for their count would give.
+  constexpr std::size_t kGuessedLineBytes = 64;
+  std::vector<std::int32_t> starts;
+  starts.reserve(t.size() / kGuessedLineBytes + 1);
+  starts.push_back(0);
+  if (r.Flags & edit_flag::kWordWrap) {
+    TextCursor c;
+    while (next_wrapped(t, c, r, width)) starts.push_back(c.chars);
+  } else {
+    // Only line ends matter: a search from one to the next, and characters
+    // counted only in a piece that holds more than ASCII.
+    int chars = 0;
+    for (const std::string_view p : t.part) {
+      const bool ascii = yyEditTextIsAscii(p);
+      for (std::size_t at = 0; at < p.size();) {
+        const void* nl = std::memchr(p.data() + at, '\n', p.size() - at);
+        const std::size_t end = nl ? static_cast<std::size_t>(static_cast<const char*>(nl) - p.data()) + 1 : p.size();
+        chars += ascii ? static_cast<int>(end - at) : count_leads(p.data() + at, end - at);
+        at = end;
+        if (nl) starts.push_back(chars);
+      }
+    }
+  }
+  const int lines = static_cast<int>(starts.size());
+  const std::size_t capacity = static_cast<std::size_t>((lines / 10 + 1) * 10);
+  starts.resize(capacity, 0);
+  if (starts.capacity() > capacity + capacity / 8) starts.shrink_to_fit();
+  r.SpareStarts = std::move(starts);
   r.SpareCount = lines;
-  TextCursor c;
-  std::size_t i = 0;
-  r.SpareStarts[i++] = 0;
-  while (next_line(t, c, r, width)) r.SpareStarts[i++] = c.chars;
   yyEditLineStartsMem(2, 0, r);
 }
 
@@ -239,13 +300,13 @@ std::string yyEditTextForWidget(std::string_view bytes) {
   const auto* b = reinterpret_cast<const unsigned char*>(bytes.data());
   const std::size_t n = bytes.size();
   for (std::size_t i = 0; i < n;) {
+    // Plain ASCII between the bytes that need a look goes across whole.
+    const std::size_t special = next_special(b, i, n);
+    out.append(bytes.substr(i, special - i));
+    i = special;
+    if (i == n) break;
     const unsigned char c = b[i];
     if (c == '\r') {
-      ++i;
-      continue;
-    }
-    if (c < 0x80) {
-      out.push_back(static_cast<char>(c));
       ++i;
       continue;
     }
@@ -268,12 +329,18 @@ std::string yyEditTextForWidget(std::string_view bytes) {
   return out;
 }
 
+bool yyEditTextIsAscii(std::string_view bytes) {
+  const char* p = bytes.data();
+  const std::size_t n = bytes.size();
+  std::uint64_t seen = 0;
+  std::size_t i = 0;
+  for (; i + kWord <= n; i += kWord) seen |= word_at(p + i);
+  for (; i < n; ++i) seen |= static_cast<unsigned char>(p[i]);
+  return (seen & kHighBits) == 0;
+}
+
 bool yyEditTextIsPlain(std::string_view bytes) {
-  unsigned char seen = 0;
-  bool special = false;
-  for (const char c : bytes) {
-    seen |= static_cast<unsigned char>(c);
-    special |= c == '\r' || c == '\0';
-  }
-  return !(seen & 0x80) && !special;
+  if (bytes.empty()) return true;
+  return !std::memchr(bytes.data(), '\r', bytes.size()) && !std::memchr(bytes.data(), '\0', bytes.size()) &&
+         yyEditTextIsAscii(bytes);
 }
