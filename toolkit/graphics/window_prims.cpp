@@ -157,8 +157,10 @@ Drawable drawable_of(int type, int id) {
       const int fi = yyDialogFindField(id, dl.iDlgCur);
       if (fi < 0) return 0;
       const FieldRecord& f = dl.wDialogInfo[static_cast<size_t>(dl.iDlgCur)].fields[static_cast<size_t>(fi)];
-      if (f.type != zelvy_dialog::kPicture || !f.widget || !XtIsRealized(f.widget)) return 0;
-      return XtWindow(f.widget);
+      // The shown part is the inner widget, where there is one.
+      const Widget w = f.valueWidget ? f.valueWidget : f.widget;
+      if (f.type != zelvy_dialog::kPicture || !w || !XtIsRealized(w)) return 0;
+      return XtWindow(w);
     }
     default:
       return 0;
