@@ -90,12 +90,11 @@ void yyBitmapViewRefresh() {
   auto& v = viewer();
   int width = 0, height = 0;
   if (!v.area || !yybitmapsize(v.handle, width, height)) return;
-  // A resized or turned bitmap is a new pixmap of a new size.
-  XtVaSetValues(v.area, XmNwidth, width, XmNheight, height, nullptr);
-  if (XtIsRealized(v.area)) {
-    XSetWindowBackgroundPixmap(xdisplay(), XtWindow(v.area), zelvy_bmp::bitmap_drawable(v.handle));
-    XClearArea(xdisplay(), XtWindow(v.area), 0, 0, 0, 0, False);
-  }
+  // A resized or turned bitmap is a new pixmap of a new size; one drawn on
+  // is the same pixmap, which the window shows anew only when cleared.
+  XtVaSetValues(v.area, XmNwidth, width, XmNheight, height, XmNbackgroundPixmap,
+                zelvy_bmp::bitmap_drawable(v.handle), nullptr);
+  if (XtIsRealized(v.area)) XClearArea(xdisplay(), XtWindow(v.area), 0, 0, 0, 0, False);
 }
 
 void yybitmapview(int handle, std::string_view title, int& error) {

@@ -49,7 +49,7 @@ struct DrawState {
   }();
   std::array<int, zg::kPaletteEntries> paletteRgb{};
   std::vector<XPoint> polygon;
-  XftFont* xft = nullptr;  // fonts stay open for the connection's life
+  XftFont* xft = nullptr;  // closed when another is chosen, and at shutdown
   XFontStruct* core = nullptr;
   XftDrawPtr xftDraw;
   Drawable xftDrawable = 0;
@@ -171,6 +171,10 @@ void release_draw_state() {
   auto& s = ds();
   s.xftDraw.reset();
   s.xftDrawable = 0;
+  if (dpy() && s.xft) XftFontClose(dpy(), s.xft);
+  if (dpy() && s.core) XFreeFont(dpy(), s.core);
+  s.xft = nullptr;
+  s.core = nullptr;
   s.gGC.reset();
   s.wDrawable = 0;
   s.iDrawableType = zg::kDrawableNone;
