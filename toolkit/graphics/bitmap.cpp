@@ -8,6 +8,7 @@
 #include "toolkit/graphics/window_prims.h"
 #include "toolkit/kernel/display_private.h"
 #include "toolkit/kernel/resources.h"
+#include "toolkit/kernel/window_private.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -419,6 +420,11 @@ void yybitmaploadresource(int handle, int imageid, int type, int background, int
   yybitmapcreate(handle, width, height, error);
   if (error != 0) return;
   write_rgb(e->hBitmap.get(), 0, 0, width, height, rgb);
+}
+
+void yygetwindowbitmap(int on, int exceptwindow, int& error) {
+  error = 0;
+  yygetwindowbitmap_(on, exceptwindow, error);
 }
 
 void yyBitmapShutdown() {

@@ -64,6 +64,11 @@ int yyBitmapViewHandle();
 // Shows the bitmap's present contents in the viewer.
 void yyBitmapViewRefresh();
 void yyBitmapViewClose();
+// Around a modal dialog: on 1 every window but `exceptwindow` (-1 none) keeps
+// the picture it shows now, on 0 one such freeze ends. The error (1041,
+// 1042) is the caller's to raise under its own name.
+void yygetwindowbitmap(int on, int exceptwindow, int& error);
+
 // Closes the viewer and frees every bitmap and drawing resource.
 void yyBitmapShutdown();
 
