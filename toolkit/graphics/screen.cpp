@@ -1,6 +1,7 @@
 // The screen path: the drawing operations on the client area of the selected
 // window, straight through Xlib.
 #include "toolkit/graphics/graphics.h"
+#include "toolkit/graphics/bitmap_private.h"
 #include "toolkit/graphics/graphics_private.h"
 #include "toolkit/kernel/display_private.h"
 #include "toolkit/kernel/window_private.h"
@@ -88,8 +89,10 @@ bool target() {
   sc.display = xdisplay();
   if (!sc.display) return false;
   const int h = state().itargid;
-  if (!yywindowexists(h)) return false;
-  const Drawable d = zelvy_win::state().wClient[h];
+  constexpr int kBitmapTarget = 2;
+  const Drawable d = state().itarg == kBitmapTarget ? zelvy_bmp::bitmap_drawable(h)
+                     : yywindowexists(h)            ? zelvy_win::state().wClient[h]
+                                                    : 0;
   if (!d) return false;
   if (d != sc.drawable || !sc.gc) {
     if (sc.gc) XFreeGC(sc.display, sc.gc);

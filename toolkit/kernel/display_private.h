@@ -78,6 +78,8 @@ struct State {
   std::vector<void*> measureTables;
   // The graphics layer's own start for a new root window, once it is attached.
   void (*graphicsInit)() = nullptr;
+  // And its end, when the root window closes: the bitmaps and their viewer go.
+  void (*graphicsShutdown)() = nullptr;
   bool bSchemeDone = false;  // scheme colours, masks and cursors made at the first root window
 };
 

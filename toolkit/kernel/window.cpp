@@ -608,6 +608,7 @@ void WindowCloseChild(int handle) {
 
 void WindowClose() {
   if (!zelvy_data::data().brootopen) return;
+  if (zelvy_x::state().graphicsShutdown) zelvy_x::state().graphicsShutdown();
   for (int h = ws.iWinMax; h >= 1; --h)
     if (ws.wWindow[h]) yyWindowCloseChild2(h);
   if (dialog_engine().shutdown) dialog_engine().shutdown();  // while the windows the dialogs live in still exist
