@@ -6,7 +6,6 @@
 #include <limits>
 #include <numbers>
 #include <unordered_map>
-#include <unordered_set>
 
 namespace stand_in {
 
@@ -68,7 +67,10 @@ GroupResult merge_group(const std::vector<Observation>& obs, std::vector<std::in
     sw += w;
     swi += w * obs[i].intensity;
   }
-  while (members.size() >= 3) {
+  // At most a quarter of a group goes: beyond that the group, not one
+  // measurement, is in question.
+  const std::size_t most = std::max<std::size_t>(1, members.size() / 4);
+  while (members.size() >= 3 && dropped.size() < most) {
     double worst = 0;
     std::size_t at = 0;
     for (std::size_t j = 0; j < members.size(); ++j) {
@@ -108,23 +110,24 @@ GroupResult merge_group(const std::vector<Observation>& obs, std::vector<std::in
 
 }  // namespace
 
-double inverse_d_squared(const std::array<double, 6>& cell, const std::array<double, 3>& hkl) {
+ReciprocalMetric::ReciprocalMetric(const std::array<double, 6>& cell) {
   const double rad = std::numbers::pi / 180;
   const double a = cell[0], b = cell[1], c = cell[2];
   const double ca = std::cos(cell[3] * rad), cb = std::cos(cell[4] * rad), cg = std::cos(cell[5] * rad);
-  // Real-space metric, inverted: the reciprocal metric.
+  // The real-space metric, inverted.
   const double g[3][3] = {{a * a, a * b * cg, a * c * cb}, {a * b * cg, b * b, b * c * ca}, {a * c * cb, b * c * ca, c * c}};
   const double det = g[0][0] * (g[1][1] * g[2][2] - g[1][2] * g[2][1]) - g[0][1] * (g[1][0] * g[2][2] - g[1][2] * g[2][0]) +
                      g[0][2] * (g[1][0] * g[2][1] - g[1][1] * g[2][0]);
-  double r[3][3];
   for (int i = 0; i < 3; ++i)
     for (int j = 0; j < 3; ++j) {
       const int i1 = (i + 1) % 3, i2 = (i + 2) % 3, j1 = (j + 1) % 3, j2 = (j + 2) % 3;
-      r[j][i] = (g[i1][j1] * g[i2][j2] - g[i1][j2] * g[i2][j1]) / det;
+      g_[j][i] = (g[i1][j1] * g[i2][j2] - g[i1][j2] * g[i2][j1]) / det;
     }
+}
+
+double ReciprocalMetric::inverse_d_squared(const std::array<double, 3>& h) const {
   double s = 0;
-  for (int i = 0; i < 3; ++i)
-    for (int j = 0; j < 3; ++j) s += hkl[i] * r[i][j] * hkl[j];
+  for (int i = 0; i < 3; ++i) s += h[i] * (g_[i][0] * h[0] + g_[i][1] * h[1] + g_[i][2] * h[2]);
   return s;
 }
 
@@ -277,6 +280,44 @@ Reduction reduce(std::vector<Observation> obs, const SpaceGroup& group, const Se
                     {hh, best_m, {double(best[0]) / d, double(best[1]) / d, double(best[2]) / d}});
   };
 
+  // The dense table is filled orbit by orbit from the asymmetric unit: slot =
+  // 2 * representative + (reached through the inversion).
+  std::vector<Hkl> reps;
+  std::vector<std::int32_t> rep_group;
+  if (!dense.empty()) {
+    const long long ny = hi[1] - lo[1] + 1, nz = hi[2] - lo[2] + 1;
+    auto in_box = [&](const Hkl& p) {
+      return p[0] >= lo[0] && p[0] <= hi[0] && p[1] >= lo[1] && p[1] <= hi[1] && p[2] >= lo[2] && p[2] <= hi[2];
+    };
+    auto slot_of = [&](const Hkl& p) {
+      return static_cast<std::size_t>(((long long)(p[0] - lo[0]) * ny + (p[1] - lo[1])) * nz + (p[2] - lo[2]));
+    };
+    for (int h = lo[0]; h <= hi[0]; ++h)
+      for (int k = lo[1]; k <= hi[1]; ++k)
+        for (int l = lo[2]; l <= hi[2]; ++l) {
+          const Hkl p{h, k, l};
+          if (!group.in_asu(p)) continue;
+          const auto r = static_cast<std::int32_t>(reps.size());
+          reps.push_back(p);
+          for (const Hkl& q : group.images(p)) {
+            const Hkl mq{-q[0], -q[1], -q[2]};
+            if (in_box(mq)) dense[slot_of(mq)] = 2 * r + 1;
+            if (in_box(q)) dense[slot_of(q)] = 2 * r;
+          }
+        }
+    rep_group.assign(2 * reps.size(), kUnknown);
+  }
+  auto from_rep = [&](std::int32_t code) -> std::int32_t {
+    std::int32_t& g = rep_group[static_cast<std::size_t>(code)];
+    if (g != kUnknown) return g;
+    const Hkl& rep = reps[static_cast<std::size_t>(code / 2)];
+    const Absence a = group.absence(rep);
+    if (a != Absence::none) return g = a == Absence::centring ? kCentringAbsent : kScrewAbsent;
+    const bool minus = !set.friedel && code % 2 == 1 && !group.centric(rep);
+    const Hkl shown = minus ? Hkl{-rep[0], -rep[1], -rep[2]} : rep;
+    return g = group_of(pack(rep, minus, kNuclear), {shown, 0, {double(shown[0]), double(shown[1]), double(shown[2])}});
+  };
+
   std::vector<std::int32_t> gid(obs.size(), kUnknown);
   for (std::size_t i = 0; i < obs.size(); ++i) {
     if (!keep[i]) continue;
@@ -285,15 +326,17 @@ Reduction reduce(std::vector<Observation> obs, const SpaceGroup& group, const Se
     if (sat[i] != 0) {
       g = satellite(h, sat[i]);
     } else {
-      std::int32_t* slot;
-      if (!dense.empty()) {
-        slot = &dense[static_cast<std::size_t>(((long long)(h[0] - lo[0]) * (hi[1] - lo[1] + 1) + (h[1] - lo[1])) *
-                                                   (hi[2] - lo[2] + 1) + (h[2] - lo[2]))];
+      std::int32_t code = kUnknown;
+      if (!dense.empty())
+        code = dense[static_cast<std::size_t>(((long long)(h[0] - lo[0]) * (hi[1] - lo[1] + 1) + (h[1] - lo[1])) *
+                                                  (hi[2] - lo[2] + 1) + (h[2] - lo[2]))];
+      if (code != kUnknown) {
+        g = from_rep(code);
       } else {
-        slot = &sparse.try_emplace(pack(h, false, kNuclear), kUnknown).first->second;
+        std::int32_t& slot = sparse.try_emplace(pack(h, false, kNuclear), kUnknown).first->second;
+        if (slot == kUnknown) slot = nuclear(h);
+        g = slot;
       }
-      if (*slot == kUnknown) *slot = nuclear(h);
-      g = *slot;
     }
     if (g < 0) {
       keep[i] = 0;
@@ -321,6 +364,8 @@ Reduction reduce(std::vector<Observation> obs, const SpaceGroup& group, const Se
   }
 
   // Merging, with the resolution of each group.
+  std::optional<ReciprocalMetric> metric;
+  if (set.cell) metric.emplace(*set.cell);
   red.merged.reserve(ng);
   std::vector<double> abs_dev(ng), sum_i(ng);
   std::vector<std::int32_t> members, dropped;
@@ -336,7 +381,7 @@ Reduction reduce(std::vector<Observation> obs, const SpaceGroup& group, const Se
     }
     red.outliers += static_cast<long>(dropped.size());
     const Group& gr = groups[g];
-    const double stol = set.cell ? std::sqrt(inverse_d_squared(*set.cell, gr.position)) / 2
+    const double stol = metric ? std::sqrt(metric->inverse_d_squared(gr.position)) / 2
                                  : std::numeric_limits<double>::quiet_NaN();
     red.merged.push_back({gr.hkl, gr.satellite, r.mean, r.sigma, r.n, stol});
     abs_dev[g] = r.abs_dev;
@@ -378,20 +423,19 @@ Reduction reduce(std::vector<Observation> obs, const SpaceGroup& group, const Se
     for (int r = 0; r < 3; ++r) lim[r] = static_cast<long long>(2 * smax * c[r]) + 1, count *= 2 * lim[r] + 1;
     if (count <= kCompletenessLimit) {
       red.completeness_known = true;
-      std::unordered_set<std::uint64_t> seen;
       for (long long h = -lim[0]; h <= lim[0]; ++h)
         for (long long k = -lim[1]; k <= lim[1]; ++k)
           for (long long l = -lim[2]; l <= lim[2]; ++l) {
-            const double s = std::sqrt(inverse_d_squared(c, {double(h), double(k), double(l)})) / 2;
-            if (s > smax * (1 + 1e-9) || (h == 0 && k == 0 && l == 0)) continue;
             const Hkl hkl{int(h), int(k), int(l)};
+            if (!group.in_asu(hkl)) continue;
+            const double s = std::sqrt(metric->inverse_d_squared({double(h), double(k), double(l)})) / 2;
+            if (s > smax * (1 + 1e-9) || (h == 0 && k == 0 && l == 0)) continue;
             if (group.absence(hkl) != Absence::none) continue;
-            const AsuImage img = group.to_asu(hkl);
-            const bool minus = !set.friedel && img.minus && !group.centric(hkl);
-            if (!seen.insert(pack(img.hkl, minus, kNuclear)).second) continue;
-            ++red.overall.possible;
+            // Without Friedel's law an acentric reflection and its mate count apart.
+            const long count = !set.friedel && !group.centric(hkl) ? 2 : 1;
+            red.overall.possible += count;
             const int sh = shell_of(s);
-            if (sh >= 0) ++red.shells[static_cast<std::size_t>(sh)].possible;
+            if (sh >= 0) red.shells[static_cast<std::size_t>(sh)].possible += count;
           }
     }
   }

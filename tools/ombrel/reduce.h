@@ -76,7 +76,14 @@ struct Reduction {
 
 Reduction reduce(std::vector<Observation> observations, const SpaceGroup& group, const Settings& settings);
 
-// 1/d^2 of an index triple from a cell (a b c alpha beta gamma, degrees).
-double inverse_d_squared(const std::array<double, 6>& cell, const std::array<double, 3>& hkl);
+// 1/d^2 of index triples from a cell (a b c alpha beta gamma, degrees).
+class ReciprocalMetric {
+ public:
+  explicit ReciprocalMetric(const std::array<double, 6>& cell);
+  double inverse_d_squared(const std::array<double, 3>& hkl) const;
+
+ private:
+  double g_[3][3];
+};
 
 }  // namespace stand_in

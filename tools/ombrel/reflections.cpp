@@ -6,7 +6,7 @@
 #include <cmath>
 #include <cstdio>
 #include <fstream>
-#include <sstream>
+#include <vector>
 
 namespace stand_in {
 
@@ -14,10 +14,15 @@ namespace {
 
 // Longest piece of a line kept in the .rej file.
 constexpr std::size_t kShownColumns = 160;
+// No line of any format is longer than this.
+constexpr std::size_t kMaxLineLength = 1024;
 // A file with a NUL byte in its first block is not a text file.
 constexpr std::size_t kSniffBytes = 4096;
+// The file is read in blocks of this size, not whole.
+constexpr std::size_t kBlockBytes = 1 << 20;
 // Fixed layout of HKL_T 0 and 10: 3I4, 2F8.2 and, for 10, I4.
-constexpr std::size_t kIndexWidth = 4, kValueWidth = 8, kValueDecimals = 2, kCodeWidth = 4;
+constexpr std::size_t kIndexWidth = 4, kValueWidth = 8, kCodeWidth = 4;
+constexpr double kImpliedScale = 100;  // the two decimals of F8.2
 constexpr double kIntegerTolerance = 1e-4;
 
 struct Layout {
@@ -72,25 +77,59 @@ std::string check_values(double sigma) {
 
 // A Fortran I field: blanks count as nothing, an all-blank field is 0.
 bool fixed_int(std::string_view f, long& v) {
-  std::string s;
-  for (char c : f)
-    if (c != ' ') s += c;
-  if (s.empty()) { v = 0; return true; }
-  if (s[0] == '+') s.erase(0, 1);
-  const auto [end, ec] = std::from_chars(s.data(), s.data() + s.size(), v);
-  return ec == std::errc{} && end == s.data() + s.size();
+  long value = 0;
+  bool negative = false, sign_seen = false, digits = false;
+  for (char c : f) {
+    if (c == ' ') continue;
+    if ((c == '-' || c == '+') && !sign_seen && !digits) {
+      negative = c == '-';
+      sign_seen = true;
+    } else if (c >= '0' && c <= '9') {
+      value = value * 10 + (c - '0');  // four columns: no overflow
+      digits = true;
+    } else {
+      return false;
+    }
+  }
+  if (sign_seen && !digits) return false;
+  v = negative ? -value : value;
+  return true;
 }
 
-// A Fortran F8.2 field: without a decimal point the last two digits are decimals.
+// A Fortran F8.2 field: without a decimal point the last two digits are
+// decimals. Plain fields are converted here; exponents go to the library.
 bool fixed_real(std::string_view f, double& v, bool& empty) {
-  std::string s;
-  for (char c : f)
-    if (c != ' ') s += c;
-  empty = s.empty();
+  const auto first = f.find_first_not_of(' ');
+  empty = first == std::string_view::npos;
   if (empty) { v = 0; return true; }
-  if (!parse_real(s, v)) return false;
-  if (s.find('.') == std::string::npos && s.find_first_of("eEdD") == std::string::npos)
-    v /= std::pow(10.0, static_cast<double>(kValueDecimals));
+  const auto last = f.find_last_not_of(' ');
+  const std::string_view t = f.substr(first, last - first + 1);
+  std::size_t i = 0;
+  bool negative = false;
+  if (t[0] == '-' || t[0] == '+') negative = t[0] == '-', ++i;
+  long long whole = 0, fraction = 0, scale = 1;
+  bool point = false, digits = false;
+  for (; i < t.size(); ++i) {
+    const char c = t[i];
+    if (c >= '0' && c <= '9') {
+      digits = true;
+      if (point) fraction = fraction * 10 + (c - '0'), scale *= 10;
+      else whole = whole * 10 + (c - '0');
+    } else if (c == '.' && !point) {
+      point = true;
+    } else {
+      break;
+    }
+  }
+  if (i == t.size()) {
+    if (!digits) return false;
+    double x = static_cast<double>(whole) + static_cast<double>(fraction) / static_cast<double>(scale);
+    if (!point) x /= kImpliedScale;
+    v = negative ? -x : x;
+    return true;
+  }
+  if (!parse_real(t, v)) return false;  // exponent, or not a number
+  if (!point && t.find_first_of("eEdD") == std::string_view::npos) v /= kImpliedScale;
   return true;
 }
 
@@ -107,6 +146,8 @@ class Reader {
   void line(std::string_view text) {
     ++r_.lines;
     if (!text.empty() && text.back() == '\r') text.remove_suffix(1);
+    if (text.size() > kMaxLineLength)
+      return reject(r_.lines, "line of " + std::to_string(text.size()) + " characters or more: no reflection line", text);
     if (ended_) return reject(r_.lines, "after the line 0 0 0 that ends the data", text);
     const auto first = text.find_first_not_of(" \t");
     if (first == std::string_view::npos || text[first] == '!' || text[first] == '#') {
@@ -235,6 +276,55 @@ std::string format_description(int hkl_type) {
   }
 }
 
+namespace {
+
+// Feeds a text to the reader line by line; a line may run over from one
+// block to the next.
+class LineSplitter {
+ public:
+  LineSplitter(int hkl_type, bool real_indices, ReadResult& r) : reader_(hkl_type, real_indices, r), r_(r) {}
+
+  // False once the text has shown itself to be binary.
+  bool feed(std::string_view block, bool first) {
+    if (first) {
+      if (block.substr(0, kSniffBytes).find('\0') != std::string_view::npos) {
+        r_.problem = "the reflection file holds binary data, not lines of text; nothing was read";
+        return false;
+      }
+    }
+    std::size_t at = 0;
+    while (at < block.size()) {
+      const std::size_t end = block.find('\n', at);
+      if (end == std::string_view::npos) {
+        // Only the start of a very long line is kept; the reader rejects it.
+        carry_.append(block.substr(at, std::min(block.size() - at, kLongLine - std::min(kLongLine, carry_.size()))));
+        return true;
+      }
+      if (carry_.empty()) {
+        reader_.line(block.substr(at, end - at));
+      } else {
+        carry_.append(block.substr(at, std::min(end - at, kLongLine - std::min(kLongLine, carry_.size()))));
+        reader_.line(carry_);
+        carry_.clear();
+      }
+      at = end + 1;
+    }
+    return true;
+  }
+  void finish() {
+    if (!carry_.empty()) reader_.line(carry_);
+    reader_.finish();
+  }
+
+ private:
+  static constexpr std::size_t kLongLine = 1 << 16;
+  Reader reader_;
+  ReadResult& r_;
+  std::string carry_;
+};
+
+}  // namespace
+
 ReadResult read_reflections(std::string_view text, int hkl_type, bool real_indices) {
   ReadResult r;
   r.opened = true;
@@ -242,39 +332,35 @@ ReadResult read_reflections(std::string_view text, int hkl_type, bool real_indic
     r.problem = "HKL_T " + std::to_string(hkl_type) + ": " + format_description(hkl_type);
     return r;
   }
-  if (text.substr(0, kSniffBytes).find('\0') != std::string_view::npos) {
-    r.problem = "the reflection file holds binary data, not lines of text; nothing was read";
-    return r;
-  }
-  Reader reader(hkl_type, real_indices, r);
-  std::size_t at = 0;
-  while (at < text.size()) {
-    std::size_t end = text.find('\n', at);
-    if (end == std::string_view::npos) end = text.size();
-    reader.line(text.substr(at, end - at));
-    at = end + 1;
-  }
-  reader.finish();
+  LineSplitter lines(hkl_type, real_indices, r);
+  if (lines.feed(text, true)) lines.finish();
   return r;
 }
 
 ReadResult read_reflection_file(const std::string& path, int hkl_type, bool real_indices) {
+  ReadResult r;
   std::ifstream in(path, std::ios::binary);
   if (path.empty() || !in) {
-    ReadResult r;
     r.problem = "the reflection file \"" + path + "\" could not be opened";
     return r;
   }
-  std::string text;
-  in.seekg(0, std::ios::end);
-  const auto size = in.tellg();
-  in.seekg(0, std::ios::beg);
-  if (size > 0) {
-    text.resize(static_cast<std::size_t>(size));
-    in.read(text.data(), size);
-    text.resize(static_cast<std::size_t>(in.gcount()));
+  r.opened = true;
+  if (!reads_format(hkl_type)) {
+    r.problem = "HKL_T " + std::to_string(hkl_type) + ": " + format_description(hkl_type);
+    return r;
   }
-  return read_reflections(text, hkl_type, real_indices);
+  LineSplitter lines(hkl_type, real_indices, r);
+  std::vector<char> block(kBlockBytes);
+  bool first = true;
+  while (in) {
+    in.read(block.data(), static_cast<std::streamsize>(block.size()));
+    const auto got = static_cast<std::size_t>(in.gcount());
+    if (got == 0) break;
+    if (!lines.feed(std::string_view(block.data(), got), first)) return r;
+    first = false;
+  }
+  lines.finish();
+  return r;
 }
 
 }  // namespace stand_in

@@ -42,6 +42,8 @@ Absence SpaceGroup::absence(const Hkl& hkl) const {
 
 bool SpaceGroup::centric(const Hkl& hkl) const { return impl_->ops.is_reflection_centric(hkl); }
 
+bool SpaceGroup::in_asu(const Hkl& hkl) const { return impl_->asu.is_in(hkl); }
+
 AsuImage SpaceGroup::to_asu(const Hkl& hkl) const {
   try {
     const auto [image, isym] = impl_->asu.to_asu(hkl, impl_->ops);

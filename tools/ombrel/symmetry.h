@@ -38,6 +38,9 @@ class SpaceGroup {
 
   Absence absence(const Hkl& hkl) const;
   bool centric(const Hkl& hkl) const;
+  // Whether `hkl` lies in the asymmetric unit of the Laue class; each class
+  // of equivalents (Friedel mates included) has one member there.
+  bool in_asu(const Hkl& hkl) const;
   // Image in the asymmetric unit of the Laue class.
   AsuImage to_asu(const Hkl& hkl) const;
   // The point-group images of `hkl` (rotations only, no inversion added).
