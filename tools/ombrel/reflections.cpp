@@ -5,6 +5,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <vector>
 
@@ -20,6 +21,8 @@ constexpr std::size_t kMaxLineLength = 1024;
 constexpr std::size_t kSniffBytes = 4096;
 // The file is read in blocks of this size, not whole.
 constexpr std::size_t kBlockBytes = 1 << 20;
+// A reflection line is rarely shorter than this (h k l I sigma, blank separated).
+constexpr std::size_t kShortestLine = 20;
 // Fixed layout of HKL_T 0 and 10: 3I4, 2F8.2 and, for 10, I4.
 constexpr std::size_t kIndexWidth = 4, kValueWidth = 8, kCodeWidth = 4;
 constexpr double kImpliedScale = 100;  // the two decimals of F8.2
@@ -349,6 +352,11 @@ ReadResult read_reflection_file(const std::string& path, int hkl_type, bool real
     r.problem = "HKL_T " + std::to_string(hkl_type) + ": " + format_description(hkl_type);
     return r;
   }
+  // Room for as many reflections as the file can hold at the usual line
+  // length: pages never written to cost nothing.
+  std::error_code ec;
+  const auto bytes = std::filesystem::file_size(path, ec);
+  if (!ec) r.observations.reserve(static_cast<std::size_t>(bytes / kShortestLine + 1));
   LineSplitter lines(hkl_type, real_indices, r);
   std::vector<char> block(kBlockBytes);
   bool first = true;
