@@ -64,18 +64,17 @@ bool parse_real(std::string_view w, double& v) {
 }
 
 // Why the indices can't be used, or empty.
-std::string check_indices(const double (&hkl)[3], bool real_indices) {
+const char* check_indices(const double (&hkl)[3], bool real_indices) {
   for (double x : hkl) {
     if (!(std::fabs(x) <= kMaxIndex)) return "index beyond the range +-9999";
     if (!real_indices && std::fabs(x - std::nearbyint(x)) > kIntegerTolerance) return "index is not an integer";
   }
-  return {};
+  return nullptr;
 }
 
-std::string check_values(double sigma) {
+const char* check_values(double sigma) {
   // A weighted mean needs a weight.
-  if (!(sigma > 0)) return "sigma is not positive";
-  return {};
+  return sigma > 0 ? nullptr : "sigma is not positive";
 }
 
 // A Fortran I field: blanks count as nothing, an all-blank field is 0.
@@ -242,9 +241,9 @@ class Reader {
   void store(std::array<double, 3> hkl, double intensity, double sigma, long line, std::int32_t code,
              std::string_view text) {
     Observation o{{hkl[0], hkl[1], hkl[2]}, intensity, sigma, static_cast<std::int32_t>(line), code};
-    std::string why = check_indices(o.hkl, real_);
-    if (why.empty()) why = check_values(sigma);
-    if (!why.empty()) return reject(line, why, text);
+    const char* why = check_indices(o.hkl, real_);
+    if (why == nullptr) why = check_values(sigma);
+    if (why != nullptr) return reject(line, why, text);
     if (!real_)
       for (double& x : o.hkl) x = std::nearbyint(x);
     r_.observations.push_back(o);
