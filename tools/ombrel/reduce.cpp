@@ -77,11 +77,12 @@ GroupResult merge_group(const std::vector<Observation>& obs, std::vector<std::in
       const Observation& o = obs[members[j]];
       const double w = 1 / (o.sigma * o.sigma);
       const double others = sw - w;
-      const double dev = std::fabs(o.intensity - (swi - w * o.intensity) / others) /
-                         std::sqrt(o.sigma * o.sigma + 1 / others);
-      if (dev > worst) worst = dev, at = j;
+      // Squared distance in sigma from the mean of the others.
+      const double diff = o.intensity - (swi - w * o.intensity) / others;
+      const double dev2 = diff * diff / (o.sigma * o.sigma + 1 / others);
+      if (dev2 > worst) worst = dev2, at = j;
     }
-    if (!(worst > limit)) break;
+    if (!(worst > limit * limit)) break;
     const Observation& o = obs[members[at]];
     const double w = 1 / (o.sigma * o.sigma);
     sw -= w;
