@@ -1,116 +1,372 @@
 #include "reflections.h"
 
+#include <algorithm>
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
-#include <cstdlib>
+#include <filesystem>
 #include <fstream>
-#include <string_view>
 #include <vector>
 
 namespace stand_in {
 
 namespace {
 
-std::vector<std::string_view> words(std::string_view line) {
-  std::vector<std::string_view> w;
-  constexpr std::string_view separators = " \t,";
-  auto start = line.find_first_not_of(separators);
-  while (start != std::string_view::npos) {
-    const auto end = line.find_first_of(separators, start);
-    w.push_back(line.substr(start, end - start));
-    start = end == std::string_view::npos ? end : line.find_first_not_of(separators, end);
+// Longest piece of a line kept in the .rej file.
+constexpr std::size_t kShownColumns = 160;
+// No line of any format is longer than this.
+constexpr std::size_t kMaxLineLength = 1024;
+// A file with a NUL byte in its first block is not a text file.
+constexpr std::size_t kSniffBytes = 4096;
+// The file is read in blocks of this size, not whole.
+constexpr std::size_t kBlockBytes = 1 << 20;
+// A reflection line is rarely shorter than this (h k l I sigma, blank separated).
+constexpr std::size_t kShortestLine = 20;
+// Fixed layout of HKL_T 0 and 10: 3I4, 2F8.2 and, for 10, I4.
+constexpr std::size_t kIndexWidth = 4, kValueWidth = 8, kCodeWidth = 4;
+constexpr double kImpliedScale = 100;  // the two decimals of F8.2
+constexpr double kIntegerTolerance = 1e-4;
+
+struct Layout {
+  int first_index;  // position of h among the values of a line
+  int needed;       // values a reflection needs
+  bool two_lines;
+};
+
+Layout layout(int hkl_type) {
+  switch (hkl_type) {
+    case 2: return {1, 6, true};           // numor h k l I sigma ... over two lines
+    case 4: case 5: case 6: case 9: return {1, 6, false};  // numor first
+    default: return {0, 5, false};         // h k l I sigma first
   }
-  return w;
 }
 
-bool to_int(std::string_view word, int& v) {
-  if (!word.empty() && word[0] == '+') word.remove_prefix(1);
-  const auto [end, ec] = std::from_chars(word.data(), word.data() + word.size(), v);
-  return ec == std::errc{} && end == word.data() + word.size();
+std::string shown(std::string_view line) {
+  std::string s(line.substr(0, std::min(line.size(), kShownColumns)));
+  for (char& c : s)
+    if (static_cast<unsigned char>(c) < ' ' && c != '\t') c = '?';
+  if (line.size() > kShownColumns) s += "...";
+  return s;
 }
 
-bool to_real(std::string_view word, double& v) {
-  const std::string w(word);
-  char* end = nullptr;
-  v = std::strtod(w.c_str(), &end);
-  return !w.empty() && end == w.c_str() + w.size() && std::isfinite(v);
+bool parse_real(std::string_view w, double& v) {
+  if (!w.empty() && w[0] == '+') w.remove_prefix(1);
+  std::string fortran;  // a D exponent as Fortran writes it
+  if (w.find_first_of("dD") != std::string_view::npos) {
+    fortran.assign(w);
+    std::replace(fortran.begin(), fortran.end(), 'd', 'e');
+    std::replace(fortran.begin(), fortran.end(), 'D', 'e');
+    w = fortran;
+  }
+  const auto [end, ec] = std::from_chars(w.data(), w.data() + w.size(), v);
+  return ec == std::errc{} && end == w.data() + w.size() && std::isfinite(v);
 }
 
-// Why the line can't be used, or empty when the reflection was stored in `out`.
-std::string reflection(std::string_view line, const Job& job, std::string& out) {
-  const auto w = words(line);
-  if (w.size() < 5) return "fewer than 5 values (h k l intensity sigma)";
-  int hkl[3];
-  for (int i = 0; i < 3; ++i)
-    if (!to_int(w[i], hkl[i])) return "index \"" + std::string(w[i]) + "\" is not an integer";
-  double intensity = 0, sigma = 0;
-  if (!to_real(w[3], intensity)) return "intensity \"" + std::string(w[3]) + "\" is not a number";
-  if (!to_real(w[4], sigma)) return "sigma \"" + std::string(w[4]) + "\" is not a number";
-  if (sigma < 0) return "negative sigma";
+// Why the indices can't be used, or empty.
+const char* check_indices(const double (&hkl)[3], bool real_indices) {
+  for (double x : hkl) {
+    if (!(std::fabs(x) <= kMaxIndex)) return "index beyond the range +-9999";
+    if (!real_indices && std::fabs(x - std::nearbyint(x)) > kIntegerTolerance) return "index is not an integer";
+  }
+  return nullptr;
+}
 
-  long long index[3] = {hkl[0], hkl[1], hkl[2]};
-  if (job.transform) {
-    const auto& t = *job.transform;
-    double x[3];
-    for (int i = 0; i < 3; ++i) x[i] = t[i][0] * hkl[0] + t[i][1] * hkl[1] + t[i][2] * hkl[2];
-    for (int i = 0; i < 3; ++i) {
-      const double r = std::nearbyint(x[i]);
-      if (!(std::fabs(r) <= 1e6)) return "indices out of range after the transformation";
-      if (std::fabs(x[i] - r) > 1e-3) {
-        char buf[160];
-        std::snprintf(buf, sizeof buf, "indices %.3f %.3f %.3f after the transformation are not integers",
-                      x[0], x[1], x[2]);
-        return buf;
-      }
-      index[i] = static_cast<long long>(r);
+const char* check_values(double sigma) {
+  // A weighted mean needs a weight.
+  return sigma > 0 ? nullptr : "sigma is not positive";
+}
+
+// A Fortran I field: blanks count as nothing, an all-blank field is 0.
+bool fixed_int(std::string_view f, long& v) {
+  long value = 0;
+  bool negative = false, sign_seen = false, digits = false;
+  for (char c : f) {
+    if (c == ' ') continue;
+    if ((c == '-' || c == '+') && !sign_seen && !digits) {
+      negative = c == '-';
+      sign_seen = true;
+    } else if (c >= '0' && c <= '9') {
+      value = value * 10 + (c - '0');  // four columns: no overflow
+      digits = true;
+    } else {
+      return false;
     }
   }
-  if (job.scale) {
-    intensity *= *job.scale;
-    sigma *= std::fabs(*job.scale);
-  }
-  char buf[160];
-  std::snprintf(buf, sizeof buf, "%4lld%4lld%4lld%14.3f%12.3f\n", index[0], index[1], index[2],
-                intensity, sigma);
-  out = buf;
-  return {};
+  if (sign_seen && !digits) return false;
+  v = negative ? -value : value;
+  return true;
 }
+
+// A Fortran F8.2 field: without a decimal point the last two digits are
+// decimals. Plain fields are converted here; exponents go to the library.
+bool fixed_real(std::string_view f, double& v, bool& empty) {
+  const auto first = f.find_first_not_of(' ');
+  empty = first == std::string_view::npos;
+  if (empty) { v = 0; return true; }
+  const auto last = f.find_last_not_of(' ');
+  const std::string_view t = f.substr(first, last - first + 1);
+  std::size_t i = 0;
+  bool negative = false;
+  if (t[0] == '-' || t[0] == '+') negative = t[0] == '-', ++i;
+  long long whole = 0, fraction = 0, scale = 1;
+  bool point = false, digits = false;
+  for (; i < t.size(); ++i) {
+    const char c = t[i];
+    if (c >= '0' && c <= '9') {
+      digits = true;
+      if (point) fraction = fraction * 10 + (c - '0'), scale *= 10;
+      else whole = whole * 10 + (c - '0');
+    } else if (c == '.' && !point) {
+      point = true;
+    } else {
+      break;
+    }
+  }
+  if (i == t.size()) {
+    if (!digits) return false;
+    double x = static_cast<double>(whole) + static_cast<double>(fraction) / static_cast<double>(scale);
+    if (!point) x /= kImpliedScale;
+    v = negative ? -x : x;
+    return true;
+  }
+  if (!parse_real(t, v)) return false;  // exponent, or not a number
+  if (!point && t.find_first_of("eEdD") == std::string_view::npos) v /= kImpliedScale;
+  return true;
+}
+
+std::string_view field(std::string_view line, std::size_t start, std::size_t width) {
+  if (start >= line.size()) return {};
+  return line.substr(start, width);
+}
+
+class Reader {
+ public:
+  Reader(int hkl_type, bool real_indices, ReadResult& r)
+      : type_(hkl_type), real_(real_indices), layout_(layout(hkl_type)), r_(r) {}
+
+  void line(std::string_view text) {
+    ++r_.lines;
+    if (!text.empty() && text.back() == '\r') text.remove_suffix(1);
+    if (text.size() > kMaxLineLength)
+      return reject(r_.lines, "line of " + std::to_string(text.size()) + " characters or more: no reflection line", text);
+    if (ended_) return reject(r_.lines, "after the line 0 0 0 that ends the data", text);
+    const auto first = text.find_first_not_of(" \t");
+    if (first == std::string_view::npos || text[first] == '!' || text[first] == '#') {
+      ++r_.comments;
+      return;
+    }
+    if (type_ == 0 || type_ == 10) return fixed(text);
+    if (layout_.two_lines && !pending_) {
+      pending_ = true;
+      pending_line_ = r_.lines;
+      pending_text_.assign(text.substr(0, std::min(text.size(), kShownColumns)));
+      return;
+    }
+    if (pending_) {
+      pending_ = false;
+      std::string joined = pending_text_ + " " + std::string(text.substr(0, std::min(text.size(), kShownColumns)));
+      free(joined, pending_line_, text.size() > kShownColumns);
+    } else {
+      free(text, r_.lines, false);
+    }
+  }
+
+  void finish() {
+    if (pending_) reject(pending_line_, "the second line of the reflection is missing", pending_text_);
+  }
+
+ private:
+  void reject(long line, std::string reason, std::string_view text) {
+    r_.rejected.push_back({line, std::move(reason), shown(text)});
+  }
+
+  void fixed(std::string_view text) {
+    long index[3];
+    for (int i = 0; i < 3; ++i)
+      if (!fixed_int(field(text, i * kIndexWidth, kIndexWidth), index[i]))
+        return reject(r_.lines, "index in columns " + std::to_string(i * kIndexWidth + 1) + "-" +
+                                    std::to_string((i + 1) * kIndexWidth) + " is not an integer", text);
+    if (index[0] == 0 && index[1] == 0 && index[2] == 0) {
+      ended_ = true;
+      ++r_.comments;
+      return;
+    }
+    const std::size_t values_at = 3 * kIndexWidth;
+    double v[2];
+    for (int i = 0; i < 2; ++i) {
+      bool empty = false;
+      const std::size_t at = values_at + i * kValueWidth;
+      if (!fixed_real(field(text, at, kValueWidth), v[i], empty))
+        return reject(r_.lines, std::string(i == 0 ? "intensity" : "sigma") + " in columns " +
+                                    std::to_string(at + 1) + "-" + std::to_string(at + kValueWidth) +
+                                    " is not a number (fixed columns 3I4,2F8.2)", text);
+      if (empty && i == 1) return reject(r_.lines, "sigma missing in columns 21-28", text);
+    }
+    long code = 0;
+    if (type_ == 10 && !fixed_int(field(text, values_at + 2 * kValueWidth, kCodeWidth), code))
+      return reject(r_.lines, "domain code in columns 29-32 is not an integer", text);
+    if (type_ == 10 && code == 0) return reject(r_.lines, "domain code missing or 0", text);
+    if (text.size() > values_at + 2 * kValueWidth + (type_ == 10 ? kCodeWidth : 0) + kShownColumns)
+      return reject(r_.lines, "line too long for the fixed layout", text);
+    store({static_cast<double>(index[0]), static_cast<double>(index[1]), static_cast<double>(index[2])}, v[0], v[1],
+          r_.lines, static_cast<std::int32_t>(code), text);
+  }
+
+  void free(std::string_view text, long line, bool cut) {
+    if (cut) return reject(line, "line too long", text);
+    double v[6];
+    int n = 0;
+    std::size_t i = 0;
+    while (n < layout_.needed) {
+      while (i < text.size() && (text[i] == ' ' || text[i] == '\t' || text[i] == ',')) ++i;
+      if (i >= text.size()) break;
+      std::size_t j = i;
+      while (j < text.size() && text[j] != ' ' && text[j] != '\t' && text[j] != ',') ++j;
+      const std::string_view w = text.substr(i, j - i);
+      if (!parse_real(w, v[n])) {
+        const int at = n - layout_.first_index;
+        const char* what = at < 0 ? "numor" : at < 3 ? "index" : at == 3 ? "intensity" : "sigma";
+        return reject(line, std::string(what) + " \"" + shown(w.substr(0, 20)) + "\" is not a number", text);
+      }
+      ++n;
+      i = j;
+    }
+    if (n < layout_.needed)
+      return reject(line, "fewer than " + std::to_string(layout_.needed) + " values", text);
+    const int f = layout_.first_index;
+    store({v[f], v[f + 1], v[f + 2]}, v[f + 3], v[f + 4], line, 0, text);
+  }
+
+  void store(std::array<double, 3> hkl, double intensity, double sigma, long line, std::int32_t code,
+             std::string_view text) {
+    Observation o{{hkl[0], hkl[1], hkl[2]}, intensity, sigma, static_cast<std::int32_t>(line), code};
+    const char* why = check_indices(o.hkl, real_);
+    if (why == nullptr) why = check_values(sigma);
+    if (why != nullptr) return reject(line, why, text);
+    if (!real_)
+      for (double& x : o.hkl) x = std::nearbyint(x);
+    r_.observations.push_back(o);
+  }
+
+  int type_;
+  bool real_;
+  Layout layout_;
+  ReadResult& r_;
+  bool ended_ = false;
+  bool pending_ = false;
+  long pending_line_ = 0;
+  std::string pending_text_;
+};
 
 }  // namespace
 
-Result process(const std::string& path, const Job& job) {
-  Result r;
+bool reads_format(int hkl_type) { return hkl_type >= 0 && hkl_type <= 10 && hkl_type != 8; }
+
+std::string format_description(int hkl_type) {
+  switch (hkl_type) {
+    case 0: return "h k l F^2 sigma in fixed columns (3I4,2F8.2); a line 0 0 0 ends the data";
+    case 10: return "h k l F^2 sigma domain-code in fixed columns (3I4,2F8.2,I4)";
+    case 2: return "two lines per reflection: numor h k l I sigma gamma nu phi, free format";
+    case 4: case 5: case 6: return "numor h k l I sigma theta omega chi phi, free format";
+    case 9: return "numor h k l F^2 sigma gamma omega chi phi, free format";
+    case 1: return "h k l I sigma, free format";
+    case 3: return "h k l I sigma code 2theta omega chi phi, free format";
+    case 7: return "h k l F^2 sigma code lambda 2theta absorption tbar, free format";
+    case 8: return "flipping ratios: the columns are not known, the file is not read";
+    default: return "not a known format, the file is not read";
+  }
+}
+
+namespace {
+
+// Feeds a text to the reader line by line; a line may run over from one
+// block to the next.
+class LineSplitter {
+ public:
+  LineSplitter(int hkl_type, bool real_indices, ReadResult& r) : reader_(hkl_type, real_indices, r), r_(r) {}
+
+  // False once the text has shown itself to be binary.
+  bool feed(std::string_view block, bool first) {
+    if (first) {
+      if (block.substr(0, kSniffBytes).find('\0') != std::string_view::npos) {
+        r_.problem = "the reflection file holds binary data, not lines of text; nothing was read";
+        return false;
+      }
+    }
+    std::size_t at = 0;
+    while (at < block.size()) {
+      const std::size_t end = block.find('\n', at);
+      if (end == std::string_view::npos) {
+        // Only the start of a very long line is kept; the reader rejects it.
+        carry_.append(block.substr(at, std::min(block.size() - at, kLongLine - std::min(kLongLine, carry_.size()))));
+        return true;
+      }
+      if (carry_.empty()) {
+        reader_.line(block.substr(at, end - at));
+      } else {
+        carry_.append(block.substr(at, std::min(end - at, kLongLine - std::min(kLongLine, carry_.size()))));
+        reader_.line(carry_);
+        carry_.clear();
+      }
+      at = end + 1;
+    }
+    return true;
+  }
+  void finish() {
+    if (!carry_.empty()) reader_.line(carry_);
+    reader_.finish();
+  }
+
+ private:
+  static constexpr std::size_t kLongLine = 1 << 16;
+  Reader reader_;
+  ReadResult& r_;
+  std::string carry_;
+};
+
+}  // namespace
+
+ReadResult read_reflections(std::string_view text, int hkl_type, bool real_indices) {
+  ReadResult r;
+  r.opened = true;
+  if (!reads_format(hkl_type)) {
+    r.problem = "HKL_T " + std::to_string(hkl_type) + ": " + format_description(hkl_type);
+    return r;
+  }
+  LineSplitter lines(hkl_type, real_indices, r);
+  if (lines.feed(text, true)) lines.finish();
+  return r;
+}
+
+ReadResult read_reflection_file(const std::string& path, int hkl_type, bool real_indices) {
+  ReadResult r;
   std::ifstream in(path, std::ios::binary);
   if (path.empty() || !in) {
-    r.rej_text = "! The reflection file \"" + path + "\" could not be opened.\n";
+    r.problem = "the reflection file \"" + path + "\" could not be opened";
     return r;
   }
   r.opened = true;
-  r.int_text = "!   h   k   l     intensity       sigma   (from " + path +
-               (job.transform ? ", indices transformed" : "") + ")\n";
-  r.rej_text = "! Lines of " + path + " that were not used, with the reason.\n";
-  std::string line;
-  while (std::getline(in, line)) {
-    ++r.lines;
-    if (!line.empty() && line.back() == '\r') line.pop_back();
-    const auto first = line.find_first_not_of(" \t");
-    if (first == std::string::npos || line[first] == '!' || line[first] == '#') {
-      ++r.comments;
-      continue;
-    }
-    std::string stored;
-    const std::string why = reflection(line, job, stored);
-    if (why.empty()) {
-      r.int_text += stored;
-      ++r.written;
-    } else {
-      char head[32];
-      std::snprintf(head, sizeof head, "line %d: ", r.lines);
-      r.rej_text += head + why + ": " + line + "\n";
-      ++r.rejected;
-    }
+  if (!reads_format(hkl_type)) {
+    r.problem = "HKL_T " + std::to_string(hkl_type) + ": " + format_description(hkl_type);
+    return r;
   }
+  // Room for as many reflections as the file can hold at the usual line
+  // length: pages never written to cost nothing.
+  std::error_code ec;
+  const auto bytes = std::filesystem::file_size(path, ec);
+  if (!ec) r.observations.reserve(static_cast<std::size_t>(bytes / kShortestLine + 1));
+  LineSplitter lines(hkl_type, real_indices, r);
+  std::vector<char> block(kBlockBytes);
+  bool first = true;
+  while (in) {
+    in.read(block.data(), static_cast<std::streamsize>(block.size()));
+    const auto got = static_cast<std::size_t>(in.gcount());
+    if (got == 0) break;
+    if (!lines.feed(std::string_view(block.data(), got), first)) return r;
+    first = false;
+  }
+  lines.finish();
   return r;
 }
 

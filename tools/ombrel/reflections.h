@@ -1,32 +1,48 @@
-// The stand-in's handling of free-format reflection files: h k l intensity
-// sigma per line, "!" or "#" lines are comments.
+// Reading the reflection files of the formats a job can name (HKL_T 0 to 10).
+// Every line that gives no reflection and is not a comment comes back with
+// its line number and the reason, for the .rej file.
 #pragma once
 
-#include <optional>
+#include <cstdint>
 #include <string>
-
-#include "job_reader.h"
+#include <string_view>
+#include <vector>
 
 namespace stand_in {
 
-struct Job {
-  std::optional<Matrix> transform;  // new indices = T * old
-  std::optional<float> scale;                 // applied to intensity and sigma
+struct Observation {
+  double hkl[3];  // as read; real for the formats and jobs that allow it
+  double intensity, sigma;
+  std::int32_t line;    // first line of the reflection in the file
+  std::int32_t domain;  // domain code of HKL_T 10, 0 otherwise
 };
 
-struct Result {
+struct RejectedLine {
+  long line = 0;
+  std::string reason;
+  std::string text;  // the line, cut to a readable length
+};
+
+struct ReadResult {
   bool opened = false;
-  int lines = 0;     // lines in the file
-  int comments = 0;  // comment and blank lines
-  int written = 0;   // reflections written to the .int text
-  int rejected = 0;  // lines written to the .rej text, each with its reason
-  std::string int_text;
-  std::string rej_text;
+  std::string problem;  // why nothing could be read; empty otherwise
+  long lines = 0;
+  long comments = 0;  // comment and blank lines
+  std::vector<Observation> observations;
+  std::vector<RejectedLine> rejected;
 };
 
-// HKL_T values whose files the stand-in reads.
-inline bool reads_format(int hkl_type) { return hkl_type == 0 || hkl_type == 1; }
+// Indices beyond this are no reflection a diffractometer measures.
+constexpr double kMaxIndex = 9999;
 
-Result process(const std::string& path, const Job& job);
+// Whether the columns of a format are known well enough to read it.
+bool reads_format(int hkl_type);
+// What the reader takes from a line of the format, for the report.
+std::string format_description(int hkl_type);
+
+// `real_indices`: non-integer indices are kept (satellites of a propagation
+// vector); otherwise such a line is rejected.
+ReadResult read_reflections(std::string_view text, int hkl_type, bool real_indices);
+ReadResult read_reflection_file(const std::string& path, int hkl_type, bool real_indices);
 
 }  // namespace stand_in
