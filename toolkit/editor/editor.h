@@ -63,3 +63,47 @@ void yyeditfindstring(int which, int& error, std::string_view text);
 void yyeditfindflags(int flags, int& error);
 // The Goto Line dialog of an editor window.
 void yyeditgotoline(int window);
+
+// The layer under WEditFile, with the same arguments.
+void yyeditfile(std::string_view filename = {}, std::optional<int> mode = {}, std::optional<int> menuid = {},
+                std::optional<int> flags = {}, std::optional<int> fonttype = {}, std::optional<int> fontsize = {},
+                std::optional<std::string_view> filter = {}, std::optional<int> filterindex = {},
+                std::optional<int> menuowner = {}, std::optional<std::string_view> fontname = {});
+// A new font for the current editor: -1 keeps the type or size; error 1028
+// on no editor, 1116 for a type that doesn't exist.
+void yyeditfont(int type, int size, int& error, std::optional<std::string_view> fontname = {});
+
+// The buffers of a multi-buffer editor (option 4000), numbered from 1; up
+// to 35. The one on show lives in the text widget, the others are parked
+// with their selection, top line, saved and changed state and file name.
+// Errors: 1028 no editor, 1067 no such buffer.
+// Parks the text on show as buffer `buffer`; puts a parked buffer on show.
+void yyeditstorebuffer(int window, int buffer);
+void yyeditretrievebuffer(int window, int buffer);
+// Parks `from` and shows `to`; nothing when they are the same.
+void yyeditswap(int window, int from, int to);
+// The file name kept with a parked buffer; empty when it has none.
+void yyeditstorebuffername(int window, int buffer, std::string_view name);
+void yyeditgetbuffername(int window, int buffer, std::string& name);
+// 1 when the parked buffer has no unsaved changes.
+void yyeditgetsave(int window, int buffer, int& saved);
+// Drops an entry; the later ones move down one place.
+void yyeditclosebuffer(int window, int buffer);
+// Frees all parked buffers of a window going away.
+void yyeditcleanup(int window);
+// Shows buffer `buffer` of the current editor; error 1067 without it.
+void yyeditselectbuffer(int buffer, int& error);
+
+// The command line (option 8, or 10 with a history): errors 1028 no
+// editor, 1032 no command line, 1092 no history, 1023 a text cut.
+// An empty prompt removes the label in front of the line.
+void yyeditprompt(int& error, std::string_view text);
+void yyeditputcommand(int& error, std::string_view text);
+// The line; with `room` the text is cut to it (error 1023).
+void yyeditgetcommand(int& error, std::string& text, std::optional<int> room = {});
+void yyeditcheckhistory(int& error);
+void yyeditclearhistory(int& error);
+// History items from 0, the newest first; the oldest go beyond the limit.
+inline constexpr int kEditHistoryLimit = 100;
+void yyeditputhistory(int index, std::string_view text);
+void yyeditgethistory(int index, std::string& text);
