@@ -897,8 +897,8 @@ void yyeditfile(std::string_view filename, std::optional<int> mode, std::optiona
       WMenuSetString(edit_id::kFirstBuffer, yyEditViewCaption(1, r->FileName));
       zelvy_menu::state().iWinMenu = menu;
     }
-    // With a command line the keyboard stays where it is.
-    if (!r->CommandWidget) XmProcessTraversal(r->Text, XmTRAVERSE_CURRENT);
+    // With a command line the keyboard goes to the line, where commands are typed.
+    XmProcessTraversal(r->CommandText ? r->CommandText : r->Text, XmTRAVERSE_CURRENT);
     ws.WinInfo[h].Mode = m;
     if (m == 3) yyMsgSemiModelessStack(1, 1, h);
     if (m == 1) {

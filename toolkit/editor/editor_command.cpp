@@ -235,7 +235,10 @@ void yyEditToolbarCreate(EditRecord& r) {
   }};
   const bool large = f & kLargeToolbar;
   yyMenuLoadDynamicToolbar(rows, r.Window_, large ? kLargeStrip : kSmallStrip, large ? kLargeButton : kSmallButton);
-  r.Toolbar = zelvy_toolbar::state().pwToolbar[static_cast<std::size_t>(r.Window_)][kToolbarTop].get();
+  ToolbarRecord* bar = zelvy_toolbar::state().pwToolbar[static_cast<std::size_t>(r.Window_)][kToolbarTop].get();
+  r.Toolbar = bar;
+  // The bar is a manager that would take the keyboard from the text it stands over.
+  if (bar && bar->Bar) XtVaSetValues(bar->Bar, XmNtraversalOn, False, nullptr);
 }
 
 int yyEditHistoryCount(const EditRecord& r) {
