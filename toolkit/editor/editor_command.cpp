@@ -25,7 +25,7 @@
 
 namespace {
 
-constexpr int kGoImage = 32137, kGoImageType = 1;
+constexpr int kGoImage = 32137, kGoImageType = 2;  // an icon image
 constexpr int kSmallStrip = 32109, kLargeStrip = 32117, kSmallButton = 16, kLargeButton = 32;
 constexpr int kLineRightGap = 15;  // the command line stops short of the window's right edge
 constexpr int kGoShadow = 2;
