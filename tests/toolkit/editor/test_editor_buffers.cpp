@@ -146,6 +146,68 @@ TEST_F(EditorBuffers, SwitchingBuffersKeepsEachOnesTextSelectionAndState) {
   EXPECT_EQ(text(), "alpha one\nalpha two\n");
 }
 
+TEST_F(EditorBuffers, ExitAsksForEveryChangedBufferAndACancelKeepsThemAll) {
+  const std::string a = file("a.txt", "A\n"), b = file("b.txt", "B\n"), c = file("c.txt", "C\n");
+  open(a, kMulti);
+  load(b);
+  load(c);
+  WindowSelect(handle);
+  WEditPutText("B2\n");  // into c.txt's buffer, the third
+  int error = 0;
+  yyeditselectbuffer(2, error);
+  WEditPutText("B1\n");
+  yyeditselectbuffer(1, error);
+  WEditPutText("A1\n");
+  // Yes for the buffer on show; once that box is answered, Cancel for the next changed one.
+  when([] { return viewable(yyComDlgBoxWidget() ? XtParent(yyComDlgBoxWidget()) : nullptr); },
+       [this] {
+         box_titles.emplace_back("first");
+         XSetInputFocus(xdisplay(), XtWindow(XtParent(yyComDlgBoxWidget())), RevertToParent, CurrentTime);
+         xdotool_now("key Return");
+         answer_box("Escape");
+       });
+  MessageRecord m;
+  m.Win = handle;
+  m.Value1 = edit_id::kExit;
+  int type = MenuSelect;
+  yyEditorHooks().process_message(type, m);
+  EXPECT_EQ(type, 0);  // nothing closes
+  EXPECT_EQ(box_titles.size(), 2u);
+  EXPECT_EQ(record().CurrentBuffer, 1);
+  EXPECT_EQ(text(), "A1\n");
+  EXPECT_EQ(read(a), "A1\n");
+  EXPECT_EQ(read(b), "B\n");
+  EXPECT_EQ(WInfoEditor(handle, 1, 2), 0);
+  EXPECT_EQ(WInfoEditor(handle, 1, 3), 0);
+}
+
+TEST_F(EditorBuffers, AnotherFontKeepsTheTextAndItsPlace) {
+  open(file("a.txt", "alpha\nbeta\n"));
+  WindowSelect(handle);
+  Dimension w0 = 0, h0 = 0;
+  XtVaGetValues(XtParent(record().Text), XmNwidth, &w0, XmNheight, &h0, nullptr);
+  int error = -1;
+  yyeditfont(9, -1, error);
+  EXPECT_EQ(error, 0);
+  EXPECT_EQ(WInfoEditor(handle, 11), 9);
+  EXPECT_EQ(WInfoEditor(handle, 12), 0);
+  yyeditfont(-1, 16, error);
+  EXPECT_EQ(WInfoEditor(handle, 11), 9);
+  EXPECT_EQ(WInfoEditor(handle, 12), 16);
+  Dimension w1 = 0, h1 = 0;
+  XtVaGetValues(XtParent(record().Text), XmNwidth, &w1, XmNheight, &h1, nullptr);
+  EXPECT_EQ(w0, w1);
+  EXPECT_EQ(h0, h1);
+  EXPECT_EQ(text(), "alpha\nbeta\n");
+  EXPECT_EQ(WEditPos(2, 2), 7);
+  yyeditfont(99, -1, error);
+  EXPECT_EQ(error, 1116);
+  EXPECT_EQ(WInfoEditor(handle, 11), 3);
+  WindowSelect(0);
+  yyeditfont(4, -1, error);
+  EXPECT_EQ(error, 1028);
+}
+
 TEST_F(EditorBuffers, ThirtyFiveBuffersAndNoMore) {
   open(file("f1.txt", "1\n"), kMulti);
   for (int i = 2; i <= kEditMaxBuffers; ++i) load(file("f" + std::to_string(i) + ".txt", std::to_string(i) + "\n"));
