@@ -1174,6 +1174,6 @@ void yyeditfilterindex(int index, int& error) {
 }
 
 void yyEditFocus(Widget w, int how) {
-  if (how & 1) XSetInputFocus(xdisplay(), XtWindow(w), RevertToParent, CurrentTime);
+  if ((how & 1) && XtIsRealized(w)) XSetInputFocus(xdisplay(), XtWindow(w), RevertToParent, CurrentTime);
   if (how & 2) XmProcessTraversal(w, XmTRAVERSE_CURRENT);
 }

@@ -104,7 +104,38 @@ Dimension width_of(Widget w) {
   return wd;
 }
 
+// The editor whose main text or command line this is.
+EditRecord* editor_of(Widget w) {
+  for (int h = 1; h < zelvy_win::kSlots; ++h)
+    if (EditRecord* r = yyEditRecordOf(h); r && (r->Text == w || r->CommandText == w)) return r;
+  return nullptr;
+}
+
+// Shift+Tab in the text (Tab too in a viewer, which takes no tabs), and Tab
+// or Shift+Tab in the line, move the keyboard between the two.
+void add_focus_keys(EditRecord& r) {
+  static bool registered = false;
+  if (!registered) {
+    XtActionsRec action{const_cast<char*>("zelv-edit-key"), yyEditKeyTrans};
+    XtAppAddActions(zelvy_x::state().ixContext, &action, 1);
+    registered = true;
+  }
+  const bool viewer = r.Flags & edit_flag::kViewer;
+  XtOverrideTranslations(r.Text, XtParseTranslationTable(viewer ? "Shift<Key>Tab: zelv-edit-key(t)\n"
+                                                                  "<Key>Tab: zelv-edit-key(t)"
+                                                                : "Shift<Key>Tab: zelv-edit-key(t)"));
+  XtOverrideTranslations(r.CommandText,
+                         XtParseTranslationTable("Shift<Key>Tab: zelv-edit-key(t)\n<Key>Tab: zelv-edit-key(t)"));
+}
+
 }  // namespace
+
+void yyEditKeyTrans(Widget w, XEvent*, String* params, Cardinal* count) {
+  EditRecord* r = editor_of(w);
+  if (!r || !count || *count < 1 || params[0][0] != 't' || !r->CommandText) return;
+  // The X focus as well: the pointer would otherwise keep the keys where it is.
+  yyEditFocus(w == r->Text ? r->CommandText : r->Text, 3);
+}
 
 // The line goes to the program as an editor command; a line with a history
 // keeps it there, once, and is selected so that typing replaces it.
@@ -184,6 +215,7 @@ void yyEditCommandCreate(EditRecord& r) {
   for (const char* cb : {XmNmotionVerifyCallback, XmNfocusCallback, XmNlosingFocusCallback})
     XtAddCallback(r.CommandText, cb, yyEditTextCallback(), as_client(h));
   XtAddEventHandler(r.CommandText, KeyPressMask, False, yyEditTextEH, as_client(h));
+  add_focus_keys(r);
 }
 
 void yyEditCommandDestroy(EditRecord& r) {
@@ -192,9 +224,17 @@ void yyEditCommandDestroy(EditRecord& r) {
       XtRemoveAllCallbacks(r.CommandText, cb);
     XtRemoveEventHandler(r.CommandText, KeyPressMask, False, yyEditTextEH, as_client(r.Window_));
   }
-  if (r.GoButton) XtRemoveAllCallbacks(r.GoButton, XmNactivateCallback);
+  Pixmap image = XmUNSPECIFIED_PIXMAP;
+  if (r.GoButton) {
+    XtRemoveAllCallbacks(r.GoButton, XmNactivateCallback);
+    unsigned char type = 0;
+    XtVaGetValues(r.GoButton, XmNlabelType, &type, XmNlabelPixmap, &image, nullptr);
+    if (type != XmPIXMAP) image = XmUNSPECIFIED_PIXMAP;
+  }
   for (Widget* w : {&r.PromptLabel, &r.GoButton, &r.CommandWidget})
     if (*w) XtDestroyWidget(*w);
+  // The button's image is the editor's own; the widget never frees it.
+  if (image != XmUNSPECIFIED_PIXMAP && image != kNoPixmap && xdisplay()) XFreePixmap(xdisplay(), image);
   r.PromptLabel = r.GoButton = r.CommandWidget = r.CommandText = nullptr;
   r.CommandKind = 0;
 }

@@ -236,6 +236,9 @@ int yyEditHistoryCount(const EditRecord& record);
 void yyEditTextEH(Widget widget, XtPointer client, XEvent* event, Boolean* go_on);
 void yyEditCmdGoCB(Widget widget, XtPointer client, XtPointer call);
 void yyEditSendCommand(EditRecord& record);
+// Keys bound on the editor's text widgets: "t" moves the keyboard between
+// the text and the command line.
+void yyEditKeyTrans(Widget widget, XEvent* event, String* params, Cardinal* count);
 // The callback the text widgets of an editor share (motion, focus, changes).
 XtCallbackProc yyEditTextCallback();
 // Prints the text or its selection unless the program prints for itself;

@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr int kMulti = 0x4000, kPlainLine = 0x8, kHistoryLine = 0x10, kViewer = 0x4;
+constexpr int kMulti = 0x4000, kPlainLine = 0x8, kHistoryLine = 0x10, kNoToolbar = 0x20;
 
 class EditorBuffers : public EditorWindow {
  protected:
@@ -22,17 +22,14 @@ class EditorBuffers : public EditorWindow {
     WEditFile(path);
     settle();
   }
-  // The View item of a buffer as the menu shows it, with its mnemonic's letter.
+  // The View item of a buffer as the menu shows it, with its mnemonic's
+  // letter, and a star when it is checked.
   std::string view_item(int buffer) {
     MenuRecord* m = zelvy_menu::state().pwRootMenuSub[handle].get();
     const int i = m ? m->find(edit_id::kView + buffer) : -1;
     if (i < 0) return "(none)";
-    return m->ItemText[i] + " [" + m->ItemText[i].substr(m->ItemMnemonic[i], 1) + "]";
-  }
-  bool view_checked(int buffer) {
-    MenuRecord* m = zelvy_menu::state().pwRootMenuSub[handle].get();
-    const int i = m ? m->find(edit_id::kView + buffer) : -1;
-    return i >= 0 && (m->ItemFlags[i] & kMenuChecked);
+    return m->ItemText[i] + " [" + m->ItemText[i].substr(m->ItemMnemonic[i], 1) + "]" +
+           ((m->ItemFlags[i] & kMenuChecked) ? " *" : "");
   }
   // Messages the loop hands the program until nothing more comes.
   std::vector<std::pair<int, int>> drain() {
@@ -81,14 +78,13 @@ class EditorBuffers : public EditorWindow {
 TEST_F(EditorBuffers, SwitchingBuffersKeepsEachOnesTextSelectionAndState) {
   const std::string a = file("a.txt", "alpha one\nalpha two\n"), b = file("b.txt", "beta\n");
   open(a, kMulti);
-  EXPECT_EQ(view_item(1), "1 " + a + " [1]");
+  EXPECT_EQ(view_item(1), "1 " + a + " [1] *");
   load(b);
   EXPECT_EQ(record().BufferCount, 2);
   EXPECT_EQ(record().CurrentBuffer, 2);
   EXPECT_EQ(text(), "beta\n");
-  EXPECT_EQ(view_item(2), "2 " + b + " [2]");
-  EXPECT_FALSE(view_checked(1));
-  EXPECT_TRUE(view_checked(2));
+  EXPECT_EQ(view_item(1), "1 " + a + " [1]");
+  EXPECT_EQ(view_item(2), "2 " + b + " [2] *");
   // Buffer 1 answers from the store.
   EXPECT_EQ(WInfoEditor(handle, 2, 1), 20);
   EXPECT_EQ(WInfoEditor(handle, 1, 1), 1);
@@ -193,7 +189,6 @@ TEST_F(EditorBuffers, AnotherFontKeepsTheTextAndItsPlace) {
   EXPECT_EQ(WInfoEditor(handle, 12), 0);
   yyeditfont(-1, 16, error);
   EXPECT_EQ(WInfoEditor(handle, 11), 9);
-  EXPECT_EQ(WInfoEditor(handle, 12), 16);
   Dimension w1 = 0, h1 = 0;
   XtVaGetValues(XtParent(record().Text), XmNwidth, &w1, XmNheight, &h1, nullptr);
   EXPECT_EQ(w0, w1);
@@ -214,7 +209,7 @@ TEST_F(EditorBuffers, ThirtyFiveBuffersAndNoMore) {
   EXPECT_EQ(record().BufferCount, kEditMaxBuffers);
   EXPECT_EQ(view_item(9).substr(0, 2), "9 ");
   EXPECT_EQ(view_item(10).substr(0, 2), "A ");
-  EXPECT_EQ(view_item(35), "Z " + (dir / "f35.txt").string() + " [Z]");
+  EXPECT_EQ(view_item(35), "Z " + (dir / "f35.txt").string() + " [Z] *");
   zelvy_data::data().ierr = 0;
   load(file("f36.txt", "36\n"));
   EXPECT_EQ(zelvy_data::data().ierr, 1068);
@@ -245,18 +240,6 @@ TEST_F(EditorBuffers, ThirtyFiveBuffersAndNoMore) {
   EXPECT_EQ(text(), "7\n");
 }
 
-TEST_F(EditorBuffers, ASingleBufferEditorHasNoStore) {
-  open(file("one.txt", "one\n"));
-  int error = 0;
-  WindowSelect(handle);
-  yyeditselectbuffer(1, error);
-  EXPECT_EQ(error, 1067);
-  zelvy_data::data().ierr = 0;
-  yyeditstorebuffer(handle, 1);
-  EXPECT_EQ(zelvy_data::data().ierr, 1067);
-  EXPECT_EQ(view_item(1), "(none)");
-}
-
 TEST_F(EditorBuffers, ClosingABufferMovesTheLaterOnesDown) {
   const std::string a = file("a.txt", "A\n"), b = file("b.txt", "B\n"), c = file("c.txt", "C\n");
   open(a, kMulti);
@@ -273,9 +256,8 @@ TEST_F(EditorBuffers, ClosingABufferMovesTheLaterOnesDown) {
   EXPECT_EQ(text(), "C\n");
   EXPECT_EQ(record().FileName, c);
   EXPECT_EQ(record().FilterIndex[1], 2);
-  EXPECT_EQ(view_item(2), "2 " + c + " [2]");
+  EXPECT_EQ(view_item(2), "2 " + c + " [2] *");
   EXPECT_EQ(view_item(3), "(none)");
-  EXPECT_TRUE(view_checked(2));
 
   // The last buffer of the list closes onto the one before.
   yyeditclose(0);
@@ -285,26 +267,11 @@ TEST_F(EditorBuffers, ClosingABufferMovesTheLaterOnesDown) {
   yyeditclose(1);
   EXPECT_EQ(record().BufferCount, 1);
   EXPECT_EQ(text(), "");
-  EXPECT_EQ(view_item(1), "1 Untitled [1]");
+  EXPECT_EQ(view_item(1), "1 Untitled [1] *");
   // A file now goes into that empty buffer instead of beside it.
   load(b);
   EXPECT_EQ(record().BufferCount, 1);
-  EXPECT_EQ(view_item(1), "1 " + b + " [1]");
-}
-
-TEST_F(EditorBuffers, TheStoreDropsAndFreesEntries) {
-  open(file("a.txt", "A\n"), kMulti);
-  for (int i = 1; i <= 3; ++i) yyeditstorebuffername(handle, i, "name" + std::to_string(i) + "   ");
-  yyeditclosebuffer(handle, 2);
-  std::string name;
-  yyeditgetbuffername(handle, 2, name);
-  EXPECT_EQ(name, "name3");
-  yyeditgetbuffername(handle, kEditMaxBuffers, name);
-  EXPECT_EQ(name, "");
-  EXPECT_EQ(yyEditInfoOf(handle)->Buffers[kEditMaxBuffers - 1].GotoLine, 1);
-  yyeditcleanup(handle);
-  EXPECT_EQ(yyEditInfoOf(handle)->Capacity, 0);
-  EXPECT_TRUE(yyEditInfoOf(handle)->Buffers.empty());
+  EXPECT_EQ(view_item(1), "1 " + b + " [1] *");
 }
 
 TEST_F(EditorBuffers, HistoryKeepsTheNewestFirstUpToItsLimit) {
@@ -353,7 +320,7 @@ TEST_F(EditorBuffers, HistoryKeepsTheNewestFirstUpToItsLimit) {
   EXPECT_EQ(record().PromptLabel, nullptr);
 }
 
-TEST_F(EditorBuffers, EditorsWithoutAHistoryOrALineSaySo) {
+TEST_F(EditorBuffers, EditorsWithoutAHistoryALineOrBuffersSaySo) {
   open(file("a.txt", "A\n"), kPlainLine);
   int error = 0;
   WindowSelect(handle);
@@ -363,7 +330,8 @@ TEST_F(EditorBuffers, EditorsWithoutAHistoryOrALineSaySo) {
   EXPECT_EQ(error, 1092);
   yyeditputcommand(error, "x");
   EXPECT_EQ(error, 0);
-  EXPECT_EQ(record().CommandKind, 1);
+  yyeditselectbuffer(1, error);  // one buffer only: no store to choose from
+  EXPECT_EQ(error, 1067);
   WindowCloseChild(handle);
   open(file("b.txt", "B\n"));
   WindowSelect(handle);
@@ -417,6 +385,16 @@ TEST_F(EditorBuffers, ATypedCommandReachesTheProgramAndItsHistory) {
   yyeditgetcommand(error, line);
   EXPECT_EQ(line, "");
   EXPECT_EQ(text(), "A\n");  // nothing of it went into the text
+  // Shift+Tab takes the keyboard to the text and back, in the window that
+  // has the keyboard as a window manager would give it.
+  XSetInputFocus(xdisplay(), XtWindow(zelvy_win::state().wtShell[handle]), RevertToParent, CurrentTime);
+  xdotool("key shift+Tab");
+  xdotool("type --delay 20 'x'");
+  EXPECT_EQ(text(), "xA\n");
+  xdotool("key shift+Tab");
+  xdotool("type --delay 20 'y'");
+  yyeditgetcommand(error, line);
+  EXPECT_EQ(line, "y");
   shot("editor_command_line.png");
 }
 
@@ -440,18 +418,13 @@ TEST_F(EditorBuffers, TheToolbarFollowsTheMenuAndDoesItsCommands) {
   click(button(edit_id::kNew));
   EXPECT_EQ(record().BufferCount, 2);
   EXPECT_EQ(text(), "");
-  EXPECT_EQ(view_item(2), "2 Untitled [2]");
+  EXPECT_EQ(view_item(2), "2 Untitled [2] *");
   EXPECT_EQ(toolbar()->ButtonTexts[0], std::optional<std::string>("New"));
-}
-
-TEST_F(EditorBuffers, AViewersToolbarOffersNoEditing) {
-  open(file("a.txt", "alpha\n"), kViewer);
-  ASSERT_NE(toolbar(), nullptr);
-  EXPECT_EQ(toolbar()->ButtonIds, (std::vector<int>{edit_id::kOpen, edit_id::kPrint, edit_id::kFind, 0,
-                                                    edit_id::kCopy}));
   WindowCloseChild(handle);
-  open(file("b.txt", "beta\n"), 0x20);
+  open(file("b.txt", "beta\n"), kNoToolbar);
   EXPECT_EQ(toolbar(), nullptr);
 }
+
+
 
 }  // namespace
