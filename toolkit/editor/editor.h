@@ -12,10 +12,13 @@ void yyEditAttach();
 
 // Turns the current window into an editor (mode 1 modal, 2 modeless, 3
 // semi-modeless) and loads a file; on an editor, loads the file into it.
-// Flags: 1 word wrap, 2 the file must exist, 4 viewer, 80 modified mark in the
-// title, 2000 no Save, 20000 backup on save, 400000 no name in the title,
-// 800000 no menu, 1000000 a missing file opens an empty editor quietly,
-// 10000000 never prompt to save. Font types 0..4, 6..13 (3 by default).
+// Flags: 1 word wrap, 2 the file must exist, 4 viewer, 8 a command line, 10
+// one with a history, 20 no toolbar, 80 modified mark in the title, 2000 no
+// Save, 4000 up to 35 buffers with a View menu (a file goes into a buffer of
+// its own), 20000 backup on save, 80000 the command line above the text,
+// 400000 no name in the title, 800000 no menu, 1000000 a missing file opens
+// an empty editor quietly, 4000000 large toolbar images, 10000000 never
+// prompt to save. Font types 0..4, 6..13 (3 by default).
 void WEditFile(std::string_view filename = {}, std::optional<int> mode = {},
                std::optional<int> menuid = {}, std::optional<int> flags = {},
                std::optional<int> fonttype = {}, std::optional<int> fontsize = {},

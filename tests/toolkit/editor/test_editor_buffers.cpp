@@ -142,6 +142,31 @@ TEST_F(EditorBuffers, SwitchingBuffersKeepsEachOnesTextSelectionAndState) {
   EXPECT_EQ(text(), "alpha one\nalpha two\n");
 }
 
+TEST_F(EditorBuffers, AClosedModalEditorStillAnswersForItsBuffers) {
+  const std::string a = file("a.txt", "alpha\n"), b = file("b.txt", "be\n");
+  WindowOpenChild(handle, kOmbrelView, 40, 40, 700, 480, 0, {}, 0, "Modal");
+  ASSERT_GT(handle, 0);
+  // Inside the editor's own loop: a second file, then Exit.
+  when([this] { return yyEditRecordOf(handle) != nullptr; },
+       [this, b] {
+         WindowSelect(handle);
+         WEditFile(b);
+         MessageRecord m;
+         m.Win = handle;
+         m.Value1 = edit_id::kExit;
+         int type = MenuSelect;
+         yyEditorHooks().process_message(type, m);
+       });
+  WEditFile(a, 1, 0, kMulti | kHistoryLine, kMonoFont);
+  EXPECT_FALSE(yywindowexists(handle));
+  EXPECT_EQ(zelvy_data::data().ierr, 1033);  // a modal editor has no command line
+  EXPECT_EQ(WInfoEditor(-1, 7), 2);
+  EXPECT_EQ(WInfoEditor(-1, 6), 2);
+  EXPECT_EQ(WInfoEditor(-1, 2), 3);
+  EXPECT_EQ(WInfoEditor(-1, 2, 1), 6);
+  EXPECT_EQ(WInfoEditor(-1, 2, 3), 0);
+}
+
 TEST_F(EditorBuffers, ExitAsksForEveryChangedBufferAndACancelKeepsThemAll) {
   const std::string a = file("a.txt", "A\n"), b = file("b.txt", "B\n"), c = file("c.txt", "C\n");
   open(a, kMulti);
