@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 
 #include <X11/Xft/Xft.h>
+#include <X11/IntrinsicP.h>
 #include <X11/keysym.h>
 #include <Xm/Text.h>
 
@@ -29,6 +30,7 @@
 #include "toolkit/kernel/message.h"
 #include "toolkit/kernel/statusbar.h"
 #include "toolkit/kernel/statusbar_private.h"
+#include "toolkit/kernel/toolbar.h"
 #include "toolkit/kernel/window.h"
 #include "toolkit/kernel/window_private.h"
 
@@ -38,6 +40,7 @@ struct State {
   zelv::Slots<std::unique_ptr<EditRecord>, zelvy_win::kSlots> records;
   std::array<int, 12> modalInfo{};  // answers to codes 1, 2, 14, 3, 4, 5, 6, 7, 9, 16, 11, 12
   std::uint32_t modalFlags = 0;
+  int modalCommandItems = 0;
 };
 State& state() {
   static State s;
@@ -228,6 +231,8 @@ std::vector<MenuDescriptor> menu_items(std::uint32_t f) {
       item(true, "Set Bookmark\bShift+F2", 0, "Bookmark current cursor position", kSetBookmark, shift, XK_F2, XK_KP_F2),
       item(true, "Goto Bookmark\bF2", 5, "Move to previously bookmarked position", kGotoBookmark, 0, XK_F2, XK_KP_F2),
       item(true, "Goto Line\bCtrl+G", 5, "Move to specified line", kGotoLine, ctrl, 'g', 'G'),
+      MenuDescriptor{(f & kMultiBuffer) != 0, "View", 0, "Commands to switch between files", kView, kMenuHasSub, 0, 0, 0},
+      MenuDescriptor{(f & kMultiBuffer) != 0, "1 Untitled", 0, "", kFirstBuffer, kMenuChecked, 0, 0, 0},
   };
 }
 
@@ -238,9 +243,14 @@ void grey_items(EditRecord& r) {
   const bool sel = r.Text && XmTextGetSelectionPosition(r.Text, &a, &b) && a != b;
   r.SelectionState = sel ? 1 : 0;
   MenuRecord* m = zelvy_menu::state().pwRootMenuSub[h].get();
-  if (!m) return;
   auto set = [&](int id, bool on) {
-    const int i = m->find(id);
+    // The toolbar's button shows what the item shows.
+    const int button = yyMenuToolbarButtonState(h, id);
+    if (button >= 0) {
+      const int want = on ? (button & ~static_cast<int>(kMenuGreyed)) : (button | static_cast<int>(kMenuGreyed));
+      if (want != button) yyMenuSetToolbarIdent(h, id, want);
+    }
+    const int i = m ? m->find(id) : -1;
     if (i < 0) return;
     const std::uint32_t before = m->ItemFlags[static_cast<std::size_t>(i)];
     auto& fl = m->ItemFlags[static_cast<std::size_t>(i)];
@@ -310,6 +320,12 @@ void rebuild_line_table(EditRecord& r) {
 
 // The window has a new size: with word wrap the lines follow the width.
 void yyEditResize(EditRecord& r) {
+  if (r.CommandWidget) {
+    Dimension cw = 0, ch = 0;
+    XtVaGetValues(zelvy_win::state().wtClient[static_cast<std::size_t>(r.Window_)], XmNwidth, &cw, XmNheight, &ch,
+                  nullptr);
+    yyEditCommandLayout(r, cw, ch);
+  }
   if (r.Flags & edit_flag::kWordWrap) {
     yyEditFinishLoad(r, true);
     Dimension w = 0, margin = 0;
@@ -387,7 +403,7 @@ void yyEditProcessEvent(Widget, XtPointer client, XEvent* ev, Boolean*) {
 // ---- Messages before the application ----------------------------------------
 
 void yyEditFileExit(EditRecord& r, int& type, MessageRecord& m) {
-  if (!yyEditCheckSave(r)) {
+  if (!yyEditCheckSave(r) || ((r.Flags & edit_flag::kMultiBuffer) && !yyEditCheckSaveAll(r))) {
     type = 0;
     return;
   }
@@ -397,6 +413,7 @@ void yyEditFileExit(EditRecord& r, int& type, MessageRecord& m) {
                     WInfoEditor(h, 4), WInfoEditor(h, 5), WInfoEditor(h, 6), WInfoEditor(h, 7),
                     WInfoEditor(h, 9), WInfoEditor(h, 16), WInfoEditor(h, 11), WInfoEditor(h, 12)};
     es.modalFlags = r.Flags;
+    es.modalCommandItems = yyEditHistoryCount(r);
     type = 0;
     yyMsgModalEnd();
     WindowCloseChild(h);
@@ -420,13 +437,23 @@ void yyEditProcessMessage(int& type, MessageRecord& m) {
     default: return;
   }
   Widget t = r->Text;
+  const bool multi = r->Flags & edit_flag::kMultiBuffer;
   switch (m.Value1) {
     case edit_id::kNew:
-      if (!yyEditCheckSave(*r)) type = 0;
-      else yyEditFileNew(*r);
+      if (multi ? !yyEditBufferNew(*r) : !yyEditCheckSave(*r)) type = 0;
+      else if (!multi) yyEditFileNew(*r);
       break;
     case edit_id::kOpen:
-      if (!yyEditFileOpen(*r)) type = 0;
+      if (multi) {
+        int shown = 0;
+        if (!yyEditBufferOpen(*r, shown)) type = 0;
+        else if (shown) m.Value1 = edit_id::kFirstBuffer + shown - 1;
+      } else if (!yyEditFileOpen(*r)) {
+        type = 0;
+      }
+      break;
+    case edit_id::kClose:
+      if (multi && !yyEditCloseBuffer(*r, false)) type = 0;
       break;
     case edit_id::kSave:
     case edit_id::kSaveAs:
@@ -438,22 +465,9 @@ void yyEditProcessMessage(int& type, MessageRecord& m) {
     case edit_id::kCopy: yyXmTextCopy(t, now()); type = 0; break;
     case edit_id::kPaste: yyXmTextPaste(t); type = 0; break;
     case edit_id::kPrint:
-    case edit_id::kPrintSelection: {
-      yyEditFinishLoad(*r, true);
-      std::string text;
-      if (m.Value1 == edit_id::kPrintSelection) {
-        XmTextPosition from = 0, to = 0;
-        if (XmTextGetSelectionPosition(t, &from, &to)) text = substring(t, from, to);
-      } else {
-        char* all = XmTextGetString(t);
-        text = all ? all : "";
-        XtFree(all);
-      }
-      const std::string title = r->FileName.empty() ? std::string("Untitled") : r->FileName;
-      yyeditprintuser(text, yyeditprintfont(r->FontType, r->FontSize), (r->Flags & edit_flag::kWordWrap) != 0, title);
-      type = 0;
+    case edit_id::kPrintSelection:
+      if (!yyEditFilePrint(*r, m.Value1 == edit_id::kPrintSelection)) type = 0;
       break;
-    }
     case edit_id::kDelete: XmTextRemove(t); type = 0; break;
     case edit_id::kSelectAll:
       XmTextSetSelection(t, 0, XmTextGetLastPosition(t), now());
@@ -480,7 +494,10 @@ void yyEditProcessMessage(int& type, MessageRecord& m) {
       yyeditgotoline(r->Window_);
       type = 0;
       break;
-    default: break;
+    default:
+      if (multi && m.Value1 >= edit_id::kFirstBuffer && m.Value1 <= edit_id::kLastBuffer)
+        yyEditShowBuffer(*r, m.Value1 - edit_id::kView);
+      break;
   }
   // The menu took the focus: the caret comes back.
   if (m.Value1 >= edit_id::kEdit && m.Value1 < edit_id::kSearch) XmProcessTraversal(t, XmTRAVERSE_CURRENT);
@@ -492,6 +509,11 @@ void yyEditShutdown(int h) {
   if (r->Mode == 3) yyMsgSemiModelessStack(-1, 1, h);
   yyEditSearchShutdown(*r);
   yyEditFinishLoad(*r, false);
+  yyEditCommandDestroy(*r);
+  r->Toolbar = nullptr;  // the window's toolbars go with the window
+  // The buffers of a modal editor stay readable after it closed.
+  if (r->Mode == 1 && yyEditInfoOf(h)->Capacity > 1) *yyEditInfoOf(0) = *yyEditInfoOf(h);
+  yyeditcleanup(h);
   if (r->Text) {
     XtRemoveAllCallbacks(r->Text, XmNmodifyVerifyCallback);
     XtRemoveAllCallbacks(r->Text, XmNmotionVerifyCallback);
@@ -678,6 +700,15 @@ EditRecord* create_editor(int h, int mode, std::uint32_t flags, int fonttype, in
   es.records[static_cast<std::size_t>(h)] = std::move(rec);
   w.Kind = 1;
   w.KindData = &r;
+  yyEditInfoCreate(h, (flags & edit_flag::kMultiBuffer) != 0);
+  yyEditCommandCreate(r);
+  // A modal editor shows no toolbar of the window's own, only its own.
+  if (mode == 1)
+    for (int slot = 0; slot < kToolbarSlots; ++slot) {
+      int cw = 0, ch = 0, error = 0;
+      if (yyMenuToolbarThickness(h, slot) > 0) yymenutoolbar(0, h, slot, cw, ch, {}, error);
+    }
+  yyEditToolbarCreate(r);
   build_menu(r);
   if (r.HasStatusBar) {
     const std::array<int, 5> styles = {1, 1, 1, 1, 0};
@@ -822,7 +853,14 @@ void yyEditAttach() {
 void WEditFile(std::string_view filename, std::optional<int> mode, std::optional<int> menuid,
                std::optional<int> flags, std::optional<int> fonttype, std::optional<int> fontsize,
                std::optional<std::string_view> filter, std::optional<int> filterindex,
-               std::optional<int>, std::optional<std::string_view> fontname) {
+               std::optional<int> menuowner, std::optional<std::string_view> fontname) {
+  yyeditfile(filename, mode, menuid, flags, fonttype, fontsize, filter, filterindex, menuowner, fontname);
+}
+
+void yyeditfile(std::string_view filename, std::optional<int> mode, std::optional<int> menuid,
+                std::optional<int> flags, std::optional<int> fonttype, std::optional<int> fontsize,
+                std::optional<std::string_view> filter, std::optional<int> filterindex,
+                std::optional<int>, std::optional<std::string_view> fontname) {
   auto& ws = zelvy_win::state();
   const int h = ws.iWinCur;
   if (h < 1 || !yywindowexists(h) || !xdisplay()) {
@@ -850,13 +888,24 @@ void WEditFile(std::string_view filename, std::optional<int> mode, std::optional
     (void)menuid;
     yyEditTitle(*r);
     if (!filename.empty()) yyEditLoadSave(filename, false, *r, (f & edit_flag::kQuietMissing) != 0);
-    XmProcessTraversal(r->Text, XmTRAVERSE_CURRENT);
+    if ((f & edit_flag::kMultiBuffer) && !r->FileName.empty()) {
+      const int menu = zelvy_menu::state().iWinMenu;
+      zelvy_menu::state().iWinMenu = h;
+      WMenuSetString(edit_id::kFirstBuffer, yyEditViewCaption(1, r->FileName));
+      zelvy_menu::state().iWinMenu = menu;
+    }
+    // With a command line the keyboard goes to the line, where commands are typed.
+    XmProcessTraversal(r->CommandText ? r->CommandText : r->Text, XmTRAVERSE_CURRENT);
     ws.WinInfo[h].Mode = m;
     if (m == 3) yyMsgSemiModelessStack(1, 1, h);
     if (m == 1) {
       yyMsgModalLoop(h);
       if (yywindowexists(0)) WindowSelect(0);
     }
+    return;
+  }
+  if (r->Flags & edit_flag::kMultiBuffer) {
+    yyEditBufferLoad(*r, filename);
     return;
   }
   if (yyEditCheckSave(*r)) {
@@ -950,9 +999,16 @@ void WEditSetPos(int value, std::optional<int> flags) {
 int WInfoEditor(int window, int code, std::optional<int> buffer) {
   if (window == -1) {
     static constexpr int kCodes[12] = {1, 2, 14, 3, 4, 5, 6, 7, 9, 16, 11, 12};
+    const int current = es.modalInfo[6];
+    int parked = 0;
+    if (buffer && *buffer != current) {
+      if (*buffer < 1 || *buffer > es.modalInfo[7]) return 0;
+      if (yyEditParkedInfo(0, *buffer, code, parked)) return parked;
+    }
     for (int i = 0; i < 12; ++i)
       if (kCodes[i] == code) return es.modalInfo[static_cast<std::size_t>(i)];
     if (code == 17) return static_cast<int>(es.modalFlags);
+    if (code == 10) return es.modalCommandItems;
     return code == 18 ? 1 : 0;
   }
   EditRecord* r = yyEditRecordOf(window);
@@ -960,6 +1016,7 @@ int WInfoEditor(int window, int code, std::optional<int> buffer) {
   yyEditFinishLoad(*r, true);
   const int b = buffer.value_or(r->CurrentBuffer);
   if (b < 1 || b > r->BufferCount) return 0;
+  if (int parked = 0; b != r->CurrentBuffer && yyEditParkedInfo(window, b, code, parked)) return parked;
   Widget t = r->Text;
   XmTextPosition a = 0, e = 0;
   const bool sel = XmTextGetSelectionPosition(t, &a, &e) && a != e;
@@ -973,6 +1030,7 @@ int WInfoEditor(int window, int code, std::optional<int> buffer) {
     case 6: return r->CurrentBuffer;
     case 7: return r->BufferCount;
     case 9: return yyEditConvertPos(1, static_cast<int>(XmTextGetTopCharacter(t)), *r) + 1;
+    case 10: return yyEditHistoryCount(*r);
     case 11: return r->FontType;
     case 12: return r->FontSize;
     case 13: return static_cast<int>(r->FindFlags);
@@ -1000,8 +1058,65 @@ void yyeditsave(int saveas) {
 void yyeditclose(int force) {
   EditRecord* r = yyEditCurrent("yyeditclose");
   if (!r) return;
-  if (force == 1 || yyEditCheckSave(*r)) yyEditFileNew(*r);
+  if (r->Flags & edit_flag::kMultiBuffer) yyEditCloseBuffer(*r, force == 1);
+  else if (force == 1 || yyEditCheckSave(*r)) yyEditFileNew(*r);
 }
+
+void yyeditfont(int type, int size, int& error, std::optional<std::string_view> fontname) {
+  error = 0;
+  EditRecord* r = yyEditCurrent(nullptr);
+  if (!r) {
+    error = 1028;
+    return;
+  }
+  if (fontname) {
+    r->FontType = 5;
+  } else if (type != -1) {
+    const int before = zelvy_data::data().ierr;
+    const int t = font_type_of(type, false);
+    if (zelvy_data::data().ierr != before) error = 1116;
+    r->FontType = t;
+  }
+  if (size != -1) r->FontSize = std::max(0, size);
+  if (r->WrapFont) XftFontClose(xdisplay(), r->WrapFont);
+  if (r->FontStruct) XFreeFont(xdisplay(), r->FontStruct);
+  r->WrapFont = nullptr;
+  r->FontStruct = nullptr;
+  r->AsciiWidth.fill(0);
+  XmRenderTable old = r->RenderTable;
+  r->RenderTable = yyEditCreateFont(*r, fontname.value_or(""));
+  // The widget keeps its place in the window; only the letters change.
+  Widget frame = XtParent(r->Text);
+  Dimension w = 0, h = 0;
+  Position x = 0, y = 0;
+  XtVaGetValues(frame, XmNx, &x, XmNy, &y, XmNwidth, &w, XmNheight, &h, nullptr);
+  if (r->RenderTable) XtVaSetValues(r->Text, XmNrenderTable, r->RenderTable, nullptr);
+  if (old) XmRenderTableFree(old);
+  XtConfigureWidget(frame, x, y, w, h, 0);
+  rebuild_line_table(*r);
+  yyEditUpdateStatusBar(*r);
+  XmTextShowPosition(r->Text, XmTextGetInsertionPosition(r->Text));
+}
+
+bool yyEditFilePrint(EditRecord& r, bool selection) {
+  // The program prints for itself: the message goes on to it.
+  if (r.Flags & edit_flag::kHostPrint) return true;
+  yyEditFinishLoad(r, true);
+  std::string text;
+  if (selection) {
+    XmTextPosition from = 0, to = 0;
+    if (XmTextGetSelectionPosition(r.Text, &from, &to)) text = substring(r.Text, from, to);
+  } else {
+    char* all = XmTextGetString(r.Text);
+    text = all ? all : "";
+    XtFree(all);
+  }
+  const std::string title = r.FileName.empty() ? std::string("Untitled") : r.FileName;
+  return yyeditprintuser(text, yyeditprintfont(r.FontType, r.FontSize), (r.Flags & edit_flag::kWordWrap) != 0,
+                         title) == kPrinted;
+}
+
+XtCallbackProc yyEditTextCallback() { return yyEditTextCB; }
 
 void yyeditselection(int start, int end) {
   if (EditRecord* r = yyEditCurrent("yyeditselection")) XmTextSetSelection(r->Text, start, end, now());
@@ -1056,6 +1171,6 @@ void yyeditfilterindex(int index, int& error) {
 }
 
 void yyEditFocus(Widget w, int how) {
-  if (how & 1) XSetInputFocus(xdisplay(), XtWindow(w), RevertToParent, CurrentTime);
+  if ((how & 1) && XtIsRealized(w)) XSetInputFocus(xdisplay(), XtWindow(w), RevertToParent, CurrentTime);
   if (how & 2) XmProcessTraversal(w, XmTRAVERSE_CURRENT);
 }

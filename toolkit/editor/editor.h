@@ -12,10 +12,13 @@ void yyEditAttach();
 
 // Turns the current window into an editor (mode 1 modal, 2 modeless, 3
 // semi-modeless) and loads a file; on an editor, loads the file into it.
-// Flags: 1 word wrap, 2 the file must exist, 4 viewer, 80 modified mark in the
-// title, 2000 no Save, 20000 backup on save, 400000 no name in the title,
-// 800000 no menu, 1000000 a missing file opens an empty editor quietly,
-// 10000000 never prompt to save. Font types 0..4, 6..13 (3 by default).
+// Flags: 1 word wrap, 2 the file must exist, 4 viewer, 8 a command line, 10
+// one with a history, 20 no toolbar, 80 modified mark in the title, 2000 no
+// Save, 4000 up to 35 buffers with a View menu (a file goes into a buffer of
+// its own), 20000 backup on save, 80000 the command line above the text,
+// 400000 no name in the title, 800000 no menu, 1000000 a missing file opens
+// an empty editor quietly, 4000000 large toolbar images, 10000000 never
+// prompt to save. Font types 0..4, 6..13 (3 by default).
 void WEditFile(std::string_view filename = {}, std::optional<int> mode = {},
                std::optional<int> menuid = {}, std::optional<int> flags = {},
                std::optional<int> fonttype = {}, std::optional<int> fontsize = {},
@@ -63,3 +66,47 @@ void yyeditfindstring(int which, int& error, std::string_view text);
 void yyeditfindflags(int flags, int& error);
 // The Goto Line dialog of an editor window.
 void yyeditgotoline(int window);
+
+// The layer under WEditFile, with the same arguments.
+void yyeditfile(std::string_view filename = {}, std::optional<int> mode = {}, std::optional<int> menuid = {},
+                std::optional<int> flags = {}, std::optional<int> fonttype = {}, std::optional<int> fontsize = {},
+                std::optional<std::string_view> filter = {}, std::optional<int> filterindex = {},
+                std::optional<int> menuowner = {}, std::optional<std::string_view> fontname = {});
+// A new font for the current editor: -1 keeps the type or size; error 1028
+// on no editor, 1116 for a type that doesn't exist.
+void yyeditfont(int type, int size, int& error, std::optional<std::string_view> fontname = {});
+
+// The buffers of a multi-buffer editor (option 4000), numbered from 1; up
+// to 35. The one on show lives in the text widget, the others are parked
+// with their selection, top line, saved and changed state and file name.
+// Errors: 1028 no editor, 1067 no such buffer.
+// Parks the text on show as buffer `buffer`; puts a parked buffer on show.
+void yyeditstorebuffer(int window, int buffer);
+void yyeditretrievebuffer(int window, int buffer);
+// Parks `from` and shows `to`; nothing when they are the same.
+void yyeditswap(int window, int from, int to);
+// The file name kept with a parked buffer; empty when it has none.
+void yyeditstorebuffername(int window, int buffer, std::string_view name);
+void yyeditgetbuffername(int window, int buffer, std::string& name);
+// 1 when the parked buffer has no unsaved changes.
+void yyeditgetsave(int window, int buffer, int& saved);
+// Drops an entry; the later ones move down one place.
+void yyeditclosebuffer(int window, int buffer);
+// Frees all parked buffers of a window going away.
+void yyeditcleanup(int window);
+// Shows buffer `buffer` of the current editor; error 1067 without it.
+void yyeditselectbuffer(int buffer, int& error);
+
+// The command line (option 8, or 10 with a history): errors 1028 no
+// editor, 1032 no command line, 1092 no history, 1023 a text cut.
+// An empty prompt removes the label in front of the line.
+void yyeditprompt(int& error, std::string_view text);
+void yyeditputcommand(int& error, std::string_view text);
+// The line; with `room` the text is cut to it (error 1023).
+void yyeditgetcommand(int& error, std::string& text, std::optional<int> room = {});
+void yyeditcheckhistory(int& error);
+void yyeditclearhistory(int& error);
+// History items from 0, the newest first; the oldest go beyond the limit.
+inline constexpr int kEditHistoryLimit = 100;
+void yyeditputhistory(int index, std::string_view text);
+void yyeditgethistory(int index, std::string& text);

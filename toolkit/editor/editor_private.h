@@ -25,7 +25,7 @@ constexpr std::uint32_t kWordWrap = 0x1, kMustExist = 0x2, kViewer = 0x4, kComma
                         kNoClose = 0x8000, kBackup = 0x20000, kCommandAbove = 0x80000,
                         kCoreFont = 0x100000, kNoNameInTitle = 0x400000, kNoMenu = 0x800000,
                         kQuietMissing = 0x1000000, kNeverPrompt = 0x10000000,
-                        kHostPrint = 0x40000000;
+                        kHostPrint = 0x40000000, kLargeToolbar = 0x4000000, kCommandFont = 0x800;
 }  // namespace edit_flag
 
 // Bits of FindFlags; a fresh search ignores case.
@@ -40,7 +40,8 @@ constexpr int kFile = 32100, kNew = 32101, kOpen = 32102, kSave = 32103, kSaveAs
               kEdit = 32120, kShowCaret = 32121, kCut = 32122, kCopy = 32123, kPaste = 32124,
               kDelete = 32125, kSelectAll = 32126, kSearch = 32140, kFind = 32141,
               kFindNext = 32142, kReplace = 32143, kGotoLine = 32144, kSetBookmark = 32147,
-              kGotoBookmark = 32148, kFindPrevious = 32149, kView = 32180, kFirstBuffer = 32181;
+              kGotoBookmark = 32148, kFindPrevious = 32149, kView = 32180, kFirstBuffer = 32181,
+              kLastBuffer = kFirstBuffer + kEditMaxBuffers - 1;
 }  // namespace edit_id
 
 struct EditRecord {
@@ -109,8 +110,17 @@ struct EditBuffer {
   int Saved = 1, ChangedFlag = 0;
   int TopLine = 0, BottomLine = 0, TotalLines = 0;
   int GotoLine = 1;
+  bool HasName = false, HasText = false;
   std::string Name;
   std::string Text;
+};
+
+// The parked buffers of an editor window: 35 entries for a multi-buffer
+// editor, none for a single one.
+struct EditInfo {
+  int Capacity = 1;
+  int GotoLine = 1;
+  std::vector<EditBuffer> Buffers;  // entry i is buffer i + 1
 };
 
 // ---- Line table (line_table.cpp), free of the widget ----------------------
@@ -186,6 +196,56 @@ void yyEditWiden(EditRecord& record, std::string_view incoming);
 // Puts the rest of a text that is going in by pieces into the widget at once
 // (append true), or drops it.
 void yyEditFinishLoad(EditRecord& record, bool append);
+
+// The byte at a character offset of the pieces, read across their seams.
+char yyEditPosToCharacter(const EditPieces& text, std::size_t offset);
+
+// ---- Parked buffers (editor_buffers.cpp) -------------------------------------
+
+// The store of a window (entry 0 keeps that of the last modal editor closed).
+EditInfo* yyEditInfoOf(int window);
+// A store for a new editor: 35 empty entries when multi-buffer.
+void yyEditInfoCreate(int window, bool multi);
+// A WInfoEditor answer about a parked buffer; false when the code isn't one of a buffer.
+bool yyEditParkedInfo(int window, int buffer, int code, int& value);
+// The View menu's caption of a buffer: "&1 " to "&9 ", then "&A " on.
+std::string yyEditViewCaption(int buffer, std::string_view name);
+// Multi-buffer commands: a new empty buffer; the file chooser into a new
+// buffer (false when cancelled; `shown` the buffer of a file already open);
+// a file into a new buffer, or the buffer that holds it already.
+bool yyEditBufferNew(EditRecord& record);
+bool yyEditBufferOpen(EditRecord& record, int& shown);
+void yyEditBufferLoad(EditRecord& record, std::string_view filename);
+// Closes the buffer on show (force skips the save prompt); false when cancelled.
+bool yyEditCloseBuffer(EditRecord& record, bool force);
+// Shows a buffer of the editor; false when there is no such buffer.
+bool yyEditShowBuffer(EditRecord& record, int buffer);
+// Save prompts for the buffers not on show, in order; false when one is cancelled.
+bool yyEditCheckSaveAll(EditRecord& record);
+
+// ---- Command line and toolbar (editor_command.cpp) ---------------------------
+
+// The command line of option bits 8 and 10, under or above the text.
+void yyEditCommandCreate(EditRecord& record);
+void yyEditCommandDestroy(EditRecord& record);
+// Places text and command line in the client area of that size.
+void yyEditCommandLayout(EditRecord& record, int width, int height);
+// The editor's toolbar in the top slot, images by option bit 4000000.
+void yyEditToolbarCreate(EditRecord& record);
+// Number of history items, 0 without a history.
+int yyEditHistoryCount(const EditRecord& record);
+// The command line's keys, the Go button, and the line sent to the program.
+void yyEditTextEH(Widget widget, XtPointer client, XEvent* event, Boolean* go_on);
+void yyEditCmdGoCB(Widget widget, XtPointer client, XtPointer call);
+void yyEditSendCommand(EditRecord& record);
+// Keys bound on the editor's text widgets: "t" moves the keyboard between
+// the text and the command line.
+void yyEditKeyTrans(Widget widget, XEvent* event, String* params, Cardinal* count);
+// The callback the text widgets of an editor share (motion, focus, changes).
+XtCallbackProc yyEditTextCallback();
+// Prints the text or its selection unless the program prints for itself;
+// false when nothing was printed.
+bool yyEditFilePrint(EditRecord& record, bool selection);
 
 // ---- Files (editor_file.cpp) -----------------------------------------------
 
