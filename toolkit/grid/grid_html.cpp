@@ -5,10 +5,14 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <filesystem>
 
 #include "toolkit/base/error.h"
+#include "toolkit/dialog/dialog.h"
 #include "toolkit/grid/grid.h"
 #include "toolkit/grid/grid_private.h"
+#include "toolkit/grid/grid_window_private.h"
+#include "toolkit/kernel/message.h"
 
 namespace {
 
@@ -213,6 +217,35 @@ bool yywrite(std::FILE* f, std::string_view line) {
   return std::fwrite(line.data(), 1, line.size(), f) == line.size() && std::fputc('\n', f) != EOF;
 }
 
+namespace {
+
+// Writes the HTML of a rectangle from 0; 0 or the error code.
+int write_html(Widget grid, std::string_view filename, int c1, int r1, int c2, int r2, int options,
+               std::optional<std::string_view> title, int border, std::optional<int> background) {
+  const GridTable table = yyGridTableOf(grid, c1, r1, c2, r2);
+  const auto lines = yyGridHtmlLines(table, options, title, border, background);
+  std::FILE* f = std::fopen(std::string(filename).c_str(), "w");
+  if (!f) return grid_html::kOpenError;
+  bool ok = true;
+  for (const std::string& line : lines)
+    if (!(ok = yywrite(f, line))) break;
+  if (std::fclose(f) != 0) ok = false;
+  return ok ? 0 : grid_html::kWriteError;
+}
+
+// A rectangle from 1 with 0 or a missing end for the grid's edge; false when empty.
+bool rectangle(const GridModel& m, std::optional<int> fc, std::optional<int> lc, std::optional<int> fr,
+               std::optional<int> lr, int& c1, int& r1, int& c2, int& r2) {
+  c1 = std::max(fc.value_or(1), 1) - 1;
+  r1 = std::max(fr.value_or(1), 1) - 1;
+  const int lastc = lc.value_or(0), lastr = lr.value_or(0);
+  c2 = std::min(lastc > 0 ? lastc : m.columnCount(), m.columnCount()) - 1;
+  r2 = std::min(lastr > 0 ? lastr : m.rows, m.rows) - 1;
+  return c1 <= c2 && r1 <= r2;
+}
+
+}  // namespace
+
 void WGridSaveHTML(int fieldid, std::string_view filename, std::optional<int> firstColumn,
                    std::optional<int> lastColumn, std::optional<int> firstRow, std::optional<int> lastRow,
                    std::optional<int> options, std::optional<std::string_view> title, std::optional<int> border,
@@ -221,18 +254,161 @@ void WGridSaveHTML(int fieldid, std::string_view filename, std::optional<int> fi
   int error = 0;
   Widget grid = yyGridFind(fieldid, error);
   if (!grid) return yyerror(error, kRoutine);
+  int c1 = 0, r1 = 0, c2 = 0, r2 = 0;
+  if (!rectangle(yyGridPart(grid).st->model, firstColumn, lastColumn, firstRow, lastRow, c1, r1, c2, r2))
+    return yyerror(kBadCell, kRoutine);
+  const int code = write_html(grid, filename, c1, r1, c2, r2, options.value_or(0), title, border.value_or(0),
+                              background);
+  if (code != 0) yyerror(code, kRoutine);
+}
+
+// ---- Save As HTML of a grid window --------------------------------------------------------
+
+namespace {
+
+constexpr int kHtmlDialog = 32114;
+namespace field {
+constexpr int kFile = 1002, kBrowse = 1003, kTitle = 1005, kFragment = 1006, kCentre = 1007, kNoColours = 1008,
+              kCheckBullet = 1010, kCheckYesNo = 1011, kCheckTick = 1012, kBorder = 1014;
+}
+constexpr int kOkButton = 1, kCancelButton = 2;
+constexpr int kButtonsOk = 0, kButtonsYesNo = 3, kIconError = 1, kIconQuestion = 2, kAnswerYes = 6;
+
+// What the dialog showed last, for the next time.
+struct HtmlChoices {
+  bool started = false;
+  std::string title;
+  int options = 0;
+  int border = 1;
+};
+HtmlChoices& choices() {
+  static HtmlChoices c;
+  return c;
+}
+
+void tell(std::string_view text, std::string_view title) { yyComdlgAsk(kButtonsOk, kIconError, 1, text, title); }
+
+// The name with its extension (if any) replaced by ".htm".
+std::string html_name(std::string_view name) {
+  if (name.empty()) return {};
+  std::filesystem::path p{std::string(name)};
+  p.replace_extension(".htm");
+  return p.string();
+}
+
+// The error state as it was before a step that may fail on its own.
+struct KeepError {
+  int kept = zelvy_data::data().ierr;
+  ~KeepError() { zelvy_data::data().ierr = kept; }
+};
+
+// Runs the dialog until a usable name is chosen; false when cancelled.
+bool run_html_dialog(std::string& name) {
+  HtmlChoices& c = choices();
+  WDialogPutString(field::kFile, name);
+  WDialogPutString(field::kTitle, c.title);
+  WDialogPutCheckBox(field::kFragment, (c.options & grid_html::kFragment) ? 1 : 0);
+  WDialogPutCheckBox(field::kCentre, (c.options & grid_html::kCentre) ? 1 : 0);
+  WDialogPutCheckBox(field::kNoColours, (c.options & grid_html::kNoColours) ? 1 : 0);
+  WDialogPutRadioButton((c.options & grid_html::kCheckTick)    ? field::kCheckTick
+                        : (c.options & grid_html::kCheckYesNo) ? field::kCheckYesNo
+                                                               : field::kCheckBullet);
+  WDialogRangeInteger(field::kBorder, 0, 100);
+  WDialogPutInteger(field::kBorder, c.border);
+  wdialogshowcommon(field::kFile, 3, 0);
+  int type = 0;
+  MessageRecord m;
+  for (;;) {
+    WMessage(type, m);
+    if (m.Win != kHtmlDialog) continue;
+    WDialogSelect(kHtmlDialog);
+    if (type == CloseRequest || (type == PushButton && m.Value1 == kCancelButton)) return false;
+    if (type != PushButton) continue;
+    if (m.Value1 == field::kBrowse) {
+      std::string current;
+      WDialogGetString(field::kFile, current);
+      constexpr int kSaveFlags = 2;
+      const auto chosen = yyComdlgChooseFile("HTML Files|*.htm;*.html|All Files|*.*|", kSaveFlags, current,
+                                             "Select File");
+      WDialogSelect(kHtmlDialog);
+      if (chosen) WDialogPutString(field::kFile, *chosen);
+      continue;
+    }
+    if (m.Value1 != kOkButton) continue;
+    WDialogGetString(field::kFile, name);
+    while (!name.empty() && name.back() == ' ') name.pop_back();
+    if (name.empty()) {
+      tell("Filename required", "Save As HTML");
+      WDialogSelect(kHtmlDialog);
+      continue;
+    }
+    std::error_code ec;
+    if (std::filesystem::exists(name, ec) &&
+        yyComdlgAsk(kButtonsYesNo, kIconQuestion, 2,
+                    "File already exists:\r" + name + "\r\rDo you want to replace it?", "Save As HTML") != kAnswerYes) {
+      WDialogSelect(kHtmlDialog);
+      continue;
+    }
+    break;
+  }
+  WDialogGetString(field::kTitle, c.title);
+  int fragment = 0, centre = 0, noColours = 0, check = 1;
+  WDialogGetCheckBox(field::kFragment, fragment);
+  WDialogGetCheckBox(field::kCentre, centre);
+  WDialogGetCheckBox(field::kNoColours, noColours);
+  WDialogGetRadioButton(field::kCheckBullet, check);
+  WDialogGetInteger(field::kBorder, c.border);
+  c.border = std::max(c.border, 0);
+  c.options = (fragment ? grid_html::kFragment : 0) | (centre ? grid_html::kCentre : 0) |
+              (noColours ? grid_html::kNoColours : 0) |
+              (check == 2 ? grid_html::kCheckYesNo : check == 3 ? grid_html::kCheckTick : 0);
+  return true;
+}
+
+}  // namespace
+
+void yygridwinsavehtml_(int window, int firstColumn, int firstRow, int lastColumn, int lastRow, int& ok,
+                        int options, std::string_view filename) {
+  ok = 0;
+  GridWindowData* w = yyGridWindowData(window);
+  Widget grid = yyGridWindowGridOf(window);
+  if (!w || !grid) return;
+  HtmlChoices& c = choices();
+  if (!c.started) {
+    c.started = true;
+    c.options = options;
+  }
+  std::string name = filename.empty() ? html_name(w->fileName) : std::string(filename);
+  auto& zd = zelvy_data::data();
+  const int previous = zd.icurdialog;
+  {
+    KeepError kept;
+    zd.ierr = 0;
+    WDialogLoad(kHtmlDialog);
+    if (zd.ierr != 0 || zd.icurdialog != kHtmlDialog) {
+      tell("Unable to load grid save HTML dialog", "Error");
+      return;
+    }
+  }
+  const bool chosen = run_html_dialog(name);
+  WDialogUnload();
+  if (previous != 0) {
+    KeepError kept;
+    WDialogSelect(previous);
+  }
+  if (!chosen) return;
+
+  std::error_code ec;
+  if ((w->options & grid_window::kBackup) && std::filesystem::exists(name, ec))
+    std::filesystem::copy_file(name, name + ".bak", std::filesystem::copy_options::overwrite_existing, ec);
+  int c1 = 0, r1 = 0, c2 = 0, r2 = 0;
   const GridModel& m = yyGridPart(grid).st->model;
-  const int c1 = firstColumn.value_or(1) - 1, r1 = firstRow.value_or(1) - 1;
-  const int c2 = std::min(lastColumn.value_or(m.columnCount()), m.columnCount()) - 1;
-  const int r2 = std::min(lastRow.value_or(m.rows), m.rows) - 1;
-  if (c1 < 0 || r1 < 0 || c1 > c2 || r1 > r2) return yyerror(kBadCell, kRoutine);
-  const GridTable table = yyGridTableOf(grid, c1, r1, c2, r2);
-  const auto lines = yyGridHtmlLines(table, options.value_or(0), title, border.value_or(0), background);
-  std::FILE* f = std::fopen(std::string(filename).c_str(), "w");
-  if (!f) return yyerror(grid_html::kOpenError, kRoutine);
-  bool ok = true;
-  for (const std::string& line : lines)
-    if (!(ok = yywrite(f, line))) break;
-  if (std::fclose(f) != 0) ok = false;
-  if (!ok) yyerror(grid_html::kWriteError, kRoutine);
+  if (!rectangle(m, firstColumn, lastColumn, firstRow, lastRow, c1, r1, c2, r2)) return;
+  const std::optional<std::string_view> title =
+      c.title.empty() ? std::nullopt : std::optional<std::string_view>(c.title);
+  switch (write_html(grid, name, c1, r1, c2, r2, c.options, title, c.border, std::nullopt)) {
+    case 0: ok = 1; break;
+    case grid_html::kOpenError: tell("Error opening file", "File Error"); break;
+    default: tell("Error writing file", "File Error"); break;
+  }
 }

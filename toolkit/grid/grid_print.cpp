@@ -511,3 +511,20 @@ void yygridprint_(int window, int fieldid, int& ok, int firstRow, int lastRow, i
   std::error_code ec;
   fs::remove(name, ec);
 }
+
+void yygridwinprint_(int window, int firstColumn, int firstRow, int lastColumn, int lastRow) {
+  if (!yyGridWindowData(window)) return;
+  zelvy_data::PageSetup& page = zelvy_data::data().psgrid[entry_of(kGridPrintWindow)];
+  constexpr int kPrint = 1;
+  if (yyComdlgGridPrint(yyGridPrintOptions(kGridPrintWindow), page) != kPrint) return;
+  std::error_code ec;
+  if (page.Destination != 1 && fs::exists(page.File, ec)) {
+    constexpr int kYesNo = 3, kWarning = 3, kSecond = 2, kYes = 6;
+    if (yyComdlgAsk(kYesNo, kWarning, kSecond, page.File + " already exists.\r\rDo you want to replace it?",
+                    "Overwrite?") != kYes)
+      return;
+  }
+  int ok = 0;
+  yygridprint_(window, 0, ok, firstRow, lastRow, firstColumn, lastColumn, kGridPrintWindow);
+  if (!ok) yyComdlgAsk(0, 1, 1, "Error opening file", "File Error");
+}
