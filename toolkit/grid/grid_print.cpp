@@ -218,13 +218,40 @@ std::string yygridprintcolour(int red, int green, int blue) {
   return part(red) + ' ' + part(green) + ' ' + part(blue) + " g";
 }
 
+namespace {
+
+// The cells hold UTF-8; the printer font is re-encoded to ISO Latin-1, and a
+// character beyond it prints as "?". Bytes above 127 go out as octal escapes
+// so that the file stays plain ASCII.
+std::string latin1_escaped(std::string_view text) {
+  std::string out;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const auto c = static_cast<unsigned char>(text[i]);
+    unsigned code = c;
+    if (c >= 0x80) {
+      const int extra = c >= 0xF0 ? 3 : c >= 0xE0 ? 2 : c >= 0xC0 ? 1 : 0;
+      code = extra == 0 ? '?' : c & (0x3F >> extra);
+      for (int k = 0; k < extra && i + 1 < text.size(); ++k)
+        code = (code << 6) | (static_cast<unsigned char>(text[++i]) & 0x3F);
+      if (code > 0xFF || code < 0xA0) code = '?';
+    }
+    if (code == '(' || code == ')' || code == '\\') out.push_back('\\');
+    if (code < 0x80) {
+      out.push_back(static_cast<char>(code));
+    } else {
+      char b[8];
+      std::snprintf(b, sizeof b, "\\%03o", code);
+      out += b;
+    }
+  }
+  return out;
+}
+
+}  // namespace
+
 // Text at (x, y) from the top of its line, 0 left, 1 centred on x, 2 ending at x.
 std::string yygridprinttext_(float x, float y, float size, float pageHeight, std::string_view text, int align) {
-  std::string out = yygridprintxy(x, y + 0.75f * size, pageHeight, "m") + "\n(";
-  for (const char c : text) {
-    if (c == '(' || c == ')' || c == '\\') out.push_back('\\');
-    out.push_back(c);
-  }
+  std::string out = yygridprintxy(x, y + 0.75f * size, pageHeight, "m") + "\n(" + latin1_escaped(text);
   out += align == 2 ? ") rsh" : align == 1 ? ") csh" : ") lsh";
   return out;
 }
@@ -259,6 +286,7 @@ class TablePrinter {
     ok_ = std::fwrite(s.data(), 1, s.size(), out_) == s.size() && std::fputc('\n', out_) != EOF;
   }
   bool ok() const { return ok_; }
+  const std::string& fontName() const { return fontName_; }
   std::string fontLine() const { return "/" + fontName_ + " ff " + fixed2(F_) + " sf"; }
 
   void body() {
@@ -301,7 +329,7 @@ class TablePrinter {
   }
 
   // The row label column of a block; returns its width.
-  float rowLabels(int first, int n, bool labels) {
+  float yygridprintrowlabels(int first, int n, bool labels) {
     if (!t_.rowLabelBar) return 0;
     float w = 0.25f * F_ * static_cast<float>(t_.rowLabelChars);
     for (const std::string& s : t_.rowLabels) w = std::max(w, yygridprintlen(s, F_) + H_);
@@ -335,7 +363,7 @@ class TablePrinter {
 
   void block(int first, int n, bool labels) {
     const float yRows = top_ + (labels ? labelH_ : 0);
-    float x = left_ + rowLabels(first, n, labels);
+    float x = left_ + yygridprintrowlabels(first, n, labels);
     bool firstOnPage = true;
     for (std::size_t c = 0; c < t_.columns.size(); ++c) {
       const GridTableColumn& col = t_.columns[c];
@@ -351,7 +379,7 @@ class TablePrinter {
         line("/#copies " + std::to_string(std::max(page_.Copies, 1)) + " def");
         line("gsave showpage grestore");
         newPage();
-        x = left_ + rowLabels(first, n, labels);
+        x = left_ + yygridprintrowlabels(first, n, labels);
         w = std::min(w, right_ - x);
       }
       firstOnPage = false;
@@ -431,6 +459,10 @@ bool yyGridPostScript(std::FILE* out, const GridTable& table, const GridPrintOpt
   p.line("%%EndProlog");
   p.line("%%BeginSetup");
   p.line(setpage);
+  // The font takes ISO Latin-1 under its own name, for the accented letters of the cells.
+  const std::string font = "/" + p.fontName();
+  p.line(font + " findfont dup length dict begin {1 index /FID ne {def} {pop pop} ifelse} forall");
+  p.line("/Encoding ISOLatin1Encoding def currentdict end " + font + " exch definefont pop");
   p.line("%%EndSetup");
   p.line("2 setlinecap");
   p.line("0 setlinewidth");
