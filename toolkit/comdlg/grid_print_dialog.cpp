@@ -3,7 +3,6 @@
 
 #include <algorithm>
 
-#include "toolkit/comdlg/message_box.h"
 #include "toolkit/comdlg/page_setup.h"
 #include "toolkit/dialog/dialog.h"
 #include "toolkit/kernel/message.h"
@@ -56,7 +55,7 @@ void yycomdlggridprint_(int showMode, GridPrintOptions& options, zelvy_data::Pag
   WDialogLoad(kDialog);
   if (zd.ierr != 0 || zd.icurdialog != kDialog) {
     zd.ierr = keptError;
-    WMessageBox(kButtonsOk, kIconError, 1, "Unable to load grid print dialog", "Error");
+    yyComdlgAsk(kButtonsOk, kIconError, 1, "Unable to load grid print dialog", "Error");
     return;
   }
   put(options);

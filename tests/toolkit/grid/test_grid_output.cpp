@@ -20,6 +20,7 @@
 #include "grid_test_ids.h"
 #include "toolkit/base/error.h"
 #include "toolkit/base/zelvy_data.h"
+#include "toolkit/comdlg/grid_print_dialog.h"
 #include "toolkit/dialog/dialog.h"
 #include "toolkit/dialog/dialog_private.h"
 #include "toolkit/grid/grid.h"
@@ -265,6 +266,36 @@ TEST_F(GridOutput, PrintWithoutAPrintCommandKeepsTheDocument) {
 
   page = kept;
   zelvy_data::data().ctmpfile[1] = kepttmp;
+}
+
+TEST_F(GridOutput, PrintDialogShowsAndTakesTheOptions) {
+  GridPrintOptions o;
+  o.scale = 150;
+  o.rowLines = false;
+  o.labelsEachPage = true;
+  o.colour = o.colourBackground = true;
+  zelvy_data::PageSetup page;
+  int ok = 0;
+  later("Print", "xdotool key Return");
+  yycomdlggridprint_(1, o, page, ok);
+  EXPECT_EQ(ok, 1);
+  EXPECT_EQ(o.scale, 150);
+  EXPECT_FALSE(o.rowLines);
+  EXPECT_TRUE(o.columnLines);
+  EXPECT_TRUE(o.labelsEachPage);
+  EXPECT_TRUE(o.colourBackground);
+  EXPECT_EQ(zelvy_data::data().icurdialog, kForm);  // the caller's dialog is back
+
+  later("Print", "xdotool key Escape");
+  yycomdlggridprint_(1, o, page, ok);
+  EXPECT_EQ(ok, 0);
+  EXPECT_TRUE(stand().boxes.empty());
+
+  yyrcinstall(gombrel_resource_tables());
+  yycomdlggridprint_(1, o, page, ok);
+  yyrcinstall(grid_test_resource_tables());
+  EXPECT_EQ(ok, 0);
+  EXPECT_TRUE(contains(stand().boxes, "Error: Unable to load grid print dialog"));
 }
 
 }  // namespace
