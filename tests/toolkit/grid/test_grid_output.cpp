@@ -239,6 +239,7 @@ TEST_F(GridOutput, PrintWithoutAPrintCommandKeepsTheDocument) {
   EXPECT_NE(stand().boxes[0].find(tmp.string()), std::string::npos);
   ASSERT_TRUE(fs::exists(tmp));
   EXPECT_NE(read(tmp).find("(Quartz) lsh"), std::string::npos);
+  EXPECT_NE(read(tmp).find("%%Title: Untitled\n"), std::string::npos);  // a window without a file
   EXPECT_EQ(std::system(("gs -q -dSAFER -dBATCH -dNOPAUSE -sDEVICE=nullpage '" + tmp.string() + "' >/dev/null 2>&1").c_str()), 0);
 
   // To a file that exists: asked first, and No leaves it alone.
@@ -263,6 +264,14 @@ TEST_F(GridOutput, PrintWithoutAPrintCommandKeepsTheDocument) {
   EXPECT_EQ(ps.find("(Quartz) lsh"), std::string::npos);
   yygridprint_(handle, 0, ok, 0, 0, 0, 0, kGridPrintWindow, (dir / "no" / "such.ps").string());
   EXPECT_EQ(ok, 0);
+
+  // The window's menu reaches the dialog; cancelled there, nothing is written.
+  stand() = Stand{};
+  stand().printAnswer = 2;
+  fs::remove(page.File);
+  EXPECT_TRUE(yyGridWindowCommand(handle, grid_item::kPrintSelection));
+  EXPECT_EQ(stand().printShown, 1);
+  EXPECT_FALSE(fs::exists(page.File));
 
   page = kept;
   zelvy_data::data().ctmpfile[1] = kepttmp;
