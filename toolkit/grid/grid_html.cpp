@@ -183,7 +183,7 @@ std::vector<std::string> yyGridHtmlLines(const GridTable& t, int options, std::o
   for (std::size_t r = 0; r < t.rows.size(); ++r) {
     out.emplace_back("<tr>");
     if (t.rowLabelBar) {
-      const std::string& label = t.rowLabels[r];
+      const std::string label = r < t.rowLabels.size() ? t.rowLabels[r] : std::string();
       out.push_back(std::string(fragment ? "<td style=\"text-align:left; font-weight: bold;\">" : "<td class=\"rl\">") +
                     (label.empty() ? std::string(kEmpty) : escaped(label)) + "</td>");
     }

@@ -338,9 +338,12 @@ class TablePrinter {
       line(yygridprinttext_(left_ + H_, top_ + 0.25f * F_, F_, pageHeight_, t_.cornerLabel, 0));
     for (int i = 0; i < n; ++i)
       line(yygridprinttext_(left_ + H_, yRows + static_cast<float>(i) * R_ + (R_ - F_) / 2, F_, pageHeight_,
-                            t_.rowLabels[at(first + i)], 0));
+                            label(first + i), 0));
     segment(left_ + w, top_, left_ + w, bottom(labels, n));
     return w;
+  }
+  std::string_view label(int row) const {
+    return at(row) < t_.rowLabels.size() ? std::string_view(t_.rowLabels[at(row)]) : std::string_view();
   }
   float bottom(bool labels, int n) const {
     return top_ + (labels ? labelH_ : 0) + static_cast<float>(n) * R_ + (o_.rowLines ? 0 : 0.5f * F_);

@@ -73,9 +73,7 @@ class Documents : public ::testing::Test {
     dir = fs::temp_directory_path() / ("grid_documents_" + std::to_string(::getpid()));
     fs::create_directories(dir);
   }
-  void TearDown() override {
-    if (!std::getenv("GRID_DOCUMENTS_KEEP")) fs::remove_all(dir);
-  }
+  void TearDown() override { fs::remove_all(dir); }
   // What the checker reports; empty when the document is valid HTML 4.01.
   // Its advice on summaries for speech output is no fault of the markup.
   std::string tidy(const std::string& html) {
