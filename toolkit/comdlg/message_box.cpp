@@ -17,6 +17,7 @@
 #include "toolkit/base/error.h"
 #include "toolkit/base/zelvy_data.h"
 #include "toolkit/comdlg/file_selector.h"
+#include "toolkit/comdlg/grid_print_dialog.h"
 #include "toolkit/comdlg/message_box_private.h"
 #include "toolkit/comdlg/page_setup.h"
 #include "toolkit/dialog/dialog_fields_private.h"
@@ -390,6 +391,11 @@ void yyComdlgAttach() {
   };
   hooks.page_setup = [](zelvy_data::PageSetup& record, std::string_view title) {
     return yycomdlgpagesetupps(record, title);
+  };
+  hooks.grid_print = [](GridPrintOptions& options, zelvy_data::PageSetup& page) {
+    int ok = 0;
+    yycomdlggridprint_(1, options, page, ok);
+    return ok == 1 ? 1 : 2;
   };
   yyAttachComdlg(hooks);
 }

@@ -21,6 +21,7 @@
 #include "toolkit/grid/grid_private.h"
 #include "toolkit/grid/grid_rows.h"
 #include "toolkit/grid/grid_window_private.h"
+#include "toolkit/grid/grid_output.h"
 #include "toolkit/kernel/comdlg_attach.h"
 #include "toolkit/kernel/display_private.h"
 #include "toolkit/kernel/menu_private.h"
@@ -610,7 +611,20 @@ bool yyGridWindowCommand(int handle, int item) {
     case kGotoCell: yygridwingoto_(w, kGoCell); return true;
     case kGotoRow: yygridwingoto_(w, kGoRow); return true;
     case kGotoColumn: yygridwingoto_(w, kGoColumn); return true;
-    default: return false;  // printing, HTML and the application's own items
+    case kSaveHtml:
+    case kPrint:
+    case kPrintSelection: {
+      // Rectangles from 1; 0 takes the whole grid.
+      const GridState& gs = *yyGridPart(grid).st;
+      const bool sel = item != kPrint && gs.selectionOn;
+      const int c1 = sel ? gs.selC1 + 1 : 0, r1 = sel ? gs.selR1 + 1 : 0;
+      const int c2 = sel ? gs.selC2 + 1 : 0, r2 = sel ? gs.selR2 + 1 : 0;
+      int ok = 0;
+      if (item == kSaveHtml) yygridwinsavehtml_(handle, c1, r1, c2, r2, ok);
+      else yygridwinprint_(handle, c1, r1, c2, r2);
+      return true;
+    }
+    default: return false;  // the application's own items
   }
 }
 

@@ -28,6 +28,11 @@ int yyComdlgPageSetup(zelvy_data::PageSetup& record, std::string_view title) {
   return hooks().page_setup(record, title);
 }
 
+int yyComdlgGridPrint(GridPrintOptions& options, zelvy_data::PageSetup& page) {
+  if (!hooks().grid_print) return 2;
+  return hooks().grid_print(options, page);
+}
+
 namespace {
 HardcopyHooks& hardcopy_hooks() {
   static HardcopyHooks h;

@@ -11,6 +11,12 @@
 #include <string>
 #include <string_view>
 
+// What a grid prints with, one record each for dialog grids and grid windows.
+struct GridPrintOptions {
+  int scale = 100;  // per cent of the field's font size, 10 to 400
+  bool rowLines = true, columnLines = true, labelsEachPage = false, colour = false, colourBackground = false;
+};
+
 struct ComdlgHooks {
   // The file selector: true and `filename` set when the user chose a file.
   bool (*select_file)(std::string_view filter, int flags, std::string& filename, std::string_view title,
@@ -20,6 +26,8 @@ struct ComdlgHooks {
                      std::string_view title) = nullptr;
   // The page setup dialog on a record; returns the answer (1 OK).
   int (*page_setup)(zelvy_data::PageSetup& record, std::string_view title) = nullptr;
+  // The grid's print dialog on its options and page record; returns 1 to print.
+  int (*grid_print)(GridPrintOptions& options, zelvy_data::PageSetup& page) = nullptr;
 };
 
 void yyAttachComdlg(const ComdlgHooks& hooks);
@@ -32,6 +40,8 @@ std::optional<std::string> yyComdlgChooseFile(std::string_view filter, int flags
 int yyComdlgAsk(int buttonSet, int icon, int defaultButton, std::string_view text, std::string_view title);
 // Unattached: 2 (Cancel), the record untouched.
 int yyComdlgPageSetup(zelvy_data::PageSetup& record, std::string_view title);
+// Unattached: 2 (Cancel), nothing touched.
+int yyComdlgGridPrint(GridPrintOptions& options, zelvy_data::PageSetup& page);
 
 // The selected hardcopy driver's settings as the options dialog edits them.
 struct HardcopyOptionsEntry {
