@@ -31,22 +31,6 @@ std::string hex_of(int colour) {
   return b;
 }
 
-// Cell text may hold markup characters of its own; they must stay text.
-std::string escaped(std::string_view s) {
-  std::string out;
-  out.reserve(s.size());
-  for (const char c : s) {
-    switch (c) {
-      case '<': out += "&lt;"; break;
-      case '>': out += "&gt;"; break;
-      case '&': out += "&amp;"; break;
-      case '"': out += "&quot;"; break;
-      default: out.push_back(c);
-    }
-  }
-  return out;
-}
-
 bool blank(std::string_view s) { return s.find_first_not_of(' ') == std::string_view::npos; }
 
 std::string cell_text(const GridTableColumn& col, const GridTableCell& cell, int options) {
@@ -56,7 +40,7 @@ std::string cell_text(const GridTableColumn& col, const GridTableCell& cell, int
     if (options & kCheckYesNo) return cell.set ? "Y" : "N";
     return cell.set ? "&bull;" : std::string(kEmpty);
   }
-  return cell.text.empty() ? std::string(kEmpty) : escaped(cell.text);
+  return cell.text.empty() ? std::string(kEmpty) : cell.text;
 }
 
 // The cell's colours as style declarations, background first.
@@ -144,12 +128,12 @@ std::vector<std::string> yyGridHtmlLines(const GridTable& t, int options, std::o
   const bool fragment = options & kFragment;
   const std::string borderText = std::to_string(std::max(border, 0));
   const std::string borderColour = (options & kNoColours) ? "000000" : hex_of(t.lineColour);
-  const std::string safeTitle = title ? escaped(*title) : std::string();
+  const std::string titleText = title ? *title : std::string();
   if (!fragment) {
     out.emplace_back("<!doctype html public \"-//w3c//dtd html 4.01//en\">");
     out.emplace_back("<html>");
     out.emplace_back("<head>");
-    if (title) out.push_back("<title>" + safeTitle + "</title>");
+    if (title) out.push_back("<title>" + titleText + "</title>");
     out.emplace_back("<style>");
     if (background) out.push_back("body {background-color:#" + hex_of(*background) + ";}");
     out.push_back("table, table td, table th {border-style:solid; border-width:" + borderText + "px; border-color:#" +
@@ -166,7 +150,7 @@ std::vector<std::string> yyGridHtmlLines(const GridTable& t, int options, std::o
   } else if (options & kCentre) {
     out.emplace_back("<center>");
   }
-  if (title && !blank(*title)) out.push_back("<h2>" + safeTitle + "</h2>");
+  if (title && !blank(*title)) out.push_back("<h2>" + titleText + "</h2>");
   out.push_back(fragment ? "<table border=" + borderText + " cellpadding=" + kPadding +
                                " style=\"border-collapse: collapse;\">"
                          : "<table>");
@@ -175,7 +159,7 @@ std::vector<std::string> yyGridHtmlLines(const GridTable& t, int options, std::o
     if (t.rowLabelBar) out.emplace_back("<td></td>");
     for (const GridTableColumn& c : t.columns)
       out.push_back(std::string(fragment ? "<th style=\"text-align:center;\">" : "<th>") +
-                    (c.label.empty() ? std::string(kEmpty) : escaped(c.label)) + "</th>");
+                    (c.label.empty() ? std::string(kEmpty) : c.label) + "</th>");
     out.emplace_back("</tr>");
   }
   static constexpr const char* kClass[3] = {"cl", "cc", "cr"};
@@ -185,7 +169,7 @@ std::vector<std::string> yyGridHtmlLines(const GridTable& t, int options, std::o
     if (t.rowLabelBar) {
       const std::string label = r < t.rowLabels.size() ? t.rowLabels[r] : std::string();
       out.push_back(std::string(fragment ? "<td style=\"text-align:left; font-weight: bold;\">" : "<td class=\"rl\">") +
-                    (label.empty() ? std::string(kEmpty) : escaped(label)) + "</td>");
+                    (label.empty() ? std::string(kEmpty) : label) + "</td>");
     }
     for (std::size_t c = 0; c < t.columns.size(); ++c) {
       const GridTableColumn& col = t.columns[c];

@@ -55,7 +55,7 @@ GridTable sample() {
                {"On", grid_type::kCheckbox, 1, 4}};
   t.rowLabels = {"1", "2", "3"};
   t.rows = {{{"Quartz", false, -1, -1}, {"12.50", false, -1, -1}, {"", true, -1, -1}},
-            {{"a<b & c>d", false, 0x0000FF, 0x00FFFF}, {"", false, -1, -1}, {"", false, -1, -1}},
+            {{"Fe<sub>2</sub>O<sub>3</sub> &amp; more", false, 0x0000FF, 0x00FFFF}, {"", false, -1, -1}, {"", false, -1, -1}},
             {{"Å (ångström)", false, -1, -1}, {"7", false, -1, -1}, {"", true, -1, -1}}};
   t.lineColour = 0x102030;
   return t;
@@ -94,7 +94,7 @@ class Documents : public ::testing::Test {
 };
 
 TEST_F(Documents, HtmlDocumentIsValidAndCarriesTextAlignmentAndColours) {
-  const std::string html = joined(yyGridHtmlLines(sample(), grid_html::kCentre, "Minerals & more", 2, 0xEEDDCC));
+  const std::string html = joined(yyGridHtmlLines(sample(), grid_html::kCentre, "Minerals &amp; more", 2, 0xEEDDCC));
   EXPECT_EQ(tidy(html), "");
   EXPECT_NE(html.find("<title>Minerals &amp; more</title>"), std::string::npos);
   EXPECT_NE(html.find("<h2>Minerals &amp; more</h2>"), std::string::npos);
@@ -102,8 +102,8 @@ TEST_F(Documents, HtmlDocumentIsValidAndCarriesTextAlignmentAndColours) {
   EXPECT_NE(html.find("border-width:2px; border-color:#302010; padding: 5px; margin-left:auto; margin-right:auto; "
                       "border-collapse: collapse;}"),
             std::string::npos);
-  // Markup in a cell stays text; colours background first, each as rrggbb.
-  EXPECT_NE(html.find("<td class=\"cl\" style=\"background-color:#ffff00;color:#ff0000;\">a&lt;b &amp; c&gt;d</td>"),
+  // Texts go out as written, so a cell may carry markup of its own; colours background first, each as rrggbb.
+  EXPECT_NE(html.find("<td class=\"cl\" style=\"background-color:#ffff00;color:#ff0000;\">Fe<sub>2</sub>O<sub>3</sub> &amp; more</td>"),
             std::string::npos);
   EXPECT_NE(html.find("<td class=\"cr\">12.50</td>"), std::string::npos);
   EXPECT_NE(html.find("<td class=\"cc\">&bull;</td>"), std::string::npos);
