@@ -241,7 +241,11 @@ void yyDialogFocusWindow(Widget w) {
   // Only a window on the screen can take the keyboard; asking for it on
   // another would be an error of the server.
   if (!XGetWindowAttributes(dpy, XtWindow(w), &at) || at.map_state != IsViewable) return;
-  if (yyMsgTakeFocusCount()) XSetInputFocus(dpy, XtWindow(w), RevertToParent, CurrentTime);
+  // A move the X keyboard has already followed uses up none of the wait's moves.
+  Window now = None;
+  int revert = 0;
+  XGetInputFocus(dpy, &now, &revert);
+  if (now != XtWindow(w) && yyMsgTakeFocusCount()) XSetInputFocus(dpy, XtWindow(w), RevertToParent, CurrentTime);
 }
 
 void yyDialogSound(Widget w) {
