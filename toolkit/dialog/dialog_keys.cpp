@@ -371,7 +371,9 @@ void yyDialogKeyTrans(Widget w, XEvent* ev, String* params, Cardinal* count) {
     case 'C': if (d) next_radio(*d, at, direction); break;
     case 'f': text_menu(w, ev, false); break;
     case 'F': text_menu(w, ev, true); break;
-    case 'm': case 'M': if (d && f) context_click(*d, *f, w, letter, *count > 1 && params[1] ? params[1][0] : 0, ev); break;
+    case 'm': case 'M':
+      if (d && f) context_click(*d, *f, w, letter, *count > 1 && params[1] ? params[1][0] : 0, ev);
+      break;
     case 'i': break;  // swallows the other Ctrl keys, which Motif would act on
     default: text_action(w, letter, event_time(ev)); break;
   }

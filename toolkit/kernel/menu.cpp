@@ -350,7 +350,6 @@ void WMenuFloatShow(int x, int y, int flags) {
       sy = py;
     }
   }
-  yyMenuCreateItems(m, kMenuKindFloating, -1);
   yyMenuFloating(sx, sy, (flags & 2) ? -1 : h, m);
 }
 

@@ -132,8 +132,6 @@ int owner_of(Window xwin) {
   return -1;
 }
 
-
-
 // Modal levels and semi-modeless objects let through only the events of their own windows.
 bool yyMsgBlockEvent(const XEvent& ev) {
   if (mq.nModal == 0 && mq.nSemi == 0) return false;
@@ -365,16 +363,6 @@ bool yyMsgProcessEvent(XEvent& ev) {
 }  // namespace
 
 int yyMsgModifierState(unsigned state) { return ((state & ControlMask) ? 1 : 0) + ((state & ShiftMask) ? 2 : 0); }
-
-int yyMsgModifierState() {
-  Display* dpy = xdisplay();
-  if (!dpy) return 0;
-  Window root = 0, child = 0;
-  int rx = 0, ry = 0, x = 0, y = 0;
-  unsigned state = 0;
-  XQueryPointer(dpy, DefaultRootWindow(dpy), &root, &child, &rx, &ry, &x, &y, &state);
-  return yyMsgModifierState(state);
-}
 
 int yyMsgPendingType() { return mq.ZelvMessage.type; }
 

@@ -21,9 +21,8 @@ void yyMsgClearEvents();
 // Modifier bits of a mouse message from an X event state.
 int yyMsgMouseModifiers(unsigned state);
 // Modifier bits of a key or context click, 1 Ctrl and 2 Shift, from an X
-// event state; without one, from the keyboard as it is held now.
+// event state.
 int yyMsgModifierState(unsigned state);
-int yyMsgModifierState();
 // Where a ContextClick comes from when it isn't a field: its Value3.
 inline constexpr int kContextToolbar = 101, kContextStatusBar = 102;
 // Bit of ContextClick's modifiers for a click made from the keyboard.

@@ -125,17 +125,4 @@ TEST_F(ToolbarContext, ARightClickNamesTheButtonTheBarAndTheKeysHeld) {
   EXPECT_FALSE(drain(400, ContextClick));
 }
 
-TEST_F(ToolbarContext, TheModifierStateIsReadFromTheKeyboardAsItIsHeld) {
-  EXPECT_EQ(yyMsgModifierState(), 0);
-  xdotool("keydown shift");
-  drain(50);
-  EXPECT_EQ(yyMsgModifierState(), kShift);
-  xdotool("keydown ctrl");
-  drain(50);
-  EXPECT_EQ(yyMsgModifierState(), kCtrl | kShift);
-  xdotool("keyup shift keyup ctrl");
-  drain(50);
-  EXPECT_EQ(yyMsgModifierState(), 0);
-}
-
 }  // namespace
