@@ -370,8 +370,8 @@ void yyDialogFocusCB(XtPointer widget, XtIntervalId* id);
 // The focus has moved to a field: FieldChanged from the field left to it,
 // unless a TabChanged waits, then the field becomes the focus field.
 void yyDialogFieldChangedMessage(DialogRecord& d, FieldRecord& f);
-// The X keyboard to a widget that took the focus, while the message wait
-// allows explicit focus moves.
+// The X keyboard to the window of a widget that took the focus, while the
+// message wait allows explicit focus moves.
 void yyDialogFocusWindow(Widget w);
 // The bell, for a text that rings on a refused edit.
 void yyDialogSound(Widget w);

@@ -235,17 +235,28 @@ void yyDialogFieldChangedMessage(DialogRecord& d, FieldRecord& f) {
 }
 
 void yyDialogFocusWindow(Widget w) {
-  if (!w || !XtIsRealized(w)) return;
-  Display* dpy = XtDisplay(w);
+  // The keyboard goes to the field's top-level window; inside it the widget
+  // set passes keys on to the field, which an X focus on the field's own
+  // window would bypass.
+  Widget shell = w;
+  while (shell && !XtIsShell(shell)) shell = XtParent(shell);
+  if (!shell || !XtIsRealized(shell)) return;
+  Display* dpy = XtDisplay(shell);
   XWindowAttributes at{};
   // Only a window on the screen can take the keyboard; asking for it on
   // another would be an error of the server.
-  if (!XGetWindowAttributes(dpy, XtWindow(w), &at) || at.map_state != IsViewable) return;
-  // A move the X keyboard has already followed uses up none of the wait's moves.
+  if (!XGetWindowAttributes(dpy, XtWindow(shell), &at) || at.map_state != IsViewable) return;
   Window now = None;
   int revert = 0;
   XGetInputFocus(dpy, &now, &revert);
-  if (now != XtWindow(w) && yyMsgTakeFocusCount()) XSetInputFocus(dpy, XtWindow(w), RevertToParent, CurrentTime);
+  // Only a keyboard that another of the program's windows holds is taken
+  // over; one already within this window, nobody's, or another program's
+  // stays, and uses up none of the wait's moves.
+  Widget holder = now != None && now != PointerRoot ? XtWindowToWidget(dpy, now) : nullptr;
+  if (!holder) return;
+  for (Widget k = holder; k; k = XtParent(k))
+    if (k == shell) return;
+  if (yyMsgTakeFocusCount()) XSetInputFocus(dpy, XtWindow(shell), RevertToParent, CurrentTime);
 }
 
 void yyDialogSound(Widget w) {

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <X11/IntrinsicP.h>
+#include <X11/Shell.h>
 #include <Xm/CutPaste.h>
 #include <Xm/List.h>
 #include <Xm/Text.h>
@@ -243,32 +244,47 @@ TEST_F(ContextKeys, TheTextMenuIsChosenFromTheKeyboard) {
   XtFree(now);
 }
 
-TEST_F(ContextKeys, AFieldThatTakesTheFocusGetsTheKeyboardTwicePerWait) {
+TEST_F(ContextKeys, AFieldThatTakesTheFocusBringsItsWindowTheKeyboardTwicePerWait) {
   auto x_focus = [] {
     Window w = 0;
     int revert = 0;
     XGetInputFocus(xdisplay(), &w, &revert);
     return w;
   };
-  Widget text = field(form::text).valueWidget, whole = field(form::whole).valueWidget,
-         real = field(form::real_number).valueWidget;
+  Widget text = field(form::text).valueWidget;
+  Widget shell = text;
+  while (!XtIsShell(shell)) shell = XtParent(shell);
+  // Another window of the program holds the keyboard before each move.
+  Widget other = XtVaAppCreateShell("other", "Other", topLevelShellWidgetClass, xdisplay(), XtNwidth, 40,
+                                    XtNheight, 30, nullptr);
+  XtRealizeWidget(other);
+  XMapWindow(xdisplay(), XtWindow(other));
+  drain(200);
+  const Window away = XtWindow(other);
+  auto elsewhere = [away] { XSetInputFocus(xdisplay(), away, RevertToParent, CurrentTime); };
+  elsewhere();
   drain(100);  // a fresh wait: two moves allowed
-  yyDialogFocus(field(form::text), -1);
-  EXPECT_EQ(x_focus(), XtWindow(text));
   yyDialogFocus(field(form::whole), -1);
-  EXPECT_EQ(x_focus(), XtWindow(whole));
+  EXPECT_EQ(x_focus(), XtWindow(shell));
+  elsewhere();
+  yyDialogFocus(field(form::real_number), -1);
+  EXPECT_EQ(x_focus(), XtWindow(shell));
   // A third move in the same wait leaves the X keyboard where it is, so that
   // two windows can't go on taking it from each other.
+  elsewhere();
+  yyDialogFocus(field(form::text), -1);
+  EXPECT_EQ(x_focus(), away);
+  EXPECT_EQ(XmGetFocusWidget(text), text);
+  // The next wait may move it again.
+  drain(100);
+  yyDialogFocus(field(form::whole), -1);
+  EXPECT_EQ(x_focus(), XtWindow(shell));
+  // Nobody's keyboard is left alone.
+  XSetInputFocus(xdisplay(), PointerRoot, RevertToPointerRoot, CurrentTime);
+  drain(100);
   yyDialogFocus(field(form::real_number), -1);
-  EXPECT_EQ(x_focus(), XtWindow(whole));
-  EXPECT_EQ(XmGetFocusWidget(real), real);
-  // A click is a new wait.
-  int rx = 0, ry = 0;
-  Window child = 0;
-  XTranslateCoordinates(xdisplay(), XtWindow(text), DefaultRootWindow(xdisplay()), 4, 4, &rx, &ry, &child);
-  xdotool("mousemove " + std::to_string(rx) + " " + std::to_string(ry) + " click 1");
-  drain(200);
-  EXPECT_EQ(x_focus(), XtWindow(text));
+  EXPECT_EQ(x_focus(), static_cast<Window>(PointerRoot));
+  XtDestroyWidget(other);
 }
 
 // Another X client that holds the clipboard locked while it lives.
