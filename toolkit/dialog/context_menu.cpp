@@ -1,6 +1,7 @@
 // The context menu of text: Cut, Copy, Paste, Delete and Select All, for the
-// text fields of dialogs and the text cells of grids. It is one of the
-// toolkit's own floating menus; its choice comes back through the loop.
+// text fields of dialogs, the text cells of grids and texts outside dialogs.
+// It is one of the toolkit's own floating menus; its choice comes back
+// through the loop.
 #include <X11/IntrinsicP.h>
 #include <Xm/CutPaste.h>
 #include <Xm/Text.h>
@@ -18,7 +19,7 @@
 namespace {
 
 enum TextMenuItem { kCut = 32132, kCopy = 32133, kPaste = 32134, kDelete = 32135, kSelectAll = 32136 };
-constexpr int kDialogText = 1, kGridCell = 2;
+constexpr int kDialogText = 1, kGridCell = 2, kEditorText = 3;
 
 // The text the open menu acts on; a widget that goes meanwhile clears it.
 struct TextMenuState {
@@ -31,12 +32,6 @@ TextMenuState& menu_state() {
 }
 
 void forget(Widget, XtPointer, XtPointer) { menu_state().widget = nullptr; }
-
-bool in_grid_cell(Widget w) {
-  FieldRecord* f = nullptr;
-  DialogRecord* d = yyDialogFieldInfo(w, f);
-  return d && f && f->type == zelvy_dialog::kGrid;
-}
 
 // Whether the clipboard holds text, or is busy and so may.
 bool clipboard_has_text(Widget w) {
@@ -67,11 +62,15 @@ void yyDialogSelectAll(Widget text) {
   XmTextEnableRedisplay(text);
 }
 
-void yyDialogTextMenu(Widget text, int x, int y) {
+namespace {
+
+// One menu for the three owners; only who gets the choice differs.
+void show_text_menu(Widget text, int x, int y, int owner) {
   yyMenuDeactivate();
   if (!text || !XmIsText(text)) return;
   XmTextPosition left = 0, right = 0;
   const bool selection = XmTextGetSelectionPosition(text, &left, &right) && left < right;
+  // A drop-down list combo's text is not editable either.
   const bool readOnly = !XmTextGetEditable(text);
   const std::array<MenuDescriptor, 6> items = {
       item("Cut", 2, kCut, !readOnly && selection),
@@ -84,16 +83,26 @@ void yyDialogTextMenu(Widget text, int x, int y) {
   TextMenuState& s = menu_state();
   if (s.widget) XtRemoveCallback(s.widget, XtNdestroyCallback, forget, nullptr);
   s.widget = text;
-  s.owner = in_grid_cell(text) ? kGridCell : kDialogText;
+  s.owner = owner;
   XtAddCallback(text, XtNdestroyCallback, forget, nullptr);
   auto menu = yyMenuLoadDynamicMenu(items);
-  menu->Floating = true;
-  menu->TextMenu = s.owner;
+  menu->TextMenu = owner;
   menu->Owner = -1;
+  zelvy_menu::state().iFloatMenu = false;
   zelvy_menu::state().pwFloatMenu = std::move(menu);
-  constexpr int kPixels = 1, kNoWindow = 2;
-  WMenuFloatShow(x, y, kPixels | kNoWindow);
+  MenuRecord& m = *zelvy_menu::state().pwFloatMenu;
+  yyMenuCreateItems(m, kMenuKindFloating, -1);
+  // No window: the text keeps the keyboard, the menu takes no grab.
+  yyMenuFloating(x, y, -1, m);
 }
+
+}  // namespace
+
+void yyDialogTextMenu(Widget text, int x, int y) { show_text_menu(text, x, y, kDialogText); }
+
+void yyGridTextMenu(Widget cell, int x, int y) { show_text_menu(cell, x, y, kGridCell); }
+
+void yyEditTextMenu(Widget text, int x, int y) { show_text_menu(text, x, y, kEditorText); }
 
 void yyDialogProcessTextMenu(int owner, int chosen) {
   TextMenuState& s = menu_state();

@@ -984,12 +984,16 @@ void yycomdlggetpos(int code, bool isDialog, int width, int height, int& x, int&
   yyWindowPositionOnScreen(width, height, x, y);
 }
 
-void wdialogshowcommon(std::optional<int> fieldid, std::optional<int> mode, std::optional<int> code) {
+void WDialogShowCommon(std::optional<int> fieldid, std::optional<int> mode, std::optional<int> code) {
   DialogRecord* d = yyDialogCurrent("WDialogShow");
   if (!d) return;
   int x = zelvy_comdlg::data().wcomdlgpos[0], y = zelvy_comdlg::data().wcomdlgpos[1];
   yycomdlggetpos(code.value_or(-1), false, d->width, d->height, x, y);
   WDialogShow(x, y, fieldid, mode);
+}
+
+void wdialogshowcommon(std::optional<int> fieldid, std::optional<int> mode, std::optional<int> code) {
+  WDialogShowCommon(fieldid, mode, code);
 }
 
 void WDialogHide() {

@@ -18,6 +18,10 @@ void WDialogSelect(int dialogid);
 // x, y in window units (-1 centres); mode 1 modal, 2 modeless, 3 semi-modeless.
 void WDialogShow(std::optional<int> x = {}, std::optional<int> y = {}, std::optional<int> fieldid = {},
                  std::optional<int> mode = {});
+// Shows the current dialog at the place the common dialogs take for its
+// size and the position code; the lower-case name is the same routine.
+void WDialogShowCommon(std::optional<int> fieldid = {}, std::optional<int> mode = {},
+                       std::optional<int> poscode = {});
 void wdialogshowcommon(std::optional<int> fieldid = {}, std::optional<int> mode = {},
                        std::optional<int> poscode = {});
 void WDialogHide();

@@ -75,24 +75,6 @@ void yyDialogFieldChangedStateCB(Widget w, XtPointer, XtPointer) {
 
 namespace {
 
-void field_changed_message(DialogRecord& d, FieldRecord& f) {
-  const int fi = static_cast<int>(&f - d.fields.data());
-  if (fi == d.focusField) return;
-  const int left = d.focusField >= 0 ? d.fields[d.focusField].identifier : 0;
-  yyDialogSendMessage(&d, FieldChanged, left, f.identifier, 0, -1, d.lastCellCode, -1, d.identifier);
-  d.previousFocusField = d.focusField;
-  d.focusField = fi;
-}
-
-void refocus_cb(XtPointer data, XtIntervalId*) {
-  Widget w = static_cast<Widget>(data);
-  FieldRecord* f = nullptr;
-  if (!yyDialogFieldInfo(w, f) || !f) return;
-  ds.bFocusChange = true;
-  XmProcessTraversal(w, XmTRAVERSE_CURRENT);
-  ds.bFocusChange = false;
-}
-
 // Numbers typed by the user are written back in the field's format when they leave it.
 void reformat(FieldRecord& f) {
   std::string text = yyDialogGetText(f).substr(0, 51);
@@ -151,8 +133,8 @@ void focus_in(DialogRecord* d, FieldRecord* f) {
   if (!bValid && pStoredItem && pStoredItem != f) {
     if (f->type != kButton || f->identifier == 1) {
       // Only a button other than the first may leave an invalid number.
-      XBell(xdisplay(), 0);
-      XtAppAddTimeOut(zelvy_x::state().ixContext, 0, refocus_cb, pStoredItem->valueWidget);
+      yyDialogSound(pStoredItem->valueWidget);
+      XtAppAddTimeOut(zelvy_x::state().ixContext, 0, yyDialogFocusCB, pStoredItem->valueWidget);
       return;
     }
     yyDialogRestoreValid(*pStoredItem);
@@ -162,9 +144,13 @@ void focus_in(DialogRecord* d, FieldRecord* f) {
   pStoredItem = nullptr;
   ds.bInvalidField = !yyDialogFieldValidate(f, true);
   if (f->capabilities & field_capability::kCursorWhenFocused) XtVaSetValues(f->valueWidget, XmNcursorPositionVisible, True, nullptr);
-  if (d->focusField < 0) d->focusField = static_cast<int>(f - d->fields.data());
-  else field_changed_message(*d, *f);
-  yyDialogDefButProc(*d);
+  if (d->focusField < 0) {
+    d->focusField = static_cast<int>(f - d->fields.data());
+    yyDialogDefButProc(*d);
+  } else {
+    yyDialogFieldChangedMessage(*d, *f);
+  }
+  yyDialogFocusWindow(f->valueWidget);
 }
 
 }  // namespace

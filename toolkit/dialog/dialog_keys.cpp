@@ -7,6 +7,7 @@
 #include <X11/keysym.h>
 #include <Xm/Label.h>
 #include <Xm/List.h>
+#include <Xm/ScrolledW.h>
 #include <Xm/Text.h>
 #include <Xm/ToggleB.h>
 
@@ -15,6 +16,8 @@
 
 #include "toolkit/dialog/dialog_private.h"
 #include "toolkit/dialog/field_styles.h"
+#include "toolkit/dialog/list_fields_private.h"
+#include "toolkit/dialog/tree_view_private.h"
 #include "toolkit/kernel/clipboard_private.h"
 #include "toolkit/kernel/display_private.h"
 #include "toolkit/kernel/message.h"
@@ -33,6 +36,8 @@ struct Tables {
   XtTranslations text = nullptr;     // text widgets
   XtTranslations multi = nullptr;    // multi-line texts
   XtTranslations menu = nullptr;     // the context menu of texts
+  XtTranslations items = nullptr;    // context clicks on lists and tree views
+  XtTranslations button = nullptr;   // context clicks on push buttons
 };
 
 Tables& tables() {
@@ -117,10 +122,11 @@ void next_radio(DialogRecord& d, int at, int direction) {
     const int i = first + ((at - first + direction * step) % size + size) % size;
     FieldRecord& f = d.fields[static_cast<std::size_t>(i)];
     if (!usable(f)) continue;
-    for (int k = first; k <= last; ++k)
-      XmToggleButtonSetState(d.fields[static_cast<std::size_t>(k)].widget, k == i, False);
+    yyDialogPutRadioButton(d, f);
     yyDialogFocus(f, -1);
-    yyDialogSendMessage(&d, FieldChanged, f.identifier, f.identifier, 1, -1, -1, -1, d.identifier);
+    // A page change made meanwhile speaks for itself.
+    if (yyMsgPendingType() != TabChanged)
+      yyDialogSendMessage(&d, FieldChanged, f.identifier, f.identifier, 1, -1, -1, -1, d.identifier);
     return;
   }
 }
@@ -160,19 +166,147 @@ void tab_key(Widget w, XtPointer, XEvent* ev, Boolean* cont) {
   *cont = False;
 }
 
-// The context menu at the pointer (a button release) or at the middle of
-// the widget (the keyboard).
-void text_menu(Widget w, const XEvent* ev, bool fromKeyboard) {
-  if (!XmIsText(w)) return;
-  if (!fromKeyboard) {
-    if (ev && ev->type == ButtonRelease) yyDialogTextMenu(w, ev->xbutton.x_root, ev->xbutton.y_root);
-    return;
-  }
+// The field of the dialog that holds a widget, such as a grid's cell.
+FieldRecord* enclosing_field(DialogRecord& d, Widget w) {
+  for (; w && w != d.widget; w = XtParent(w))
+    for (FieldRecord& f : d.fields)
+      if (f.widget == w || f.outerWidget == w) return &f;
+  return nullptr;
+}
+
+// The middle of a widget, or of a part of it, on the screen.
+void middle_of(Widget w, int left, int top, int width, int height, int& x, int& y) {
+  Position rx = 0, ry = 0;
+  XtTranslateCoords(w, static_cast<Position>(left + width / 2), static_cast<Position>(top + height / 2), &rx, &ry);
+  x = rx;
+  y = ry;
+}
+
+void middle_of(Widget w, int& x, int& y) {
   Dimension width = 0, height = 0;
   XtVaGetValues(w, XtNwidth, &width, XtNheight, &height, nullptr);
-  Position x = 0, y = 0;
-  XtTranslateCoords(w, static_cast<Position>(width / 2), static_cast<Position>(height / 2), &x, &y);
-  yyDialogTextMenu(w, x, y);
+  middle_of(w, 0, 0, width, height, x, y);
+}
+
+// The context menu at the pointer (a button release) or at the middle of
+// the widget (the keyboard): a grid's cell, a dialog's field, or a text
+// outside dialogs each have their own owner of the choice.
+void text_menu(Widget w, const XEvent* ev, bool fromKeyboard) {
+  if (!XmIsText(w)) return;
+  int x = 0, y = 0;
+  if (!fromKeyboard) {
+    if (!ev || ev->type != ButtonRelease) return;
+    x = ev->xbutton.x_root;
+    y = ev->xbutton.y_root;
+  } else {
+    middle_of(w, x, y);
+  }
+  FieldRecord* f = nullptr;
+  DialogRecord* d = yyDialogFieldInfo(w, f);
+  if (d && !f) f = enclosing_field(*d, w);
+  if (d && f && f->type == kGrid) yyGridTextMenu(w, x, y);
+  else if (d) yyDialogTextMenu(w, x, y);
+  else yyEditTextMenu(w, x, y);
+}
+
+// A right press on a list or tree view, held for its release.
+struct RightPress {
+  Widget widget = nullptr;
+  int item = 0, x = 0, y = 0;
+  unsigned state = 0;
+};
+RightPress& right_press() {
+  static RightPress p;
+  return p;
+}
+
+int list_item_at(Widget list, int y) {
+  int count = 0;
+  XtVaGetValues(list, XmNitemCount, &count, nullptr);
+  const int at = XmListYToPos(list, static_cast<Position>(y));
+  return at >= 1 && at <= count ? at : 0;
+}
+
+void press_item(FieldRecord& f, Widget w, const XButtonEvent& b) {
+  int item = 0;
+  const bool selects = (f.extraFlags & field_extra::kRightSelects) != 0;
+  if (f.type == kList) {
+    item = list_item_at(w, b.y);
+    if (item > 0 && selects && !XmListPosSelected(w, item)) XmListSelectPos(w, item, True);
+  } else {
+    Widget g = yyDialogTreeviewFindXY(f, b.x, b.y);
+    item = g ? yyDialogTreeviewItemId(g) : 0;
+    if (g && selects) {
+      yyDialogTreeviewSelect(f, g);
+      XmProcessTraversal(g, XmTRAVERSE_CURRENT);
+    }
+  }
+  right_press() = {w, item, b.x_root, b.y_root, b.state};
+}
+
+// The item a context key names, and where its menu would stand: the
+// selected one, shown, at its middle; otherwise none at the middle of the field.
+int keyboard_item(FieldRecord& f, Widget w, int& x, int& y) {
+  if (f.type == kList) {
+    int* positions = nullptr;
+    int count = 0;
+    if (XmListGetSelectedPos(w, &positions, &count) && count == 1) {
+      const int at = positions[0];
+      XtFree(reinterpret_cast<char*>(positions));
+      yyDialogListScroll(w, at);
+      Position bx = 0, by = 0;
+      Dimension bw = 0, bh = 0;
+      if (XmListPosToBounds(w, at, &bx, &by, &bw, &bh)) {
+        middle_of(w, bx, by, bw, bh, x, y);
+        return at;
+      }
+    } else if (positions) {
+      XtFree(reinterpret_cast<char*>(positions));
+    }
+    middle_of(w, x, y);
+    return 0;
+  }
+  if (f.type == kTreeview) {
+    if (Widget g = yyDialogTreeviewSelected(f)) {
+      if (f.outerWidget && XmIsScrolledWindow(f.outerWidget)) XmScrollVisible(f.outerWidget, g, 0, 0);
+      Position gx = 0, gy = 0;
+      Dimension gw = 0, gh = 0;
+      XtVaGetValues(g, XtNx, &gx, XtNy, &gy, XtNwidth, &gw, XtNheight, &gh, nullptr);
+      middle_of(w, gx, gy, gw, gh, x, y);
+      return yyDialogTreeviewItemId(g);
+    }
+    middle_of(f.outerWidget ? f.outerWidget : w, x, y);
+    return 0;
+  }
+  middle_of(w, x, y);
+  return -1;
+}
+
+// Action m (with d a press, u a release, nothing a button's release) and M.
+void context_click(DialogRecord& d, FieldRecord& f, Widget w, char letter, char way, const XEvent* ev) {
+  auto send = [&](int item, int modifiers, int x, int y, Time time) {
+    yyMsgSend(ContextClick, item, modifiers, f.type, f.identifier, x, y, d.identifier, static_cast<int>(time));
+  };
+  if (letter == 'M') {
+    int x = 0, y = 0;
+    const int item = keyboard_item(f, w, x, y);
+    const unsigned state = ev && ev->type == KeyPress ? ev->xkey.state : 0;
+    send(item, yyMsgModifierState(state) | kContextFromKeyboard, x, y, event_time(ev));
+    return;
+  }
+  if (!ev || (ev->type != ButtonPress && ev->type != ButtonRelease)) return;
+  const XButtonEvent& b = ev->xbutton;
+  if (way == 'd') {
+    press_item(f, w, b);
+  } else if (way == 'u') {
+    RightPress& p = right_press();
+    // A release whose press another widget had says nothing.
+    if (p.widget != w) return;
+    p.widget = nullptr;
+    send(p.item, yyMsgModifierState(p.state), p.x, p.y, b.time);
+  } else {
+    send(-1, yyMsgModifierState(b.state), b.x_root, b.y_root, b.time);
+  }
 }
 
 // Alt with a key, and nothing else held but the locks, looks for a mnemonic.
@@ -190,14 +324,6 @@ bool yyDialogMatchMnemonic(const FieldRecord& f, unsigned keycode) {
   return XKeysymToKeycode(xdisplay(), static_cast<KeySym>(f.mnemonicKeysym)) == keycode;
 }
 
-// The field of the dialog that holds a widget, such as a grid's cell.
-FieldRecord* enclosing_field(DialogRecord& d, Widget w) {
-  for (; w && w != d.widget; w = XtParent(w))
-    for (FieldRecord& f : d.fields)
-      if (f.widget == w || f.outerWidget == w) return &f;
-  return nullptr;
-}
-
 DialogRecord* page_owner(int pageId) {
   for (DialogRecord& owner : zelvy_dialog::state().wDialogInfo)
     for (const FieldRecord& f : owner.fields)
@@ -208,7 +334,26 @@ DialogRecord* page_owner(int pageId) {
 
 XtActionsRec actions[] = {{const_cast<char*>("yyDialogKeyTrans"), yyDialogKeyTrans}};
 
+void forget_press(Widget w, XtPointer, XtPointer) {
+  if (right_press().widget == w) right_press().widget = nullptr;
+}
+
 }  // namespace
+
+void yyDialogPutRadioButton(DialogRecord& d, FieldRecord& f) {
+  if (f.type != kRadio) return;
+  const int n = static_cast<int>(d.fields.size());
+  const int at = static_cast<int>(&f - d.fields.data());
+  auto in_run = [&](int i) {
+    return i >= 0 && i < n && d.fields[static_cast<std::size_t>(i)].type == kRadio &&
+           d.fields[static_cast<std::size_t>(i)].radioGroup == f.radioGroup;
+  };
+  int first = at, last = at;
+  while (in_run(first - 1)) --first;
+  while (in_run(last + 1)) ++last;
+  for (int k = first; k <= last; ++k)
+    if (Widget b = d.fields[static_cast<std::size_t>(k)].widget) XmToggleButtonSetState(b, k == at, False);
+}
 
 void yyDialogKeyTrans(Widget w, XEvent* ev, String* params, Cardinal* count) {
   yyTooltipDestroy();
@@ -226,6 +371,9 @@ void yyDialogKeyTrans(Widget w, XEvent* ev, String* params, Cardinal* count) {
     case 'C': if (d) next_radio(*d, at, direction); break;
     case 'f': text_menu(w, ev, false); break;
     case 'F': text_menu(w, ev, true); break;
+    case 'm': case 'M':
+      if (d && f) context_click(*d, *f, w, letter, *count > 1 && params[1] ? params[1][0] : 0, ev);
+      break;
     case 'i': break;  // swallows the other Ctrl keys, which Motif would act on
     default: text_action(w, letter, event_time(ev)); break;
   }
@@ -250,6 +398,9 @@ void yyDialogKeyInit() {
   loop.textMenu = yyDialogProcessTextMenu;
   yyAttachLoopHooks(loop);
   t.multi = XtParseTranslationTable("Ctrl<Key>Return: yyDialogKeyTrans(R)\nCtrl<Key>Tab: yyDialogKeyTrans(T)");
+  t.items = XtParseTranslationTable(
+      "<Btn3Down>: yyDialogKeyTrans(m,d)\n<Btn3Up>: yyDialogKeyTrans(m,u)\n<Key>osfMenu: yyDialogKeyTrans(M)");
+  t.button = XtParseTranslationTable("<Btn3Up>: yyDialogKeyTrans(m)\n<Key>osfMenu: yyDialogKeyTrans(M)");
 }
 
 void yyDialogKeyTranslations(DialogRecord& d, FieldRecord* f) {
@@ -279,6 +430,12 @@ void yyDialogKeyTranslations(DialogRecord& d, FieldRecord* f) {
   XtInsertEventHandler(value, KeyPressMask, False, tab_key, nullptr, XtListHead);
   XtInsertEventHandler(value, KeyPressMask, False, alt_key, nullptr, XtListHead);
   if (XmIsText(value)) yyDialogXmTextProps2(value, f->type == kString && (f->style & field_style::kMultiLine));
+  if (f->type == kList || f->type == kTreeview) {
+    XtOverrideTranslations(f->widget, t.items);
+    XtAddCallback(f->widget, XtNdestroyCallback, forget_press, nullptr);
+  } else if (f->type == kButton) {
+    XtOverrideTranslations(f->widget, t.button);
+  }
   // A combo's right button reports a context click of its own.
   if (XmIsText(value) && f->type != kCombo) XtOverrideTranslations(value, t.menu);
 }

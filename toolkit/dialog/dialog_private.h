@@ -330,6 +330,9 @@ void yyDialogTakeFocusOnMap(DialogRecord& d);
 // The context menu of a text widget (a dialog field or a grid cell) at root
 // x, y; and its choice.
 void yyDialogTextMenu(Widget text, int x, int y);
+// The same menu for a grid's text cell, and for a text outside dialogs.
+void yyGridTextMenu(Widget cell, int x, int y);
+void yyEditTextMenu(Widget text, int x, int y);
 void yyDialogProcessTextMenu(int owner, int item);
 // The dialog keys of a grid's text cell: its context menu and, unless the
 // grid keeps Tab for itself, Tab and Shift+Tab on to the dialog's next field.
@@ -361,6 +364,19 @@ Widget yyDialogBaseWidget();
 // Focus to a field: position -1 selects all of a text, else the insertion
 // goes there (from 0). The first field that takes focus; false when none.
 void yyDialogFocus(FieldRecord& f, int position);
+// Zero-delay timer: the focus back to a widget (the client data) where it
+// can't be moved inside a focus event; the move itself doesn't validate.
+void yyDialogFocusCB(XtPointer widget, XtIntervalId* id);
+// The focus has moved to a field: FieldChanged from the field left to it,
+// unless a TabChanged waits, then the field becomes the focus field.
+void yyDialogFieldChangedMessage(DialogRecord& d, FieldRecord& f);
+// The X keyboard to the window of a widget that took the focus, while the
+// message wait allows explicit focus moves.
+void yyDialogFocusWindow(Widget w);
+// The bell, for a text that rings on a refused edit.
+void yyDialogSound(Widget w);
+// Sets a radio button and clears the others of its run.
+void yyDialogPutRadioButton(DialogRecord& d, FieldRecord& f);
 bool yyDialogFocusFirst(DialogRecord& d);
 // Type routines: 0 destroy, 1 create, 2 clear, 3..6 state 0..3.
 void yyDialogField(int operation, DialogRecord& d, FieldRecord& f);

@@ -1,8 +1,10 @@
 // Where the keyboard goes in a dialog: the tab order, which walks the fields
-// of a tab field's page where the tab field stands; the default mark, which
-// follows a focused button; and the keyboard for a dialog shell that maps.
+// of a tab field's page where the tab field stands; the report of a focus
+// move; the default mark, which follows a focused button; and the keyboard
+// for a dialog shell that maps.
 #include <X11/IntrinsicP.h>
 #include <Xm/DrawingA.h>
+#include <Xm/Text.h>
 #include <Xm/ToggleB.h>
 
 #include <cstdint>
@@ -10,6 +12,8 @@
 #include "toolkit/dialog/dialog_private.h"
 #include "toolkit/dialog/field_styles.h"
 #include "toolkit/kernel/display_private.h"
+#include "toolkit/kernel/message.h"
+#include "toolkit/kernel/message_private.h"
 
 using namespace zelvy_dialog;
 
@@ -205,4 +209,59 @@ void yyDialogTakeFocusOnMap(DialogRecord& d) {
   if (!d.shell) return;
   XtRemoveEventHandler(d.shell, StructureNotifyMask, False, mapped_cb, nullptr);
   XtAddEventHandler(d.shell, StructureNotifyMask, False, mapped_cb, nullptr);
+}
+
+void yyDialogFocusCB(XtPointer data, XtIntervalId*) {
+  Widget w = static_cast<Widget>(data);
+  FieldRecord* f = nullptr;
+  // The field may have gone before the timer ran.
+  if (!w || !yyDialogFieldInfo(w, f) || !f) return;
+  ds.bFocusChange = true;
+  XmProcessTraversal(w, XmTRAVERSE_CURRENT);
+  ds.bFocusChange = false;
+}
+
+void yyDialogFieldChangedMessage(DialogRecord& d, FieldRecord& f) {
+  const int fi = static_cast<int>(&f - d.fields.data());
+  if (fi == d.focusField) return;
+  // A page change reports itself; the focus landing on the page says nothing more.
+  if (yyMsgPendingType() != TabChanged) {
+    const int left = d.focusField >= 0 ? d.fields[static_cast<std::size_t>(d.focusField)].identifier : 0;
+    yyDialogSendMessage(&d, FieldChanged, left, f.identifier, 0, -1, d.lastCellCode, -1, d.identifier);
+  }
+  d.previousFocusField = d.focusField;
+  d.focusField = fi;
+  yyDialogDefButProc(d);
+}
+
+void yyDialogFocusWindow(Widget w) {
+  // The keyboard goes to the field's top-level window; inside it the widget
+  // set passes keys on to the field, which an X focus on the field's own
+  // window would bypass.
+  Widget shell = w;
+  while (shell && !XtIsShell(shell)) shell = XtParent(shell);
+  if (!shell || !XtIsRealized(shell)) return;
+  Display* dpy = XtDisplay(shell);
+  XWindowAttributes at{};
+  // Only a window on the screen can take the keyboard; asking for it on
+  // another would be an error of the server.
+  if (!XGetWindowAttributes(dpy, XtWindow(shell), &at) || at.map_state != IsViewable) return;
+  Window now = None;
+  int revert = 0;
+  XGetInputFocus(dpy, &now, &revert);
+  // Only a keyboard that another of the program's windows holds is taken
+  // over; one already within this window, nobody's, or another program's
+  // stays, and uses up none of the wait's moves.
+  Widget holder = now != None && now != PointerRoot ? XtWindowToWidget(dpy, now) : nullptr;
+  if (!holder) return;
+  for (Widget k = holder; k; k = XtParent(k))
+    if (k == shell) return;
+  if (yyMsgTakeFocusCount()) XSetInputFocus(dpy, XtWindow(shell), RevertToParent, CurrentTime);
+}
+
+void yyDialogSound(Widget w) {
+  if (!w || !XmIsText(w)) return;
+  Boolean bell = False;
+  XtVaGetValues(w, XmNverifyBell, &bell, nullptr);
+  if (bell) XBell(XtDisplay(w), 0);
 }

@@ -301,6 +301,21 @@ Widget yyDialogTreeviewFindXY(FieldRecord& f, int x, int y) {
   });
 }
 
+int yyDialogTreeviewItemId(Widget g) {
+  const TreeviewItem* r = item_of(g);
+  return r ? r->identifier : 0;
+}
+
+Widget yyDialogTreeviewSelected(FieldRecord& f) {
+  auto it = trees().find(f.widget);
+  return it == trees().end() ? nullptr : it->second.selectedItem;
+}
+
+void yyDialogTreeviewSelect(FieldRecord& f, Widget g) {
+  auto it = trees().find(f.widget);
+  if (it != trees().end() && g) select_gadget(f.widget, it->second, g);
+}
+
 bool yyDialogTreeviewCheckSel(Widget g, Widget selected) { return selected && in_subtree(g, selected); }
 
 void yyDialogTreeviewColour(Widget g, Pixel colour) {

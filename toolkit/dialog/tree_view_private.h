@@ -16,6 +16,11 @@ Widget yyDialogTreeviewFindXY(FieldRecord& f, int x, int y);
 // hands the selection to the next sibling, else the parent, else the previous.
 void yyDialogTreeviewDelete(FieldRecord& f, Widget item, bool withSelection);
 bool yyDialogTreeviewCheckSel(Widget item, Widget selected);
+// An item's identifier (0 for none); the selected item; selecting one,
+// scrolled into view, as a context click does.
+int yyDialogTreeviewItemId(Widget item);
+Widget yyDialogTreeviewSelected(FieldRecord& f);
+void yyDialogTreeviewSelect(FieldRecord& f, Widget item);
 void yyDialogTreeviewColour(Widget item, Pixel colour);
 void yyDialogTreeviewInit2(FieldRecord& f, const void* rows, int row, Widget parent, int selected);
 void yyDialogTreeviewDeleteCB(Widget item, XtPointer data, XtPointer call);

@@ -6,6 +6,7 @@
 
 #include "toolkit/grid/grid_private.h"
 #include "toolkit/kernel/clipboard_private.h"
+#include "toolkit/kernel/comdlg_attach.h"
 
 namespace {
 
@@ -57,8 +58,11 @@ bool yyGridWidgetSelCellCopyX(Widget grid) {
   if (!s.selectionOn) return false;
   const std::string text = yyGridClipText(s.model, s.selC1, s.selR1, s.selC2, s.selR2);
   if (!yyGridClipboardPut(grid, text)) {
-    // The grid stands below the message boxes: a bell tells the copy failed.
-    XBell(XtDisplay(grid), 0);
+    constexpr int kOkOnly = 0, kErrorIcon = 3, kFirstButton = 1;
+    yyComdlgAsk(kOkOnly, kErrorIcon, kFirstButton,
+                "Either the clipboard is in use by another application or there is insufficient memory available "
+                "for the amount of data being copied",
+                "Clipboard error");
     return false;
   }
   return true;

@@ -41,7 +41,7 @@ void yyMenuInstall(int h, std::unique_ptr<MenuRecord> menu) {
     t.modifiers.resize(count);
     yyrcaccelload(m->MenuId, t.ids, t.keysyms, t.modifiers);
   }
-  if (yywindowexists(h) && !pane) create_windows(*m);
+  if (yywindowexists(h) && !pane) yyMenuCreateItems(*m, kMenuKindBar, h);
 }
 
 void yymenu(int menuid, int h, int& status) {
@@ -110,7 +110,7 @@ void yyMenuShowOnBar(int h, int from) {
   ms.pwRootMenuAct[h] = want;
   if (want) {
     want->BarHost = from == h ? -1 : h;
-    create_windows(*want);
+    yyMenuCreateItems(*want, kMenuKindBar, -1);
   }
   yyMenuPositionRoot(h);
 }
@@ -137,7 +137,7 @@ void yyMenuKindPop(int h) {
   ms.pwAccelTable[h] = std::move(ms.accelKindSaved[h]);
   ms.accelKindSaved[h] = AccelTable{};
   ms.kindPushed[h] = false;
-  if (ms.pwRootMenuSub[h] && yywindowexists(h)) create_windows(*ms.pwRootMenuSub[h]);
+  if (ms.pwRootMenuSub[h] && yywindowexists(h)) yyMenuCreateItems(*ms.pwRootMenuSub[h], kMenuKindBar, h);
   yyMenuPositionRoot(h);
 }
 
@@ -173,7 +173,7 @@ void rebuild(MenuRecord& m) {
   destroy_windows(m);
   yyMenuBuildPopups(m);
   if (!had) return;
-  create_windows(m);
+  yyMenuCreateItems(m, m.Floating ? kMenuKindFloating : kMenuKindBar, -1);
   if (!m.Floating && yywindowexists(m.Owner)) {
     yyWindowResize(m.Owner);
     yyMenuDrawRoot(m.Owner);
@@ -350,12 +350,16 @@ void WMenuFloatShow(int x, int y, int flags) {
       sy = py;
     }
   }
-  create_windows(m);
-  if (m.Created) yyWindowPositionOnScreen(m.PopupWidth[0] + 6, m.PopupHeight[0], sx, sy);
+  yyMenuFloating(sx, sy, (flags & 2) ? -1 : h, m);
+}
+
+void yyMenuFloating(int x, int y, int window, MenuRecord& m) {
+  if (!m.Created) yyMenuCreateItems(m, kMenuKindFloating, -1);
+  if (m.Created) yyWindowPositionOnScreen(m.PopupWidth[0] + 6, m.PopupHeight[0], x, y);
   ms.bMenuAutoPop = true;
   ms.iCurMenuItem = -1;
-  yyMenuActivate(-1, m, (flags & 2) ? -1 : h);
-  open_popup_at(m, 0, sx, sy);
+  yyMenuActivate(-1, m, window);
+  open_popup_at(m, 0, x, y);
   if (m.Created) XFlush(xdisplay());
 }
 

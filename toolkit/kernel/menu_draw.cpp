@@ -162,9 +162,13 @@ int item_height(const MenuRecord& m, int i) {
 
 constexpr long kItemEvents = ExposureMask | ButtonPressMask | ButtonReleaseMask;
 
-void create_windows(MenuRecord& m) {
+}  // namespace menu_detail
+
+void yyMenuCreateItems(MenuRecord& m, int kind, int window) {
+  // Every pop-up of a floating menu is an override window on the root, the first one too.
+  if (kind == kMenuKindFloating) m.Floating = true;
   if (!xdisplay() || m.Created) return;
-  const int host = m.BarHost >= 0 ? m.BarHost : m.Owner;
+  const int host = m.BarHost >= 0 ? m.BarHost : window >= 0 ? window : m.Owner;
   if (!m.Floating && !yywindowexists(host)) return;
   prepare_drawing();
   measure(m);
@@ -208,6 +212,8 @@ void create_windows(MenuRecord& m) {
   }
   m.Created = true;
 }
+
+namespace menu_detail {
 
 void destroy_windows(MenuRecord& m) {
   if (!m.Created) return;

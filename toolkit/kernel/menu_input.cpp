@@ -235,7 +235,7 @@ void yyMenuDrawRoot(int h) {
 int yyMenuBarHeight(int h) {
   if (h < 0 || h >= zelvy_menu::kMenuSlots || !ms.pwRootMenuAct[h] || ms.pwRootMenuAct[h]->Floating) return 0;
   MenuRecord& m = *ms.pwRootMenuAct[h];
-  if (!m.Created) create_windows(m);
+  if (!m.Created) yyMenuCreateItems(m, kMenuKindBar, h);
   const int width = std::max(1, zelvy_win::state().WinInfo[h].FrameWidth);
   const int rows = yyMenuResize(m, width);
   if (m.Created) {

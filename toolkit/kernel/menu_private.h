@@ -222,6 +222,14 @@ void yyMenuInvert(int item, int event, bool open);
 MenuRecord* yyMenuFind(Window xwin, int& code, int& index);
 // Redraws a window's bar.
 void yyMenuDrawRoot(int handle);
+// The X windows of a menu: kind kMenuKindBar a bar in the frame of its window
+// with drop-downs, kMenuKindFloating override pop-ups only. A window of -1
+// means the record's owner.
+inline constexpr int kMenuKindBar = 4, kMenuKindFloating = 7;
+void yyMenuCreateItems(MenuRecord& menu, int kind, int window);
+// Shows a floating menu at screen pixels for a window (-1: no grab, no
+// focus): sized, kept on the screen, opened with no item highlighted.
+void yyMenuFloating(int x, int y, int window, MenuRecord& menu);
 
 // Helpers the menu sources share: the item tree (menu_tree.cpp) and the
 // windows and pop-ups (menu_draw.cpp).
@@ -233,7 +241,6 @@ bool is_open(const MenuRecord& m, int popup);
 // The top-level item above an item.
 int top_ancestor(const MenuRecord& m, int item);
 int upper_key(unsigned long keysym);
-void create_windows(MenuRecord& m);
 void destroy_windows(MenuRecord& m);
 void yyMenuDrawItem(const MenuRecord& m, int i);
 void draw_popup_frame(const MenuRecord& m, int p);

@@ -18,6 +18,8 @@
 #include "toolkit/kernel/display_private.h"
 #include "toolkit/kernel/editor_attach.h"
 #include "toolkit/kernel/statusbar_private.h"
+#include "toolkit/kernel/toolbar_private.h"
+#include "toolkit/kernel/tooltip_private.h"
 #include "toolkit/kernel/window.h"
 #include "toolkit/kernel/menu_private.h"
 #include "toolkit/kernel/window_private.h"
@@ -130,9 +132,6 @@ int owner_of(Window xwin) {
   return -1;
 }
 
-int key_modifiers(unsigned state) { return ((state & ControlMask) ? 1 : 0) + ((state & ShiftMask) ? 2 : 0); }
-
-
 // Modal levels and semi-modeless objects let through only the events of their own windows.
 bool yyMsgBlockEvent(const XEvent& ev) {
   if (mq.nModal == 0 && mq.nSemi == 0) return false;
@@ -219,8 +218,21 @@ void button_event(XEvent& ev) {
   if (code == 3) {
     if (!press && button == 3) {
       const int part = yyWindowStatusBarPartAt(h, ev.xbutton.x_root, ev.xbutton.y_root);
-      yyMsgSend(ContextClick, -1, key_modifiers(ev.xbutton.state), 102, part, ev.xbutton.x_root,
+      yyMsgSend(ContextClick, -1, yyMsgModifierState(ev.xbutton.state), kContextStatusBar, part, ev.xbutton.x_root,
                 ev.xbutton.y_root, h, as_time(ev.xbutton.time));
+    }
+    return;
+  }
+  if (code == 10) {
+    // A right click on a toolbar names the button under it, 0 for the bar.
+    if (!press && button == 3) {
+      int index = -1;
+      if (const ToolbarRecord* bar = yyMenuToolbarOfWindow(ev.xbutton.window, index)) {
+        yyTooltipDestroy();
+        const int item = index >= 0 ? bar->ButtonIds[static_cast<std::size_t>(index)] : 0;
+        yyMsgSend(ContextClick, item, yyMsgModifierState(ev.xbutton.state), kContextToolbar, bar->ToolbarId,
+                  ev.xbutton.x_root, ev.xbutton.y_root, h, as_time(ev.xbutton.time));
+      }
     }
     return;
   }
@@ -350,9 +362,19 @@ bool yyMsgProcessEvent(XEvent& ev) {
 
 }  // namespace
 
+int yyMsgModifierState(unsigned state) { return ((state & ControlMask) ? 1 : 0) + ((state & ShiftMask) ? 2 : 0); }
+
+int yyMsgPendingType() { return mq.ZelvMessage.type; }
+
+bool yyMsgTakeFocusCount() {
+  if (mq.iFocusCount <= 0) return false;
+  --mq.iFocusCount;
+  return true;
+}
+
 // Control 1, Shift 2, held buttons 4, 8 and 16, as a mouse message carries them.
 int yyMsgMouseModifiers(unsigned state) {
-  return key_modifiers(state) + ((state & Button1Mask) ? 4 : 0) + ((state & Button2Mask) ? 8 : 0) +
+  return yyMsgModifierState(state) + ((state & Button1Mask) ? 4 : 0) + ((state & Button2Mask) ? 8 : 0) +
          ((state & Button3Mask) ? 16 : 0);
 }
 
@@ -771,6 +793,11 @@ int yyMsgWindowType(Window xwin, int& h) {
       h = k;
       return 11;
     }
+  }
+  int button = -1;
+  if (const ToolbarRecord* bar = yyMenuToolbarOfWindow(xwin, button)) {
+    h = bar->Window;
+    return 10;
   }
   for (int k = 0; k <= ws.iWinMax; ++k)
     if (ws.wWindow[k] && ws.WinInfo[k].Kind == 3 && in_tree(xwin, ws.wtClient[k])) {

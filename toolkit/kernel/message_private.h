@@ -10,8 +10,8 @@
 // What an X window is to the loop: 1 a window's frame, 2 its client area, 3
 // its status bar or a part of it, 4 a menu bar, 5 a menu pop-up, 6 a menu
 // item, 8 a window's shell, 11 a pane's title bar, 12 a dialog combined with
-// a window or a child of it; -1 none of these. The window's handle comes
-// back in `handle` (-1 for menus).
+// a window or a child of it, 10 a toolbar or one of its buttons; -1 none of
+// these. The window's handle comes back in `handle` (-1 for menus).
 int yyMsgWindowType(Window xwin, int& handle);
 int yyMsgWindowType(Window xwin);
 
@@ -20,6 +20,19 @@ int yyMsgWindowType(Window xwin);
 void yyMsgClearEvents();
 // Modifier bits of a mouse message from an X event state.
 int yyMsgMouseModifiers(unsigned state);
+// Modifier bits of a key or context click, 1 Ctrl and 2 Shift, from an X
+// event state.
+int yyMsgModifierState(unsigned state);
+// Where a ContextClick comes from when it isn't a field: its Value3.
+inline constexpr int kContextToolbar = 101, kContextStatusBar = 102;
+// Bit of ContextClick's modifiers for a click made from the keyboard.
+inline constexpr int kContextFromKeyboard = 0x40;
+// One of the explicit focus moves that a message wait allows (true), which
+// it then counts; false when they are used up, so that two windows that
+// keep taking the focus from each other can't go on for ever.
+bool yyMsgTakeFocusCount();
+// The type of the message waiting to be taken, 0 none.
+int yyMsgPendingType();
 
 // Modal levels of dialogs and boxes: direction 1 pushes one whose widget
 // (the dialog's shell) alone takes input from then on; other values pop the
