@@ -128,7 +128,7 @@ std::vector<std::string> yyGridHtmlLines(const GridTable& t, int options, std::o
   const bool fragment = options & kFragment;
   const std::string borderText = std::to_string(std::max(border, 0));
   const std::string borderColour = (options & kNoColours) ? "000000" : hex_of(t.lineColour);
-  const std::string titleText = title ? *title : std::string();
+  const std::string titleText = title ? std::string(*title) : std::string();
   if (!fragment) {
     out.emplace_back("<!doctype html public \"-//w3c//dtd html 4.01//en\">");
     out.emplace_back("<html>");
