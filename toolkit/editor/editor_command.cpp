@@ -277,8 +277,6 @@ void yyEditToolbarCreate(EditRecord& r) {
   yyMenuLoadDynamicToolbar(rows, r.Window_, large ? kLargeStrip : kSmallStrip, large ? kLargeButton : kSmallButton);
   ToolbarRecord* bar = zelvy_toolbar::state().pwToolbar[static_cast<std::size_t>(r.Window_)][kToolbarTop].get();
   r.Toolbar = bar;
-  // The bar is a manager that would take the keyboard from the text it stands over.
-  if (bar && bar->Bar) XtVaSetValues(bar->Bar, XmNtraversalOn, False, nullptr);
 }
 
 int yyEditHistoryCount(const EditRecord& r) {

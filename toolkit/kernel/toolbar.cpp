@@ -284,7 +284,9 @@ void yyMenuToolbarCreateItems(ToolbarRecord& bar, Pixmap strip, int stripheight)
     return;
   }
   bar.Bar = XtVaCreateWidget("Toolbar", xmDrawingAreaWidgetClass, frame, XmNresizePolicy, XmRESIZE_NONE,
-                             XmNmarginWidth, 0, XmNmarginHeight, 0, XtNwidth, 1, XtNheight, 1, nullptr);
+                             XmNmarginWidth, 0, XmNmarginHeight, 0, XtNwidth, 1, XtNheight, 1,
+                             // A bar is worked with the mouse; it must not take the keyboard from the text.
+                             XmNtraversalOn, False, nullptr);
   XtAddCallback(bar.Bar, XmNexposeCallback, yyMenuToolbarDrawCB, nullptr);
   XtAddCallback(bar.Bar, XmNresizeCallback, yyMenuToolbarDrawCB, nullptr);
   const bool along = horizontal(bar.Slot);
