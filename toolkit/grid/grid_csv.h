@@ -56,5 +56,17 @@ struct GridSaveOptions {
   double realUndefined = -999.0, doubleUndefined = -999.0;
 };
 
+// A column's number format read once for writing many numbers: the one-item
+// forms (Fw.d), (Ew.d[Ee]) and (Gw.d[Ee]); `kind` 0 for any other.
+struct GridFastFormat {
+  char kind = 0;
+  int width = 0, decimals = 0, exponent = 0;
+};
+GridFastFormat yyGridFastFormat(std::string_view format);
+// The number as the column's format writes it (as yyGridNumberText does),
+// into `out` of at least kGridNumberWidth bytes; false when this form can't
+// say, and the general formatter must.
+bool yyGridFastNumber(const GridFastFormat& format, double value, char* out, std::size_t& length);
+
 // The text of a rectangle of the grid (inclusive bounds) as the file holds it.
 std::string yyGridModelSaveText(const GridModel& m, int c1, int c2, int r1, int r2, const GridSaveOptions& options);

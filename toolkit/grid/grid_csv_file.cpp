@@ -1,6 +1,7 @@
 // Grid files on disk: the whole file is read before the grid is touched, so
 // a file that can't be read, or isn't text, leaves the grid as it was.
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -22,24 +23,33 @@ constexpr int kOpenFailed = 1, kReadFailed = 2, kBadCell = 1017;
 constexpr int kOptionLabels = 2, kOptionKeepBlanks = 8;
 constexpr int kOptionNoQuotes = 1, kOptionUndefined = 4;
 
-// The file's bytes; 0, 1 (can't open) or 2 (can't read).
+// The file's bytes; 0, 1 (can't open) or 2 (can't read). A regular file is
+// read at its size in one go; anything else in blocks until its end.
 int read_file(const std::string& name, std::string& data) {
   const int fd = ::open(name.c_str(), O_RDONLY | O_CLOEXEC);
   if (fd < 0) return kOpenFailed;
   data.clear();
-  // Blocks of a size the file system likes; the string grows by doubling.
+  struct stat st {};
   constexpr std::size_t kBlock = 1 << 16;
+  const std::size_t expected = ::fstat(fd, &st) == 0 && S_ISREG(st.st_mode) ? static_cast<std::size_t>(st.st_size) : 0;
+  // One byte more than the size, so that the end is seen without a regrow.
+  std::size_t room = expected + 1;
   int status = 0;
   for (;;) {
     const std::size_t have = data.size();
-    data.resize(have + kBlock);
-    const ssize_t n = ::read(fd, data.data() + have, kBlock);
+    if (room < kBlock) room = kBlock;
+    data.resize(have + room);
+    const ssize_t n = ::read(fd, data.data() + have, room);
     if (n < 0) {
+      data.resize(have);
       status = kReadFailed;
       break;
     }
     data.resize(have + static_cast<std::size_t>(n));
     if (n == 0) break;
+    // Past the expected size only the end is left to see; a pipe's string
+    // grows by doubling.
+    room = expected > 0 ? kBlock : data.size();
   }
   ::close(fd);
   return status;
