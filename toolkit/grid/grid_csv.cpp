@@ -389,30 +389,6 @@ std::string yycompressquotes(std::string_view text) {
   return out;
 }
 
-void yyGridSplitFields(std::string_view text, char separator,
-                       const std::function<void(std::string_view field, bool endOfLine)>& field) {
-  const bool quotes = separator == ',';
-  const char* p = text.data();
-  const char* const end = p + text.size();
-  const char* start = p;
-  bool open = false;  // inside an odd number of quotes
-  auto emit = [&](const char* stop, bool eol) {
-    std::string_view f(start, static_cast<std::size_t>(stop - start));
-    if (!f.empty() && f.back() == '\r') f.remove_suffix(1);
-    field(f, eol);
-  };
-  for (; p < end; ++p) {
-    const char ch = *p;
-    if (quotes && ch == kQuote) {
-      open = !open;
-    } else if (!open && (ch == separator || ch == '\n')) {
-      emit(p, ch == '\n');
-      start = p + 1;
-    }
-  }
-  if (start < end) emit(end, true);
-}
-
 GridLoadResult yyGridModelLoad(GridModel& m, std::string_view text, const GridLoadOptions& o) {
   GridLoadResult res;
   const int ncol = m.columnCount();
@@ -438,6 +414,13 @@ GridLoadResult yyGridModelLoad(GridModel& m, std::string_view text, const GridLo
     ++row;
     col = firstCol;
   };
+  if (o.grow && m.rows < m.maxRows) {
+    // Room for every line at once rather than step by step; the rows that no
+    // line reaches are given back after.
+    const auto lines = static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n')) + 1;
+    const int wanted = static_cast<int>(std::min<std::size_t>(lines, static_cast<std::size_t>(m.maxRows)));
+    if (wanted > m.rows) yyGridModelResize(m, wanted);
+  }
   const bool quoted = o.separator == ',';
   std::string value;
   yyGridSplitFields(text, o.separator, [&](std::string_view raw, bool eol) {
@@ -487,9 +470,22 @@ GridLoadResult yyGridModelLoad(GridModel& m, std::string_view text, const GridLo
 }
 
 std::string yyGridModelSaveText(const GridModel& m, int c1, int c2, int r1, int r2, const GridSaveOptions& o) {
+  std::string text;
+  yyGridModelSaveChunks(m, c1, c2, r1, r2, o, [&text](std::string_view chunk) {
+    text.append(chunk);
+    return true;
+  });
+  return text;
+}
+
+bool yyGridModelSaveChunks(const GridModel& m, int c1, int c2, int r1, int r2, const GridSaveOptions& o,
+                           const std::function<bool(std::string_view)>& sink) {
+  if (c2 < c1 || r2 < r1) return true;
+  // Whole rows go out in pieces of about this size: the text of a large grid
+  // is never held at once, and the buffer stays warm.
+  constexpr std::size_t kChunk = std::size_t{1} << 18;
   std::string out;
-  if (c2 < c1 || r2 < r1) return out;
-  out.reserve(at(r2 - r1 + 1) * at(c2 - c1 + 1) * 12);
+  out.reserve(kChunk + kChunk / 4);
   const char sep = o.separator;
   const bool quote = sep == ',' && !o.noQuotes;
   auto put_string = [&](std::string_view s) { append_string(out, s, sep, quote); };
@@ -551,6 +547,10 @@ std::string yyGridModelSaveText(const GridModel& m, int c1, int c2, int r1, int 
       }
       end_field(c);
     }
+    if (out.size() >= kChunk) {
+      if (!sink(out)) return false;
+      out.clear();
+    }
   }
-  return out;
+  return out.empty() || sink(out);
 }

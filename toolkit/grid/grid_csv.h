@@ -22,8 +22,30 @@ std::string yycompressquotes(std::string_view text);
 // quotes belongs to the field. `field` gets the raw field (quotes still on,
 // a trailing CR dropped) and whether an LF ended it. The text after the last
 // LF, if any, is one more line.
-void yyGridSplitFields(std::string_view text, char separator,
-                       const std::function<void(std::string_view field, bool endOfLine)>& field);
+template <typename Field>
+void yyGridSplitFields(std::string_view text, char separator, Field&& field) {
+  constexpr char kQuote = '"';
+  const bool quotes = separator == ',';
+  const char* p = text.data();
+  const char* const end = p + text.size();
+  const char* start = p;
+  bool open = false;  // inside an odd number of quotes
+  auto emit = [&](const char* stop, bool eol) {
+    std::string_view f(start, static_cast<std::size_t>(stop - start));
+    if (!f.empty() && f.back() == '\r') f.remove_suffix(1);
+    field(f, eol);
+  };
+  for (; p < end; ++p) {
+    const char ch = *p;
+    if (quotes && ch == kQuote) {
+      open = !open;
+    } else if (!open && (ch == separator || ch == '\n')) {
+      emit(p, ch == '\n');
+      start = p + 1;
+    }
+  }
+  if (start < end) emit(end, true);
+}
 
 struct GridLoadOptions {
   char separator = ',';
@@ -70,3 +92,7 @@ bool yyGridFastNumber(const GridFastFormat& format, double value, char* out, std
 
 // The text of a rectangle of the grid (inclusive bounds) as the file holds it.
 std::string yyGridModelSaveText(const GridModel& m, int c1, int c2, int r1, int r2, const GridSaveOptions& options);
+// The same text handed to `sink` in pieces of whole rows; stops at the first
+// piece the sink refuses, and then returns false.
+bool yyGridModelSaveChunks(const GridModel& m, int c1, int c2, int r1, int r2, const GridSaveOptions& options,
+                           const std::function<bool(std::string_view)>& sink);

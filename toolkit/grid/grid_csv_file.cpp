@@ -1,11 +1,12 @@
 // Grid files on disk: the whole file is read before the grid is touched, so
 // a file that can't be read, or isn't text, leaves the grid as it was.
 #include <fcntl.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstdio>
+#include <cerrno>
 #include <cstring>
 #include <string>
 
@@ -55,14 +56,52 @@ int read_file(const std::string& name, std::string& data) {
   return status;
 }
 
+// A file's text: a regular file is mapped, so its bytes are read once, by
+// the parser, and never copied; anything else is read into memory.
+class FileText {
+ public:
+  FileText() = default;
+  FileText(const FileText&) = delete;
+  FileText& operator=(const FileText&) = delete;
+  ~FileText() {
+    if (map_) ::munmap(map_, size_);
+  }
+  // 0, 1 (can't open) or 2 (can't read).
+  int load(const std::string& name) {
+    const int fd = ::open(name.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0) return kOpenFailed;
+    struct stat st {};
+    if (::fstat(fd, &st) == 0 && S_ISREG(st.st_mode) && st.st_size > 0) {
+      void* p = ::mmap(nullptr, static_cast<std::size_t>(st.st_size), PROT_READ, MAP_PRIVATE | MAP_POPULATE, fd, 0);
+      if (p != MAP_FAILED) {
+        map_ = p;
+        size_ = static_cast<std::size_t>(st.st_size);
+        ::close(fd);
+        return 0;
+      }
+    }
+    ::close(fd);
+    return read_file(name, data_);
+  }
+  std::string_view view() const {
+    return map_ ? std::string_view(static_cast<const char*>(map_), size_) : std::string_view(data_);
+  }
+
+ private:
+  void* map_ = nullptr;
+  std::size_t size_ = 0;
+  std::string data_;
+};
+
 }  // namespace
 
 void WGridLoad(int fieldid, std::string_view filename, std::optional<int> grow, std::optional<int> options) {
   int error = 0;
   Widget grid = yyGridFind(fieldid, error);
   if (!grid) return yyerror(error, "WGridLoad");
-  std::string data;
-  if (const int status = read_file(std::string(filename), data)) return yyerror(status, "WGridLoad");
+  FileText file;
+  if (const int status = file.load(std::string(filename))) return yyerror(status, "WGridLoad");
+  const std::string_view data = file.view();
   // A zero byte never stands in a text file: nothing of it is loaded.
   if (std::memchr(data.data(), '\0', data.size())) return yyerror(kReadFailed, "WGridLoad");
   GridPart& g = yyGridPart(grid);
@@ -110,10 +149,18 @@ void WGridSave(int fieldid, std::string_view filename, std::optional<int> firstC
   o.integerUndefined = d.iundef;
   o.realUndefined = d.rundef;
   o.doubleUndefined = d.dundef;
-  const std::string text = yyGridModelSaveText(m, c1, c2, r1, r2, o);
-  std::FILE* f = std::fopen(std::string(filename).c_str(), "wb");
-  if (!f) return yyerror(kOpenFailed, "WGridSave");
-  const bool written = std::fwrite(text.data(), 1, text.size(), f) == text.size();
-  const bool closed = std::fclose(f) == 0;
+  const int fd = ::open(std::string(filename).c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+  if (fd < 0) return yyerror(kOpenFailed, "WGridSave");
+  // A short write gives up at once.
+  const bool written = yyGridModelSaveChunks(m, c1, c2, r1, r2, o, [fd](std::string_view chunk) {
+    while (!chunk.empty()) {
+      const ssize_t n = ::write(fd, chunk.data(), chunk.size());
+      if (n < 0 && errno == EINTR) continue;
+      if (n <= 0) return false;
+      chunk.remove_prefix(static_cast<std::size_t>(n));
+    }
+    return true;
+  });
+  const bool closed = ::close(fd) == 0;
   if (!written || !closed) yyerror(kReadFailed, "WGridSave");
 }
