@@ -108,12 +108,12 @@ int store_cell(GridColumn& c, int row, std::string_view v) {
         yyGridModelClear(c, row);
         return 0;
       }
-      const auto hit = std::find(c.options.begin(), c.options.end(), t);
-      if (hit == c.options.end()) {
+      const int option = yyGridModelMenuOption(c, t);
+      if (option == 0) {
         yyGridModelClear(c, row);
         return kNoOption;
       }
-      yyGridModelStoreNumber(c, row, static_cast<double>(hit - c.options.begin() + 1));
+      yyGridModelStoreNumber(c, row, option);
       return 0;
     }
     case grid_type::kNone: return 0;

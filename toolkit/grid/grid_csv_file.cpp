@@ -116,9 +116,9 @@ void WGridLoad(int fieldid, std::string_view filename, std::optional<int> grow, 
   o.rowLabelBar = g.rowLabel;
   s.model.maxRows = g.maxNrow;
   if (s.selectionOn) yyGridWidgetSelectX(grid, false, 0, 0, 0, 0);
-  s.redrawOff = true;
+  yygridcellredrawoff(grid);
   const GridLoadResult r = yyGridModelLoad(s.model, data, o);
-  s.redrawOff = false;
+  s.redrawOff = false;  // the rows are shown anew below
   if (r.labelsChanged && g.colLabel)
     for (int c = 0; c < s.model.columnCount(); ++c) yyGridWidgetSetColumnLabelX(grid, c, s.model.columns[static_cast<std::size_t>(c)].label);
   yyGridShowRows(grid);
