@@ -259,7 +259,17 @@ void refresh(GridWindowData& w, int cellCode = -1) {
   }
   const bool sel = g.st->selectionOn;
   for (int id : {kSaveSelection, kPrintSelection}) set_item(w.windowHandle, id, sel);
-  set_item(w.windowHandle, kPaste, yyGridCanPaste(grid));
+  // Paste is judged where it would go: at the cell becoming current.
+  GridPart& gp = yyGridPart(grid);
+  const int oldColumn = gp.icol, oldRow = gp.irow;
+  if (g.st->model.inside(column, row)) {
+    gp.icol = column;
+    gp.irow = row;
+  }
+  const bool paste = yyGridCanPaste(grid);
+  gp.icol = oldColumn;
+  gp.irow = oldRow;
+  set_item(w.windowHandle, kPaste, paste);
 }
 
 void shutdown(int h) {
