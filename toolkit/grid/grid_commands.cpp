@@ -86,25 +86,30 @@ void yygridsort_(std::vector<int>& order, const std::vector<double>& keys, int f
 }
 
 void yygridsort_(std::vector<int>& order, const std::vector<std::string_view>& keys, int first, bool descending) {
-  // The first eight bytes, blank-padded, as one big-endian number decide most
-  // comparisons without touching the texts.
+  // The first sixteen bytes, blank-padded, as two big-endian numbers decide
+  // most comparisons without touching the texts.
   struct Row {
-    std::uint64_t head;
+    std::uint64_t head1, head2;
     std::string_view tail;
     int row;
   };
-  constexpr std::size_t kHead = 8;
+  constexpr std::size_t kWord = 8, kHead = 2 * kWord;
+  auto word = [](std::string_view k, std::size_t from) {
+    std::uint64_t w = 0;
+    for (std::size_t b = from; b < from + kWord; ++b)
+      w = (w << 8) | (b < k.size() ? static_cast<unsigned char>(k[b]) : static_cast<unsigned char>(' '));
+    return w;
+  };
   std::vector<Row> rows(keys.size());
   for (std::size_t i = 0; i < keys.size(); ++i) {
     const std::string_view k = keys[i];
-    std::uint64_t head = 0;
-    for (std::size_t b = 0; b < kHead; ++b)
-      head = (head << 8) | (b < k.size() ? static_cast<unsigned char>(k[b]) : static_cast<unsigned char>(' '));
-    rows[i] = {head, k.size() > kHead ? k.substr(kHead) : std::string_view{}, first + static_cast<int>(i)};
+    rows[i] = {word(k, 0), word(k, kWord), k.size() > kHead ? k.substr(kHead) : std::string_view{},
+               first + static_cast<int>(i)};
   }
   std::sort(rows.begin(), rows.end(), [descending](const Row& a, const Row& b) {
-    if (a.head != b.head) return descending ? a.head > b.head : a.head < b.head;
-    const int c = compare_padded(a.tail, b.tail);
+    if (a.head1 != b.head1) return descending ? a.head1 > b.head1 : a.head1 < b.head1;
+    if (a.head2 != b.head2) return descending ? a.head2 > b.head2 : a.head2 < b.head2;
+    const int c = a.tail.empty() && b.tail.empty() ? 0 : compare_padded(a.tail, b.tail);
     if (c != 0) return descending ? c > 0 : c < 0;
     return a.row < b.row;
   });
