@@ -181,7 +181,7 @@ std::vector<ToolbarDescriptor> toolbar_rows(int o, bool readOnly) {
       {!readOnly, "Cut", kCut},
       {true, "Copy", kCopy},
       {!readOnly, "Paste", kPaste},
-      {!readOnly || rows, "", 0},
+      {!readOnly, "", 0},
       {!readOnly, "Sort", kSort},
       {rows, "Insert Row Before Current", kInsertBefore},
       {rows, "Insert Row After Current", kInsertAfter},
