@@ -45,6 +45,9 @@ void WGridSave(int fieldid, std::string_view filename, std::optional<int> firstC
                std::optional<int> lastColumn = {}, std::optional<int> firstRow = {},
                std::optional<int> lastRow = {}, std::optional<int> options = {});
 
+// A colour red + 256 green + 65536 blue into its parts.
+void WRGBSplit(int rgb, int& red, int& green, int& blue);
+
 // ---- Grid windows -------------------------------------------------------------
 // Moves grid field `fieldid` of the current dialog into the current child
 // window, which becomes a small spreadsheet with its own menu and status bar.
@@ -107,6 +110,14 @@ void yygridclearselection_(int fieldid, int& error);
 void yygridspinnerstepinteger_(int fieldid, int column, int small, int large, int& error);
 void yygridspinnerstepreal_(int fieldid, int column, float small, float large, int& error);
 void yygridspinnerstepdouble_(int fieldid, int column, double small, double large, int& error);
+// A combo cell set to the option with that text; 1055 when there is none.
+void yygridputmenustring_(int fieldid, int column, int row, std::string_view text, int& error);
+// The cell's own colours, each red + 256 green + 65536 blue, -1 for a side
+// that has none (the column's, the grid's or the scheme's shows there).
+void yygridgetcolour(int fieldid, int column, int row, int& foreground, int& background, int& error);
+// Two rows trade places, values, states and colours; with `labels` 1 their
+// row labels too. The selection goes, and both change flags are set.
+void yygridsortswap_(int fieldid, int row1, int row2, int labels, int& error);
 // Writes many cells without showing each: the viewport is brought up to date at "on".
 void yygridcellredrawoff_(int fieldid, int& error);
 void yygridcellredrawon_(int fieldid, int& error);

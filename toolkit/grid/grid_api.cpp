@@ -11,6 +11,7 @@
 #include "toolkit/base/zelvy_data.h"
 #include "toolkit/dialog/grid_attach.h"
 #include "toolkit/grid/grid.h"
+#include "toolkit/grid/grid_commands.h"
 #include "toolkit/grid/grid_private.h"
 #include "toolkit/grid/grid_window_private.h"
 #include "toolkit/kernel/display_private.h"
@@ -23,7 +24,7 @@ using namespace zelvy_dialog;
 namespace {
 
 constexpr int kNoDialog = 1005, kNotGrid = 1006, kOutOfRange = 1009, kBadCell = 1017, kTooLarge = 1018;
-constexpr int kTypeMismatch = 1111, kBadRows = 1113;
+constexpr int kTypeMismatch = 1111, kBadRows = 1113, kNoOption = 1055;
 
 std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
@@ -446,16 +447,71 @@ void yygridspinnerstepdouble_(int fieldid, int column, double small, double larg
   column_of(grid, column).doubleLargeStep = large;
 }
 
+void yygridcellredrawoff(Widget grid) { yyGridPart(grid).st->redrawOff = true; }
+
+void yygridcellredrawon(Widget grid) {
+  yyGridPart(grid).st->redrawOff = false;
+  yyGridWidgetUpdateViewportData(grid, true);
+}
+
 void yygridcellredrawoff_(int fieldid, int& error) {
-  Widget grid = yyGridFind(fieldid, error);
-  if (grid) yyGridPart(grid).st->redrawOff = true;
+  if (Widget grid = yyGridFind(fieldid, error)) yygridcellredrawoff(grid);
 }
 
 void yygridcellredrawon_(int fieldid, int& error) {
-  Widget grid = yyGridFind(fieldid, error);
+  if (Widget grid = yyGridFind(fieldid, error)) yygridcellredrawon(grid);
+}
+
+void yygridputmenustring_(int fieldid, int column, int row, std::string_view text, int& error) {
+  Widget grid = checked(fieldid, column, row, error);
   if (!grid) return;
-  yyGridPart(grid).st->redrawOff = false;
+  const GridColumn& c = column_of(grid, column);
+  if (c.cellType != grid_type::kCombo) {
+    error = kTypeMismatch;
+    return;
+  }
+  const int option = yyGridModelMenuOption(c, text);
+  if (option == 0) {
+    error = kNoOption;
+    return;
+  }
+  yyGridWidgetSetNumberX(grid, column, row, option, {});
+}
+
+void yygridgetcolour(int fieldid, int column, int row, int& foreground, int& background, int& error) {
+  foreground = background = -1;
+  Widget grid = checked(fieldid, column, row, error);
+  if (!grid) return;
+  const GridColumn& c = column_of(grid, column);
+  if (!(c.cellFlags[at(row)] & grid_cell::kOwnColours) || c.cellColours.empty()) return;
+  const GridColour& col = c.cellColours[at(row)];
+  auto pack = [](int r, int g, int b) { return r < 0 || r > 255 ? -1 : r | (g << 8) | (b << 16); };
+  foreground = pack(col[0], col[1], col[2]);
+  background = pack(col[3], col[4], col[5]);
+}
+
+void WRGBSplit(int rgb, int& red, int& green, int& blue) {
+  red = rgb & 0xFF;
+  green = (rgb >> 8) & 0xFF;
+  blue = (rgb >> 16) & 0xFF;
+}
+
+void yygridsortswap_(int fieldid, int row1, int row2, int labels, int& error) {
+  Widget grid = checked(fieldid, 0, row1, error);
+  if (grid && !yyGridPart(grid).st->model.inside(0, row2)) {
+    error = kBadCell;
+    grid = nullptr;
+  }
+  if (!grid) return;
+  GridPart& g = yyGridPart(grid);
+  GridState& s = *g.st;
+  if (s.selectionOn) yyGridWidgetSelectX(grid, false, 0, 0, 0, 0);
+  // The cells on screen are rewritten from the values, not edited one by one.
+  s.refreshing = true;
+  yyGridModelSwapRows(s.model, row1, row2, labels == 1 && g.rowLabel);
   yyGridWidgetUpdateViewportData(grid, true);
+  s.refreshing = false;
+  s.model.modified = s.model.changed = true;
 }
 
 void yyinfogrid_(int fieldid, int item, int& value, int& error) {

@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <cctype>
 #include <cstdint>
+#include <cstring>
+#include <limits>
 #include <numeric>
 #include <string>
 #include <vector>
@@ -14,11 +16,15 @@ std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 // Byte-wise, the shorter side padded with blanks: <0, 0, >0.
 int compare_padded(std::string_view a, std::string_view b) {
-  const std::size_t n = std::max(a.size(), b.size());
-  for (std::size_t i = 0; i < n; ++i) {
-    const auto ca = static_cast<unsigned char>(i < a.size() ? a[i] : ' ');
-    const auto cb = static_cast<unsigned char>(i < b.size() ? b[i] : ' ');
-    if (ca != cb) return ca < cb ? -1 : 1;
+  const std::size_t n = std::min(a.size(), b.size());
+  if (n > 0) {
+    if (const int c = std::memcmp(a.data(), b.data(), n)) return c < 0 ? -1 : 1;
+  }
+  // The longer side's tail against the blanks of the shorter.
+  const bool aLonger = a.size() > b.size();
+  for (const char ch : (aLonger ? a : b).substr(n)) {
+    const auto u = static_cast<unsigned char>(ch);
+    if (u != ' ') return (u > ' ') == aLonger ? 1 : -1;
   }
   return 0;
 }
@@ -31,15 +37,85 @@ std::string upper(std::string_view s) {
 
 // Every per-row array of a column, and the row labels, in the new order.
 template <typename T>
-void permute(std::vector<T>& v, const std::vector<int>& order, int first) {
+void permute(std::vector<T>& v, const std::vector<int>& order, int first, std::vector<T>& scratch) {
   if (v.empty()) return;
-  std::vector<T> moved;
-  moved.reserve(order.size());
-  for (int src : order) moved.push_back(std::move(v[at(src)]));
-  std::move(moved.begin(), moved.end(), v.begin() + first);
+  scratch.clear();
+  scratch.reserve(order.size());
+  for (int src : order) scratch.push_back(std::move(v[at(src)]));
+  std::move(scratch.begin(), scratch.end(), v.begin() + first);
+}
+
+// Empty cells sort after all others: these keys stand for them.
+constexpr std::string_view kEmptyAscending = "\xFF", kEmptyDescending = " ";
+
+double empty_number(int cellType, bool descending) {
+  double top = std::numeric_limits<double>::max();
+  if (cellType == grid_type::kInteger) top = std::numeric_limits<int>::max();
+  else if (cellType == grid_type::kReal) top = std::numeric_limits<float>::max();
+  return descending ? -top : top;
 }
 
 }  // namespace
+
+GridSortKey yygridgetany(const GridColumn& c, int row, int options) {
+  GridSortKey key;
+  const bool descending = options & grid_sort::kDescending;
+  const bool has = c.cellFlags[at(row)] & grid_cell::kHasValue;
+  switch (c.cellType) {
+    case grid_type::kString: {
+      const std::string& s = c.strings[at(row)];
+      if (s.empty()) key.text = std::string(descending ? kEmptyDescending : kEmptyAscending);
+      else key.text = (options & grid_sort::kIgnoreCase) ? upper(s) : s;
+      break;
+    }
+    case grid_type::kCheckbox: key.number = has ? 1.0 : 0.0; break;
+    case grid_type::kCombo: key.number = has ? c.numbers[at(row)] : 1.0; break;
+    default: key.number = has ? c.numbers[at(row)] : empty_number(c.cellType, descending); break;
+  }
+  return key;
+}
+
+void yygridsort_(std::vector<int>& order, const std::vector<double>& keys, int first, bool descending) {
+  // Key and row side by side: the sort reads no other memory, and the row
+  // breaks ties, so equal keys keep their order.
+  std::vector<std::pair<double, int>> rows(keys.size());
+  for (std::size_t i = 0; i < keys.size(); ++i) rows[i] = {descending ? -keys[i] : keys[i], first + static_cast<int>(i)};
+  std::sort(rows.begin(), rows.end());
+  order.resize(rows.size());
+  for (std::size_t i = 0; i < rows.size(); ++i) order[i] = rows[i].second;
+}
+
+void yygridsort_(std::vector<int>& order, const std::vector<std::string_view>& keys, int first, bool descending) {
+  // The first sixteen bytes, blank-padded, as two big-endian numbers decide
+  // most comparisons without touching the texts.
+  struct Row {
+    std::uint64_t head1, head2;
+    std::string_view tail;
+    int row;
+  };
+  constexpr std::size_t kWord = 8, kHead = 2 * kWord;
+  auto word = [](std::string_view k, std::size_t from) {
+    std::uint64_t w = 0;
+    for (std::size_t b = from; b < from + kWord; ++b)
+      w = (w << 8) | (b < k.size() ? static_cast<unsigned char>(k[b]) : static_cast<unsigned char>(' '));
+    return w;
+  };
+  std::vector<Row> rows(keys.size());
+  for (std::size_t i = 0; i < keys.size(); ++i) {
+    const std::string_view k = keys[i];
+    rows[i] = {word(k, 0), word(k, kWord), k.size() > kHead ? k.substr(kHead) : std::string_view{},
+               first + static_cast<int>(i)};
+  }
+  std::sort(rows.begin(), rows.end(), [descending](const Row& a, const Row& b) {
+    if (a.head1 != b.head1) return descending ? a.head1 > b.head1 : a.head1 < b.head1;
+    if (a.head2 != b.head2) return descending ? a.head2 > b.head2 : a.head2 < b.head2;
+    const int c = a.tail.empty() && b.tail.empty() ? 0 : compare_padded(a.tail, b.tail);
+    if (c != 0) return descending ? c > 0 : c < 0;
+    return a.row < b.row;
+  });
+  order.resize(rows.size());
+  for (std::size_t i = 0; i < rows.size(); ++i) order[i] = rows[i].row;
+}
 
 void yyGridModelSort(GridModel& m, int column, int options, int first, int last) {
   if (column < 0 || column >= m.columnCount()) return;
@@ -48,53 +124,60 @@ void yyGridModelSort(GridModel& m, int column, int options, int first, int last)
   if (last <= first) return;
   const GridColumn& key = m.columns[at(column)];
   const bool descending = options & grid_sort::kDescending;
-  const bool fold = options & grid_sort::kIgnoreCase;
-  const int n = last - first + 1;
-  std::vector<int> order(at(n));
-  std::iota(order.begin(), order.end(), first);
-  auto empty = [&](int r) {
-    if (key.cellType == grid_type::kCheckbox || key.cellType == grid_type::kCombo) return false;
-    if (key.cellType == grid_type::kString) return key.strings[at(r)].empty();
-    return !(key.cellFlags[at(r)] & grid_cell::kHasValue);
-  };
-  // Check boxes and combos sort by their state and option.
-  auto number = [&](int r) {
-    const bool has = key.cellFlags[at(r)] & grid_cell::kHasValue;
-    if (key.cellType == grid_type::kCheckbox) return has ? 1.0 : 0.0;
-    if (key.cellType == grid_type::kCombo) return has ? key.numbers[at(r)] : 1.0;
-    return key.numbers[at(r)];
-  };
+  const std::size_t n = at(last - first + 1);
+  std::vector<int> order;
   if (key.cellType == grid_type::kString) {
+    // Views of the cells themselves; only folded texts need keys of their own.
     std::vector<std::string> folded;
-    if (fold) {
-      folded.resize(at(n));
-      for (int i = 0; i < n; ++i) folded[at(i)] = upper(key.strings[at(first + i)]);
+    std::vector<std::string_view> keys(n);
+    if (options & grid_sort::kIgnoreCase) folded.resize(n);
+    for (std::size_t i = 0; i < n; ++i) {
+      const int r = first + static_cast<int>(i);
+      const std::string& s = key.strings[at(r)];
+      if (s.empty()) {
+        keys[i] = descending ? kEmptyDescending : kEmptyAscending;
+      } else if (!folded.empty()) {
+        folded[i] = yygridgetany(key, r, options).text;
+        keys[i] = folded[i];
+      } else {
+        keys[i] = s;
+      }
     }
-    auto text = [&](int r) -> std::string_view {
-      return fold ? std::string_view(folded[at(r - first)]) : std::string_view(key.strings[at(r)]);
-    };
-    std::stable_sort(order.begin(), order.end(), [&](int a, int b) {
-      const bool ea = empty(a), eb = empty(b);
-      if (ea || eb) return !ea && eb;
-      const int c = compare_padded(text(a), text(b));
-      return descending ? c > 0 : c < 0;
-    });
+    yygridsort_(order, keys, first, descending);
   } else {
-    std::stable_sort(order.begin(), order.end(), [&](int a, int b) {
-      const bool ea = empty(a), eb = empty(b);
-      if (ea || eb) return !ea && eb;
-      return descending ? number(a) > number(b) : number(a) < number(b);
-    });
+    std::vector<double> keys(n);
+    for (std::size_t i = 0; i < n; ++i) keys[i] = yygridgetany(key, first + static_cast<int>(i), options).number;
+    yygridsort_(order, keys, first, descending);
   }
+  std::vector<std::uint32_t> flags;
+  std::vector<double> numbers;
+  std::vector<std::string> strings;
+  std::vector<GridColour> colours;
   for (GridColumn& c : m.columns) {
-    permute(c.cellFlags, order, first);
-    permute(c.numbers, order, first);
-    permute(c.strings, order, first);
-    permute(c.cellColours, order, first);
+    permute(c.cellFlags, order, first, flags);
+    permute(c.numbers, order, first, numbers);
+    permute(c.strings, order, first, strings);
+    permute(c.cellColours, order, first, colours);
   }
   if (options & grid_sort::kMoveLabels) {
-    permute(m.rowLabels, order, first);
-    permute(m.rowLabelFlags, order, first);
+    std::vector<std::uint8_t> labelFlags;
+    permute(m.rowLabels, order, first, strings);
+    permute(m.rowLabelFlags, order, first, labelFlags);
+  }
+  m.modified = m.changed = true;
+}
+
+void yyGridModelSwapRows(GridModel& m, int row1, int row2, bool labels) {
+  if (!m.inside(0, row1) || !m.inside(0, row2) || row1 == row2) return;
+  for (GridColumn& c : m.columns) {
+    std::swap(c.cellFlags[at(row1)], c.cellFlags[at(row2)]);
+    if (!c.numbers.empty()) std::swap(c.numbers[at(row1)], c.numbers[at(row2)]);
+    if (!c.strings.empty()) std::swap(c.strings[at(row1)], c.strings[at(row2)]);
+    if (!c.cellColours.empty()) std::swap(c.cellColours[at(row1)], c.cellColours[at(row2)]);
+  }
+  if (labels) {
+    std::swap(m.rowLabels[at(row1)], m.rowLabels[at(row2)]);
+    std::swap(m.rowLabelFlags[at(row1)], m.rowLabelFlags[at(row2)]);
   }
   m.modified = m.changed = true;
 }

@@ -2,7 +2,9 @@
 // Rows and columns count from 0 here.
 #pragma once
 
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "toolkit/grid/grid_model.h"
 
@@ -14,6 +16,23 @@ inline constexpr int kDescending = 1, kIgnoreCase = 2, kMoveLabels = 4;
 namespace grid_find {
 inline constexpr int kFromCurrent = 1, kIgnoreCase = 2, kNumbersToo = 4, kByRows = 8;
 }
+
+// A row's sort key: the text of a string cell (upper case with kIgnoreCase),
+// else the number (check boxes 0 or 1, combos the option). An empty cell
+// gets a key that sorts after all others in the direction asked for: the
+// byte 0xFF or a blank, the largest number of its type or minus that.
+struct GridSortKey {
+  std::string text;
+  double number = 0.0;
+};
+GridSortKey yygridgetany(const GridColumn& c, int row, int options);
+// Orders rows by keys: keys[i] is row first + i, and `order` gets the rows
+// with their keys ascending (or descending). Rows with equal keys keep their
+// order. Texts compare byte by byte, the shorter padded with blanks.
+void yygridsort_(std::vector<int>& order, const std::vector<double>& keys, int first, bool descending);
+void yygridsort_(std::vector<int>& order, const std::vector<std::string_view>& keys, int first, bool descending);
+// Two rows trade places with everything they hold; the labels too with `labels`.
+void yyGridModelSwapRows(GridModel& m, int row1, int row2, bool labels);
 
 // Sorts rows first..last (inclusive) by one column. Empty cells go last in
 // either direction; strings compare byte by byte as if the shorter were

@@ -20,8 +20,9 @@ void WGridSort(int fieldid, int column, std::optional<int> options, std::optiona
   const int first = firstRow.value_or(1), last = std::min(lastRow.value_or(rows), rows);
   if (column < 1 || column > s.model.columnCount() || first < 1 || first > rows) return yyerror(kBadCell, "WGridSort");
   if (s.selectionOn) yyGridWidgetSelectX(grid, false, 0, 0, 0, 0);
+  yygridcellredrawoff(grid);
   yyGridModelSort(s.model, column - 1, options.value_or(0), first - 1, last - 1);
-  yyGridWidgetUpdateViewportData(grid, true);
+  yygridcellredrawon(grid);
 }
 
 void WGridFind(int fieldid, std::string_view text, std::optional<int> options, bool* found,

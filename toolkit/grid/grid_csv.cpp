@@ -6,9 +6,12 @@
 #include <charconv>
 #include <cmath>
 #include <cstdint>
+#include <cstring>
 #include <limits>
+#include <vector>
 
 #include "toolkit/base/format.h"
+#include "toolkit/base/zelvy_data.h"
 
 namespace {
 
@@ -105,12 +108,12 @@ int store_cell(GridColumn& c, int row, std::string_view v) {
         yyGridModelClear(c, row);
         return 0;
       }
-      const auto hit = std::find(c.options.begin(), c.options.end(), t);
-      if (hit == c.options.end()) {
+      const int option = yyGridModelMenuOption(c, t);
+      if (option == 0) {
         yyGridModelClear(c, row);
         return kNoOption;
       }
-      yyGridModelStoreNumber(c, row, static_cast<double>(hit - c.options.begin() + 1));
+      yyGridModelStoreNumber(c, row, option);
       return 0;
     }
     case grid_type::kNone: return 0;
@@ -145,6 +148,216 @@ void append_integer(std::string& out, long long v) {
   out.append(buf, r.ptr);
 }
 
+// A string field as the file holds it: quoted with its quotes doubled, bare,
+// or in a tab-separated file with tabs and line ends as blanks (there are no
+// quotes to keep them in the field).
+void append_string(std::string& out, std::string_view s, char separator, bool quote) {
+  if (quote) {
+    out += kQuote;
+    for (std::size_t from = 0;;) {
+      const std::size_t q = s.find(kQuote, from);
+      if (q == std::string_view::npos) {
+        out.append(s.substr(from));
+        break;
+      }
+      out.append(s.substr(from, q + 1 - from));
+      out += kQuote;
+      from = q + 1;
+    }
+    out += kQuote;
+  } else if (separator == '\t') {
+    for (char ch : s) out += (ch == '\t' || ch == '\n' || ch == '\r') ? ' ' : ch;
+  } else {
+    out.append(s);
+  }
+}
+
+// Quotes of a raw field undone into `out` (reused, so no field allocates).
+void compress_into(std::string_view text, std::string& out) {
+  if (text.size() >= 2 && text.front() == kQuote && text.back() == kQuote) text = text.substr(1, text.size() - 2);
+  out.clear();
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    out += text[i];
+    if (text[i] == kQuote && i + 1 < text.size() && text[i + 1] == kQuote) ++i;
+  }
+}
+
+}  // namespace
+
+// ---- Numbers written fast -----------------------------------------------------
+//
+// Saving writes every real and double cell in its column's format. The
+// general formatter parses the format and builds several strings per number;
+// here the usual one-item formats are parsed once per column and each number
+// goes straight into a buffer. Anything else, and every case that the general
+// formatter would star or report, takes the general one, so the text is the
+// same byte for byte.
+
+GridFastFormat yyGridFastFormat(std::string_view format) {
+  GridFastFormat f;
+  std::string_view t = format;
+  if (t.size() < 5 || t.front() != '(' || t.back() != ')') return f;
+  t = t.substr(1, t.size() - 2);
+  const char kind = t[0];
+  if (kind != 'F' && kind != 'E' && kind != 'G') return f;
+  std::size_t i = 1;
+  auto number = [&](int& v) {
+    const auto r = std::from_chars(t.data() + i, t.data() + t.size(), v);
+    if (r.ec != std::errc{} || r.ptr == t.data() + i) return false;
+    i = static_cast<std::size_t>(r.ptr - t.data());
+    return true;
+  };
+  int w = 0, d = 0, e = 0;
+  if (!number(w) || i >= t.size() || t[i] != '.') return f;
+  ++i;
+  if (!number(d)) return f;
+  if (i < t.size()) {
+    if (kind == 'F' || t[i] != 'E') return f;
+    ++i;
+    if (!number(e) || e < 1) return f;
+  }
+  if (i != t.size() || w < 1 || w > kGridNumberWidth || d < 1 || d > 30) return f;
+  f.kind = kind;
+  f.width = w;
+  f.decimals = d;
+  f.exponent = e;
+  return f;
+}
+
+namespace {
+
+// Fixed point with d decimals: the "0" before the point goes when that makes
+// it fit. False when it doesn't fit at all.
+bool fast_fixed(double v, int w, int d, char* out, std::size_t& len) {
+  char buf[400];
+  const auto r = std::to_chars(buf, buf + sizeof buf, v, std::chars_format::fixed, d);
+  if (r.ec != std::errc{}) return false;
+  std::size_t n = static_cast<std::size_t>(r.ptr - buf);
+  const char* s = buf;
+  if (static_cast<int>(n) > w) {
+    const std::size_t z = buf[0] == '-' ? 1 : 0;
+    if (n > z + 1 && buf[z] == '0' && buf[z + 1] == '.') {
+      // "-0.5" -> "-.5": the sign moves onto the dropped zero.
+      if (z) buf[1] = '-';
+      s = buf + 1;
+      --n;
+    }
+  }
+  if (static_cast<int>(n) > w) return false;
+  std::memcpy(out, s, n);
+  len = n;
+  return true;
+}
+
+// The d significant digits of |v| and the exponent x of d.ddd x 10^x.
+bool fast_significant(double v, int d, char* digits, int& x) {
+  x = 0;
+  if (v == 0) {
+    std::memset(digits, '0', static_cast<std::size_t>(d));
+    return true;
+  }
+  char buf[64];
+  const auto r = std::to_chars(buf, buf + sizeof buf, std::fabs(v), std::chars_format::scientific, d - 1);
+  if (r.ec != std::errc{}) return false;
+  std::size_t k = 0;
+  const char* p = buf;
+  for (; p < r.ptr && *p != 'e'; ++p)
+    if (*p >= '0' && *p <= '9' && k < static_cast<std::size_t>(d)) digits[k++] = *p;
+  while (k < static_cast<std::size_t>(d)) digits[k++] = '0';
+  if (p == r.ptr) return false;
+  ++p;
+  if (p < r.ptr && *p == '+') ++p;
+  return std::from_chars(p, r.ptr, x).ec == std::errc{};
+}
+
+bool fast_exp(double v, int w, int d, int e, char* out, std::size_t& len) {
+  char digits[40];
+  int x = 0;
+  if (!fast_significant(v, d, digits, x)) return false;
+  const int ex = v == 0 ? 0 : x + 1;
+  const int mag = ex < 0 ? -ex : ex;
+  char ed[12];
+  const auto er = std::to_chars(ed, ed + sizeof ed, mag);
+  const int nd = static_cast<int>(er.ptr - ed);
+  const char sign = ex < 0 ? '-' : '+';
+  char s[96];
+  std::size_t n = 0;
+  if (std::signbit(v)) s[n++] = '-';
+  s[n++] = '0';
+  s[n++] = '.';
+  std::memcpy(s + n, digits, static_cast<std::size_t>(d));
+  n += static_cast<std::size_t>(d);
+  if (e == 0) {
+    if (mag <= 99) {
+      s[n++] = 'E';
+      s[n++] = sign;
+      if (mag < 10) s[n++] = '0';
+    } else if (mag <= 999) {
+      s[n++] = sign;
+    } else {
+      return false;
+    }
+  } else {
+    if (nd > e) return false;
+    s[n++] = 'E';
+    s[n++] = sign;
+    for (int k = nd; k < e; ++k) s[n++] = '0';
+  }
+  std::memcpy(s + n, ed, static_cast<std::size_t>(nd));
+  n += static_cast<std::size_t>(nd);
+  const char* from = s;
+  if (static_cast<int>(n) > w) {
+    const std::size_t z = s[0] == '-' ? 1 : 0;
+    if (s[z] == '0') {
+      if (z) s[1] = '-';
+      from = s + 1;
+      --n;
+    }
+  }
+  if (static_cast<int>(n) > w) return false;
+  std::memcpy(out, from, n);
+  len = n;
+  return true;
+}
+
+}  // namespace
+
+bool yyGridFastNumber(const GridFastFormat& f, double v, char* out, std::size_t& len) {
+  if (f.kind == 0 || !std::isfinite(v)) return false;
+  switch (f.kind) {
+    case 'F': return fast_fixed(v, f.width, f.decimals, out, len);
+    case 'E': return fast_exp(v, f.width, f.decimals, f.exponent, out, len);
+    default: break;
+  }
+  const int n = f.exponent > 0 ? f.exponent + 2 : 4;
+  int decimals = f.decimals - 1;
+  bool fixed = v == 0;
+  if (!fixed) {
+    // Fixed or exponent form by the value as rounded to its digits.
+    char digits[40];
+    int x = 0;
+    if (!fast_significant(v, f.decimals, digits, x)) return false;
+    const int k = x + 1;
+    fixed = k >= 0 && k <= f.decimals;
+    decimals = f.decimals - k;
+  }
+  if (!fixed) return fast_exp(v, f.width, f.decimals, f.exponent, out, len);
+  if (f.width - n < 1) return false;
+  if (decimals > 0) return fast_fixed(v, f.width - n, decimals, out, len);
+  // No decimals: the point stands alone, and there is no zero to drop.
+  char buf[400];
+  const auto r = std::to_chars(buf, buf + sizeof buf - 1, v, std::chars_format::fixed, 0);
+  if (r.ec != std::errc{}) return false;
+  std::size_t m = static_cast<std::size_t>(r.ptr - buf);
+  buf[m++] = '.';
+  if (static_cast<int>(m) > f.width - n) return false;
+  std::memcpy(out, buf, m);
+  len = m;
+  return true;
+}
+
+namespace {
+
 }  // namespace
 
 char yyGridFileSeparator(std::string_view filename) {
@@ -176,30 +389,6 @@ std::string yycompressquotes(std::string_view text) {
   return out;
 }
 
-void yyGridSplitFields(std::string_view text, char separator,
-                       const std::function<void(std::string_view field, bool endOfLine)>& field) {
-  const bool quotes = separator == ',';
-  const char* p = text.data();
-  const char* const end = p + text.size();
-  const char* start = p;
-  bool open = false;  // inside an odd number of quotes
-  auto emit = [&](const char* stop, bool eol) {
-    std::string_view f(start, static_cast<std::size_t>(stop - start));
-    if (!f.empty() && f.back() == '\r') f.remove_suffix(1);
-    field(f, eol);
-  };
-  for (; p < end; ++p) {
-    const char ch = *p;
-    if (quotes && ch == kQuote) {
-      open = !open;
-    } else if (!open && (ch == separator || ch == '\n')) {
-      emit(p, ch == '\n');
-      start = p + 1;
-    }
-  }
-  if (start < end) emit(end, true);
-}
-
 GridLoadResult yyGridModelLoad(GridModel& m, std::string_view text, const GridLoadOptions& o) {
   GridLoadResult res;
   const int ncol = m.columnCount();
@@ -225,6 +414,13 @@ GridLoadResult yyGridModelLoad(GridModel& m, std::string_view text, const GridLo
     ++row;
     col = firstCol;
   };
+  if (o.grow && m.rows < m.maxRows) {
+    // Room for every line at once rather than step by step; the rows that no
+    // line reaches are given back after.
+    const auto lines = static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n')) + 1;
+    const int wanted = static_cast<int>(std::min<std::size_t>(lines, static_cast<std::size_t>(m.maxRows)));
+    if (wanted > m.rows) yyGridModelResize(m, wanted);
+  }
   const bool quoted = o.separator == ',';
   std::string value;
   yyGridSplitFields(text, o.separator, [&](std::string_view raw, bool eol) {
@@ -242,7 +438,7 @@ GridLoadResult yyGridModelLoad(GridModel& m, std::string_view text, const GridLo
     if (col < ncol) {
       std::string_view v = raw;
       if (quoted && raw.find(kQuote) != std::string_view::npos) {
-        value = yycompressquotes(raw);
+        compress_into(raw, value);
         v = value;
       }
       const bool blanks = o.keepBlanks && col >= 0 && m.columns[at(col)].cellType == grid_type::kString;
@@ -274,24 +470,25 @@ GridLoadResult yyGridModelLoad(GridModel& m, std::string_view text, const GridLo
 }
 
 std::string yyGridModelSaveText(const GridModel& m, int c1, int c2, int r1, int r2, const GridSaveOptions& o) {
+  std::string text;
+  yyGridModelSaveChunks(m, c1, c2, r1, r2, o, [&text](std::string_view chunk) {
+    text.append(chunk);
+    return true;
+  });
+  return text;
+}
+
+bool yyGridModelSaveChunks(const GridModel& m, int c1, int c2, int r1, int r2, const GridSaveOptions& o,
+                           const std::function<bool(std::string_view)>& sink) {
+  if (c2 < c1 || r2 < r1) return true;
+  // Whole rows go out in pieces of about this size: the text of a large grid
+  // is never held at once, and the buffer stays warm.
+  constexpr std::size_t kChunk = std::size_t{1} << 18;
   std::string out;
-  if (c2 < c1 || r2 < r1) return out;
-  out.reserve(at(r2 - r1 + 1) * at(c2 - c1 + 1) * 12);
+  out.reserve(kChunk + kChunk / 4);
   const char sep = o.separator;
   const bool quote = sep == ',' && !o.noQuotes;
-  auto put_string = [&](std::string_view s) {
-    if (quote) {
-      out += kQuote;
-      out += yyexpandquotes(s);
-      out += kQuote;
-    } else if (sep == '\t') {
-      // A tab-separated file has no quotes: a tab or line end inside a cell
-      // would split it, so it goes out as a blank.
-      for (char ch : s) out += (ch == '\t' || ch == '\n' || ch == '\r') ? ' ' : ch;
-    } else {
-      out += s;
-    }
-  };
+  auto put_string = [&](std::string_view s) { append_string(out, s, sep, quote); };
   auto end_field = [&](int c) { out += c == c2 ? '\n' : sep; };
   if (o.labels && o.columnLabelBar) {
     if (o.rowLabelBar) {
@@ -303,6 +500,22 @@ std::string yyGridModelSaveText(const GridModel& m, int c1, int c2, int r1, int 
       end_field(c);
     }
   }
+  // A decimal comma is the general formatter's business.
+  const bool fastAllowed = zelvy_data::data().idecimal != 1;
+  std::vector<GridFastFormat> fast(at(c2 - c1 + 1));
+  for (int c = c1; c <= c2; ++c) {
+    const GridColumn& col = m.columns[at(c)];
+    if (fastAllowed && (col.cellType == grid_type::kReal || col.cellType == grid_type::kDouble))
+      fast[at(c - c1)] = yyGridFastFormat(col.effectiveFormat());
+  }
+  constexpr std::size_t kNumberField = 50;
+  auto put_number = [&](const GridColumn& col, const GridFastFormat& f, double v) {
+    if (col.cellType == grid_type::kReal) v = static_cast<float>(v);
+    char buf[kGridNumberWidth + 8];
+    std::size_t n = 0;
+    if (yyGridFastNumber(f, v, buf, n)) out.append(buf, std::min(n, kNumberField));
+    else out += yyGridNumberText(col, v).substr(0, kNumberField);
+  };
   for (int r = r1; r <= r2; ++r) {
     if (o.labels && o.rowLabelBar) {
       put_string(m.rowLabels[at(r)]);
@@ -319,10 +532,9 @@ std::string yyGridModelSaveText(const GridModel& m, int c1, int c2, int r1, int 
           break;
         case grid_type::kReal:
         case grid_type::kDouble:
-          if (has) out += yyGridNumberText(col, col.numbers[at(r)]).substr(0, 50);
+          if (has) put_number(col, fast[at(c - c1)], col.numbers[at(r)]);
           else if (o.undefinedValues)
-            out += yyGridNumberText(col, col.cellType == grid_type::kReal ? o.realUndefined : o.doubleUndefined)
-                       .substr(0, 50);
+            put_number(col, fast[at(c - c1)], col.cellType == grid_type::kReal ? o.realUndefined : o.doubleUndefined);
           break;
         case grid_type::kCheckbox: out += has ? "Yes" : "No"; break;
         case grid_type::kCombo: {
@@ -335,6 +547,10 @@ std::string yyGridModelSaveText(const GridModel& m, int c1, int c2, int r1, int 
       }
       end_field(c);
     }
+    if (out.size() >= kChunk) {
+      if (!sink(out)) return false;
+      out.clear();
+    }
   }
-  return out;
+  return out.empty() || sink(out);
 }

@@ -22,8 +22,30 @@ std::string yycompressquotes(std::string_view text);
 // quotes belongs to the field. `field` gets the raw field (quotes still on,
 // a trailing CR dropped) and whether an LF ended it. The text after the last
 // LF, if any, is one more line.
-void yyGridSplitFields(std::string_view text, char separator,
-                       const std::function<void(std::string_view field, bool endOfLine)>& field);
+template <typename Field>
+void yyGridSplitFields(std::string_view text, char separator, Field&& field) {
+  constexpr char kQuote = '"';
+  const bool quotes = separator == ',';
+  const char* p = text.data();
+  const char* const end = p + text.size();
+  const char* start = p;
+  bool open = false;  // inside an odd number of quotes
+  auto emit = [&](const char* stop, bool eol) {
+    std::string_view f(start, static_cast<std::size_t>(stop - start));
+    if (!f.empty() && f.back() == '\r') f.remove_suffix(1);
+    field(f, eol);
+  };
+  for (; p < end; ++p) {
+    const char ch = *p;
+    if (quotes && ch == kQuote) {
+      open = !open;
+    } else if (!open && (ch == separator || ch == '\n')) {
+      emit(p, ch == '\n');
+      start = p + 1;
+    }
+  }
+  if (start < end) emit(end, true);
+}
 
 struct GridLoadOptions {
   char separator = ',';
@@ -56,5 +78,21 @@ struct GridSaveOptions {
   double realUndefined = -999.0, doubleUndefined = -999.0;
 };
 
+// A column's number format read once for writing many numbers: the one-item
+// forms (Fw.d), (Ew.d[Ee]) and (Gw.d[Ee]); `kind` 0 for any other.
+struct GridFastFormat {
+  char kind = 0;
+  int width = 0, decimals = 0, exponent = 0;
+};
+GridFastFormat yyGridFastFormat(std::string_view format);
+// The number as the column's format writes it (as yyGridNumberText does),
+// into `out` of at least kGridNumberWidth bytes; false when this form can't
+// say, and the general formatter must.
+bool yyGridFastNumber(const GridFastFormat& format, double value, char* out, std::size_t& length);
+
 // The text of a rectangle of the grid (inclusive bounds) as the file holds it.
 std::string yyGridModelSaveText(const GridModel& m, int c1, int c2, int r1, int r2, const GridSaveOptions& options);
+// The same text handed to `sink` in pieces of whole rows; stops at the first
+// piece the sink refuses, and then returns false.
+bool yyGridModelSaveChunks(const GridModel& m, int c1, int c2, int r1, int r2, const GridSaveOptions& options,
+                           const std::function<bool(std::string_view)>& sink);

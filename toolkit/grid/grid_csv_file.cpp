@@ -1,10 +1,12 @@
 // Grid files on disk: the whole file is read before the grid is touched, so
 // a file that can't be read, or isn't text, leaves the grid as it was.
 #include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstdio>
+#include <cerrno>
 #include <cstring>
 #include <string>
 
@@ -22,28 +24,74 @@ constexpr int kOpenFailed = 1, kReadFailed = 2, kBadCell = 1017;
 constexpr int kOptionLabels = 2, kOptionKeepBlanks = 8;
 constexpr int kOptionNoQuotes = 1, kOptionUndefined = 4;
 
-// The file's bytes; 0, 1 (can't open) or 2 (can't read).
+// The file's bytes; 0, 1 (can't open) or 2 (can't read). A regular file is
+// read at its size in one go; anything else in blocks until its end.
 int read_file(const std::string& name, std::string& data) {
   const int fd = ::open(name.c_str(), O_RDONLY | O_CLOEXEC);
   if (fd < 0) return kOpenFailed;
   data.clear();
-  // Blocks of a size the file system likes; the string grows by doubling.
+  struct stat st {};
   constexpr std::size_t kBlock = 1 << 16;
+  const std::size_t expected = ::fstat(fd, &st) == 0 && S_ISREG(st.st_mode) ? static_cast<std::size_t>(st.st_size) : 0;
+  // One byte more than the size, so that the end is seen without a regrow.
+  std::size_t room = expected + 1;
   int status = 0;
   for (;;) {
     const std::size_t have = data.size();
-    data.resize(have + kBlock);
-    const ssize_t n = ::read(fd, data.data() + have, kBlock);
+    if (room < kBlock) room = kBlock;
+    data.resize(have + room);
+    const ssize_t n = ::read(fd, data.data() + have, room);
     if (n < 0) {
+      data.resize(have);
       status = kReadFailed;
       break;
     }
     data.resize(have + static_cast<std::size_t>(n));
     if (n == 0) break;
+    // Past the expected size only the end is left to see; a pipe's string
+    // grows by doubling.
+    room = expected > 0 ? kBlock : data.size();
   }
   ::close(fd);
   return status;
 }
+
+// A file's text: a regular file is mapped, so its bytes are read once, by
+// the parser, and never copied; anything else is read into memory.
+class FileText {
+ public:
+  FileText() = default;
+  FileText(const FileText&) = delete;
+  FileText& operator=(const FileText&) = delete;
+  ~FileText() {
+    if (map_) ::munmap(map_, size_);
+  }
+  // 0, 1 (can't open) or 2 (can't read).
+  int load(const std::string& name) {
+    const int fd = ::open(name.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0) return kOpenFailed;
+    struct stat st {};
+    if (::fstat(fd, &st) == 0 && S_ISREG(st.st_mode) && st.st_size > 0) {
+      void* p = ::mmap(nullptr, static_cast<std::size_t>(st.st_size), PROT_READ, MAP_PRIVATE | MAP_POPULATE, fd, 0);
+      if (p != MAP_FAILED) {
+        map_ = p;
+        size_ = static_cast<std::size_t>(st.st_size);
+        ::close(fd);
+        return 0;
+      }
+    }
+    ::close(fd);
+    return read_file(name, data_);
+  }
+  std::string_view view() const {
+    return map_ ? std::string_view(static_cast<const char*>(map_), size_) : std::string_view(data_);
+  }
+
+ private:
+  void* map_ = nullptr;
+  std::size_t size_ = 0;
+  std::string data_;
+};
 
 }  // namespace
 
@@ -51,8 +99,9 @@ void WGridLoad(int fieldid, std::string_view filename, std::optional<int> grow, 
   int error = 0;
   Widget grid = yyGridFind(fieldid, error);
   if (!grid) return yyerror(error, "WGridLoad");
-  std::string data;
-  if (const int status = read_file(std::string(filename), data)) return yyerror(status, "WGridLoad");
+  FileText file;
+  if (const int status = file.load(std::string(filename))) return yyerror(status, "WGridLoad");
+  const std::string_view data = file.view();
   // A zero byte never stands in a text file: nothing of it is loaded.
   if (std::memchr(data.data(), '\0', data.size())) return yyerror(kReadFailed, "WGridLoad");
   GridPart& g = yyGridPart(grid);
@@ -67,9 +116,9 @@ void WGridLoad(int fieldid, std::string_view filename, std::optional<int> grow, 
   o.rowLabelBar = g.rowLabel;
   s.model.maxRows = g.maxNrow;
   if (s.selectionOn) yyGridWidgetSelectX(grid, false, 0, 0, 0, 0);
-  s.redrawOff = true;
+  yygridcellredrawoff(grid);
   const GridLoadResult r = yyGridModelLoad(s.model, data, o);
-  s.redrawOff = false;
+  s.redrawOff = false;  // the rows are shown anew below
   if (r.labelsChanged && g.colLabel)
     for (int c = 0; c < s.model.columnCount(); ++c) yyGridWidgetSetColumnLabelX(grid, c, s.model.columns[static_cast<std::size_t>(c)].label);
   yyGridShowRows(grid);
@@ -100,10 +149,18 @@ void WGridSave(int fieldid, std::string_view filename, std::optional<int> firstC
   o.integerUndefined = d.iundef;
   o.realUndefined = d.rundef;
   o.doubleUndefined = d.dundef;
-  const std::string text = yyGridModelSaveText(m, c1, c2, r1, r2, o);
-  std::FILE* f = std::fopen(std::string(filename).c_str(), "wb");
-  if (!f) return yyerror(kOpenFailed, "WGridSave");
-  const bool written = std::fwrite(text.data(), 1, text.size(), f) == text.size();
-  const bool closed = std::fclose(f) == 0;
+  const int fd = ::open(std::string(filename).c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+  if (fd < 0) return yyerror(kOpenFailed, "WGridSave");
+  // A short write gives up at once.
+  const bool written = yyGridModelSaveChunks(m, c1, c2, r1, r2, o, [fd](std::string_view chunk) {
+    while (!chunk.empty()) {
+      const ssize_t n = ::write(fd, chunk.data(), chunk.size());
+      if (n < 0 && errno == EINTR) continue;
+      if (n <= 0) return false;
+      chunk.remove_prefix(static_cast<std::size_t>(n));
+    }
+    return true;
+  });
+  const bool closed = ::close(fd) == 0;
   if (!written || !closed) yyerror(kReadFailed, "WGridSave");
 }

@@ -153,6 +153,12 @@ bool yyGridModelInRange(const GridColumn& c, double number) {
   return c.maximum < c.minimum || (number >= c.minimum && number <= c.maximum);
 }
 
+int yyGridModelMenuOption(const GridColumn& c, std::string_view text) {
+  while (!text.empty() && (text.back() == ' ' || text.back() == '\0')) text.remove_suffix(1);
+  const auto hit = std::find(c.options.begin(), c.options.end(), text);
+  return hit == c.options.end() ? 0 : static_cast<int>(hit - c.options.begin()) + 1;
+}
+
 std::string yyGridClipText(const GridModel& m, int c1, int r1, int c2, int r2) {
   std::string out;
   for (int r = r1; r <= r2; ++r) {

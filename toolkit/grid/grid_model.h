@@ -89,6 +89,9 @@ std::string yyGridModelText(const GridColumn& c, int row);
 // The cell's number and whether it is defined; a string cell is parsed.
 void yyGridModelNumber(const GridColumn& c, int row, double& number, bool& defined);
 bool yyGridModelInRange(const GridColumn& c, double number);
+// The option of a combo column with that text (trailing blanks aside), from
+// 1; 0 when no option has it.
+int yyGridModelMenuOption(const GridColumn& c, std::string_view text);
 
 // The text form of a rectangle for the clipboard: cells separated by TAB,
 // every row ended by LF.

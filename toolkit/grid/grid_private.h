@@ -121,6 +121,10 @@ void yyGridColour(Widget grid, int state);
 // A number stored as given, text made only for a cell on screen; a format
 // other than the column's becomes the column's.
 void yyGridWidgetSetNumberX(Widget grid, int column, int row, double number, std::string_view format);
+// Cells written while redraw is off aren't shown one by one; "on" brings the
+// cells in view up to date at once.
+void yygridcellredrawoff(Widget grid);
+void yygridcellredrawon(Widget grid);
 // New columns from the template's fields (numbers from 1), widths in dialog
 // units (-1 first: the template's); false when the template is missing.
 bool yyGridWidgetSetColumnsX(Widget grid, int count, const std::vector<int>& templateFields,

@@ -1442,8 +1442,8 @@ void yyGridColour(Widget grid, int state) {
 void yyGridWidgetColourCellX(Widget grid, int column, int row, int fg, int bg) {
   GridState& s = st(grid);
   auto split = [](int rgb, int* out) {
-    if (rgb < 0) {
-      out[0] = -1;
+    if (rgb < 0 || rgb == 256) {  // -1 unset, 256 the scheme's again
+      out[0] = rgb;
       return;
     }
     out[0] = rgb & 0xFF;

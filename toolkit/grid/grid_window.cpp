@@ -28,6 +28,7 @@
 #include "toolkit/kernel/message.h"
 #include "toolkit/kernel/message_private.h"
 #include "toolkit/kernel/statusbar_private.h"
+#include "toolkit/kernel/toolbar.h"
 #include "toolkit/kernel/window.h"
 #include "toolkit/kernel/window_private.h"
 #include "toolkit/os/files.h"
@@ -38,6 +39,7 @@ constexpr int kGridKind = 4;
 constexpr int kNoWindow = 1022, kConverted = 1038, kMenuInParent = 1051, kBadMode = 1052, kInitFailed = 1053,
               kInsideChildren = 1057, kNoDialog = 1005, kNotGrid = 1006;
 constexpr std::uint32_t kWantReturnAndTab = 0x5000;
+constexpr int kToolbarGreyed = 2;
 // Message box buttons, icons and answers.
 constexpr int kButtonsOk = 0, kButtonsYesNoCancel = 4;
 constexpr int kIconError = 1, kIconQuestion = 2, kIconInfo = 4;
@@ -145,15 +147,68 @@ std::vector<MenuDescriptor> menu_items(int o, bool readOnly) {
 
 MenuRecord* menu_of(int h) { return zelvy_menu::state().pwRootMenuSub[static_cast<std::size_t>(h)].get(); }
 
+// An item greyed or enabled; a toolbar button of the item follows, menu or not.
 void set_item(int h, int id, bool on) {
   MenuRecord* m = menu_of(h);
-  if (!m) return;
-  const int i = m->find(id);
-  if (i < 0) return;
+  const int i = m ? m->find(id) : -1;
+  if (i < 0) {
+    const int state = yyMenuToolbarButtonState(h, id);
+    if (state >= 0) yyMenuSetToolbarIdent(h, id, on ? state & ~kToolbarGreyed : state | kToolbarGreyed);
+    return;
+  }
   std::uint32_t& fl = m->ItemFlags[static_cast<std::size_t>(i)];
   const std::uint32_t before = fl;
   fl = on ? (fl & ~kMenuGreyed) : (fl | kMenuGreyed);
   if (fl != before && m->Created) menu_detail::yyMenuDrawItem(*m, i);
+  if (fl != before) yyMenuSetToolbarIdent(h, id, static_cast<int>(fl & (kMenuGreyed | kMenuChecked)));
+}
+
+// ---- Toolbar ----------------------------------------------------------------------
+
+// The buttons by the same rules as their menu items; every row keeps its
+// picture's place in the strip whether it is shown or not.
+std::vector<ToolbarDescriptor> toolbar_rows(int o, bool readOnly) {
+  using namespace grid_window;
+  const bool newOpen = !has(o, kNoNewOpen), save = !has(o, kNoSave) && !readOnly, print = !has(o, kNoPrint);
+  const bool rows = has(o, kRowCommands) && !readOnly;
+  const bool find = !has(o, kNoFind), go = !has(o, kNoGoto);
+  const bool files = newOpen || save || print;
+  return {
+      {newOpen && !readOnly, "New", kNew},
+      {newOpen, "Open", kOpen},
+      {save, "Save", kSave},
+      {print, "Print", kPrint},
+      {files, "", 0},
+      {!readOnly, "Cut", kCut},
+      {true, "Copy", kCopy},
+      {!readOnly, "Paste", kPaste},
+      {!readOnly, "", 0},
+      {!readOnly, "Sort", kSort},
+      {rows, "Insert Row Before Current", kInsertBefore},
+      {rows, "Insert Row After Current", kInsertAfter},
+      {rows, "Delete Row", kDeleteRow},
+      {find || go, "", 0},
+      {find, "Find", kFind},
+      {go, "Goto Cell", kGotoCell},
+  };
+}
+
+void build_toolbar(GridWindowData& w) {
+  const int h = w.windowHandle;
+  const bool large = has(w.options, grid_window::kLargeToolbar);
+  constexpr int kSmallStrip = 32110, kLargeStrip = 32118, kSmall = 16, kLarge = 32;
+  const std::vector<ToolbarDescriptor> rows = toolbar_rows(w.options, part_of(w).readOnly);
+  yyMenuLoadDynamicToolbar(rows, h, large ? kLargeStrip : kSmallStrip, large ? kLarge : kSmall);
+  w.toolbar = yyMenuToolbarThickness(h, kToolbarTop) > 0 ? 1 : 0;
+  if (!w.toolbar) return;
+  // The buttons start as their items stand.
+  MenuRecord* m = menu_of(h);
+  for (const ToolbarDescriptor& row : rows) {
+    const int i = row.include && row.id != 0 && m ? m->find(row.id) : -1;
+    if (i >= 0)
+      yyMenuSetToolbarIdent(h, row.id,
+                            static_cast<int>(m->ItemFlags[static_cast<std::size_t>(i)] & (kMenuGreyed | kMenuChecked)));
+  }
 }
 
 void build_menu(GridWindowData& w, int menuid) {
@@ -205,7 +260,17 @@ void refresh(GridWindowData& w, int cellCode = -1) {
   }
   const bool sel = g.st->selectionOn;
   for (int id : {kSaveSelection, kPrintSelection}) set_item(w.windowHandle, id, sel);
-  set_item(w.windowHandle, kPaste, yyGridCanPaste(grid));
+  // Paste is judged where it would go: at the cell becoming current.
+  GridPart& gp = yyGridPart(grid);
+  const int oldColumn = gp.icol, oldRow = gp.irow;
+  if (g.st->model.inside(column, row)) {
+    gp.icol = column;
+    gp.irow = row;
+  }
+  const bool paste = yyGridCanPaste(grid);
+  gp.icol = oldColumn;
+  gp.irow = oldRow;
+  set_item(w.windowHandle, kPaste, paste);
 }
 
 void shutdown(int h) {
@@ -720,8 +785,15 @@ void yygridedit_(int fieldid, int mode, int menuid, int options, std::string_vie
     WindowOutStatusBar(1, "Row", h);
     WindowOutStatusBar(3, "Column", h);
   }
-  // The toolbar (the mode word's 0x20 and picture size) joins here once the
-  // kernel offers toolbars.
+  if (!has(options, grid_window::kNoToolbar)) {
+    build_toolbar(w);
+    if (!menu_of(h)) {
+      // No menu to carry the states: the buttons take them from here.
+      set_item(h, kFindNext, false);
+      if (part_of(w).readOnly)
+        for (int id : {kCut, kCopy, kPaste, kDelete}) set_item(h, id, false);
+    }
+  }
   yyWindowResize(h);
   fit(w);
   XtAddEventHandler(ws.wtClient[h], StructureNotifyMask, False, client_configured,

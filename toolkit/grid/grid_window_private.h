@@ -30,7 +30,7 @@ inline constexpr int kSortColumn = 1002, kSortAscending = 1004, kSortDescending 
 struct GridWindowData {
   FieldRecord gridField;  // the grid's own record, apart from the dialog it came from
   DialogRecord host;      // what the grid was built in: the window's client area
-  int toolbar = 0;        // the kernel's toolbar joins here once it exists
+  int toolbar = 0;        // 1 while the window shows its toolbar
   int windowHandle = 0;
   int ownerDialog = 0;
   int options = 0;
