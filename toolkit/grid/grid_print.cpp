@@ -408,10 +408,11 @@ class TablePrinter {
         line("clip newpath");
         const float ty = yRows + static_cast<float>(i) * R_ + (R_ - F_) / 2;
         if (check) {
-          // A set box shows the tick of the symbol font, a clear one a dash.
-          const char* shown = cell.set ? "\\326" : "-";
-          const char* op = col.align == 2 ? ") rsh" : col.align == 1 ? ") csh" : ") lsh";
-          line(yygridprintxy(tx, ty + 0.75f * F_, pageHeight_, "m") + "\n(" + shown + op);
+          // A clear box prints a dash; a set one is left blank.
+          if (!cell.set) {
+            const char* op = col.align == 2 ? ") rsh" : col.align == 1 ? ") csh" : ") lsh";
+            line(yygridprintxy(tx, ty + 0.75f * F_, pageHeight_, "m") + "\n(-" + op);
+          }
         } else if (!cell.text.empty()) {
           line(yygridprinttext_(tx, ty, F_, pageHeight_, cell.text, col.align));
         }
