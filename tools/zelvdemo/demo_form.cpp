@@ -94,6 +94,9 @@ std::string zelvdemo_describe(int type, const MessageRecord& m) {
   int error = 0;
   if (type == TabChanged) return "Page " + std::to_string(m.Value1) + " -> " + std::to_string(m.Value2);
   if (type == PushButton) return "Button " + std::to_string(m.Value1);
+  if (type == ContextClick)
+    return "Right click on field " + std::to_string(m.Value4) + ", item " + std::to_string(m.Value1) +
+           ", modifiers " + std::to_string(m.Value2);
   if (type != FieldChanged) return {};
   const int field = m.Value2;
   switch (field) {

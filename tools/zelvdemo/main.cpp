@@ -12,7 +12,7 @@ int main() {
   namespace form = zelvdemo_ids::demo;
   zelvdemo_start();
   zelvdemo_open();
-  for (int type : {FieldChanged, TabChanged, PushButton}) WMessageEnable(type, 1);
+  for (int type : {FieldChanged, TabChanged, PushButton, ContextClick}) WMessageEnable(type, 1);
   constexpr int kStep = 100, kFull = 1000;
   for (;;) {
     int type = 0;
