@@ -41,6 +41,16 @@ struct Group {
 
 bool near_integer(double x) { return std::fabs(x - std::nearbyint(x)) <= kIndexTolerance; }
 
+// Indices that came in as whole numbers in range need no rounding.
+bool exact_index(const double (&x)[3], Hkl& out) {
+  for (int r = 0; r < 3; ++r) {
+    if (!(std::fabs(x[r]) <= kMaxIndex)) return false;
+    out[r] = static_cast<int>(x[r]);
+    if (static_cast<double>(out[r]) != x[r]) return false;
+  }
+  return true;
+}
+
 std::string values_text(const Observation& o) {
   char buf[128];
   std::snprintf(buf, sizeof buf, "%g %g %g %g %g", o.hkl[0], o.hkl[1], o.hkl[2], o.intensity, o.sigma);
@@ -59,13 +69,19 @@ struct GroupResult {
   int n = 0;
 };
 
-GroupResult merge_group(const std::vector<Observation>& obs, std::vector<std::int32_t>& members, double limit,
+// The intensities and sigmas of all groups lie one group after the other;
+// `members` are positions in them.
+struct Measured {
+  std::vector<double> intensity, sigma;
+};
+
+GroupResult merge_group(const Measured& obs, std::vector<std::int32_t>& members, double limit,
                         std::vector<std::int32_t>& dropped) {
   double sw = 0, swi = 0;
   for (auto i : members) {
-    const double w = 1 / (obs[i].sigma * obs[i].sigma);
+    const double w = 1 / (obs.sigma[i] * obs.sigma[i]);
     sw += w;
-    swi += w * obs[i].intensity;
+    swi += w * obs.intensity[i];
   }
   // At most a quarter of a group goes: beyond that the group, not one
   // measurement, is in question.
@@ -74,19 +90,19 @@ GroupResult merge_group(const std::vector<Observation>& obs, std::vector<std::in
     double worst = 0;
     std::size_t at = 0;
     for (std::size_t j = 0; j < members.size(); ++j) {
-      const Observation& o = obs[members[j]];
-      const double w = 1 / (o.sigma * o.sigma);
+      const double si = obs.sigma[members[j]], in = obs.intensity[members[j]];
+      const double w = 1 / (si * si);
       const double others = sw - w;
       // Squared distance in sigma from the mean of the others.
-      const double diff = o.intensity - (swi - w * o.intensity) / others;
-      const double dev2 = diff * diff / (o.sigma * o.sigma + 1 / others);
+      const double diff = in - (swi - w * in) / others;
+      const double dev2 = diff * diff / (si * si + 1 / others);
       if (dev2 > worst) worst = dev2, at = j;
     }
     if (!(worst > limit * limit)) break;
-    const Observation& o = obs[members[at]];
-    const double w = 1 / (o.sigma * o.sigma);
+    const double si = obs.sigma[members[at]], in = obs.intensity[members[at]];
+    const double w = 1 / (si * si);
     sw -= w;
-    swi -= w * o.intensity;
+    swi -= w * in;
     dropped.push_back(members[at]);
     members.erase(members.begin() + static_cast<std::ptrdiff_t>(at));
   }
@@ -96,11 +112,11 @@ GroupResult merge_group(const std::vector<Observation>& obs, std::vector<std::in
   const double counting2 = 1 / sw;
   double spread = 0;
   for (auto i : members) {
-    const Observation& o = obs[i];
-    const double d = o.intensity - g.mean;
-    spread += d * d / (o.sigma * o.sigma);
+    const double si = obs.sigma[i], in = obs.intensity[i];
+    const double d = in - g.mean;
+    spread += d * d / (si * si);
     g.abs_dev += std::fabs(d);
-    g.sum_i += o.intensity;
+    g.sum_i += in;
   }
   // Counting statistics count as one degree of freedom, the spread of the n
   // observations about their mean as n - 1.
@@ -173,6 +189,12 @@ Reduction reduce(std::vector<Observation> obs, const SpaceGroup& group, const Se
   for (std::size_t i = 0; i < obs.size(); ++i) {
     if (!keep[i]) continue;
     Observation& o = obs[i];
+    if (!set.transform && exact_index(o.hkl, index[i])) {
+      o.intensity *= scale;
+      o.sigma *= std::fabs(scale);
+      for (int r = 0; r < 3; ++r) lo[r] = std::min(lo[r], index[i][r]), hi[r] = std::max(hi[r], index[i][r]);
+      continue;
+    }
     double x[3] = {o.hkl[0], o.hkl[1], o.hkl[2]};
     if (set.transform) {
       const auto& t = *set.transform;
@@ -358,10 +380,18 @@ Reduction reduce(std::vector<Observation> obs, const SpaceGroup& group, const Se
     if (gid[i] >= 0) ++start[static_cast<std::size_t>(gid[i]) + 1];
   for (std::size_t g = 0; g < ng; ++g) start[g + 1] += start[g];
   order.resize(static_cast<std::size_t>(start[ng]));
+  Measured measured;
+  measured.intensity.resize(order.size());
+  measured.sigma.resize(order.size());
   {
     std::vector<std::int32_t> fill(start.begin(), start.end() - 1);
     for (std::size_t i = 0; i < obs.size(); ++i)
-      if (gid[i] >= 0) order[static_cast<std::size_t>(fill[static_cast<std::size_t>(gid[i])]++)] = static_cast<std::int32_t>(i);
+      if (gid[i] >= 0) {
+        const auto at = static_cast<std::size_t>(fill[static_cast<std::size_t>(gid[i])]++);
+        order[at] = static_cast<std::int32_t>(i);
+        measured.intensity[at] = obs[i].intensity;
+        measured.sigma[at] = obs[i].sigma;
+      }
   }
 
   // Merging, with the resolution of each group.
@@ -371,9 +401,11 @@ Reduction reduce(std::vector<Observation> obs, const SpaceGroup& group, const Se
   std::vector<double> abs_dev(ng), sum_i(ng);
   std::vector<std::int32_t> members, dropped;
   for (std::size_t g = 0; g < ng; ++g) {
-    members.assign(order.begin() + start[g], order.begin() + start[g + 1]);
+    members.resize(static_cast<std::size_t>(start[g + 1] - start[g]));
+    for (std::size_t j = 0; j < members.size(); ++j) members[j] = start[g] + static_cast<std::int32_t>(j);
     dropped.clear();
-    const GroupResult r = merge_group(obs, members, set.outlier_sigma, dropped);
+    const GroupResult r = merge_group(measured, members, set.outlier_sigma, dropped);
+    for (auto& i : dropped) i = order[static_cast<std::size_t>(i)];
     for (auto i : dropped) {
       char buf[96];
       std::snprintf(buf, sizeof buf, "outlier: more than %g sigma from the mean of its equivalents",
