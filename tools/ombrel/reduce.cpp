@@ -1,5 +1,7 @@
 #include "reduce.h"
 
+#include "big_buffer.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
@@ -157,7 +159,7 @@ Reduction reduce(std::vector<Observation> obs, const SpaceGroup& group, const Se
 
   // Domain codes: a run of negative codes closed by a positive one is one
   // measured spot shared by several domains; only domain 1 alone is merged.
-  std::vector<char> keep(obs.size(), 1);
+  std::vector<char> keep = big_vector<char>(obs.size(), 1);
   if (set.domain_codes) {
     std::size_t start = 0;
     for (std::size_t i = 0; i < obs.size(); ++i) {
@@ -183,8 +185,8 @@ Reduction reduce(std::vector<Observation> obs, const SpaceGroup& group, const Se
   const int d = set.kvec ? denominator(*set.kvec) : 1;
   red.kvec_denominator = set.kvec ? d : 0;
   const double scale = set.scale.value_or(1.0);
-  std::vector<Hkl> index(obs.size());
-  std::vector<signed char> sat(obs.size(), 0);
+  std::vector<Hkl> index = big_vector<Hkl>(obs.size(), Hkl{});
+  std::vector<signed char> sat = big_vector<signed char>(obs.size(), 0);
   Hkl lo{0, 0, 0}, hi{0, 0, 0};
   for (std::size_t i = 0; i < obs.size(); ++i) {
     if (!keep[i]) continue;
@@ -243,7 +245,7 @@ Reduction reduce(std::vector<Observation> obs, const SpaceGroup& group, const Se
   // Each distinct index triple is looked at once: absence, then its group.
   long long box = 1;
   for (int r = 0; r < 3; ++r) box *= hi[r] - lo[r] + 1;
-  std::vector<std::int32_t> dense(box <= kDenseTableLimit ? static_cast<std::size_t>(box) : 0, kUnknown);
+  std::vector<std::int32_t> dense = big_vector<std::int32_t>(box <= kDenseTableLimit ? static_cast<std::size_t>(box) : 0, kUnknown);
   std::unordered_map<std::uint64_t, std::int32_t> sparse, groups_by_key;
   std::vector<Group> groups;
   auto group_of = [&](std::uint64_t key, const Group& g) {
@@ -341,7 +343,7 @@ Reduction reduce(std::vector<Observation> obs, const SpaceGroup& group, const Se
     return g = group_of(pack(rep, minus, kNuclear), {shown, 0, {double(shown[0]), double(shown[1]), double(shown[2])}});
   };
 
-  std::vector<std::int32_t> gid(obs.size(), kUnknown);
+  std::vector<std::int32_t> gid = big_vector<std::int32_t>(obs.size(), kUnknown);
   for (std::size_t i = 0; i < obs.size(); ++i) {
     if (!keep[i]) continue;
     const Hkl& h = index[i];
@@ -379,10 +381,9 @@ Reduction reduce(std::vector<Observation> obs, const SpaceGroup& group, const Se
   for (std::size_t i = 0; i < obs.size(); ++i)
     if (gid[i] >= 0) ++start[static_cast<std::size_t>(gid[i]) + 1];
   for (std::size_t g = 0; g < ng; ++g) start[g + 1] += start[g];
-  order.resize(static_cast<std::size_t>(start[ng]));
-  Measured measured;
-  measured.intensity.resize(order.size());
-  measured.sigma.resize(order.size());
+  const auto members_total = static_cast<std::size_t>(start[ng]);
+  order = big_vector<std::int32_t>(members_total, 0);
+  Measured measured{big_vector<double>(members_total, 0.0), big_vector<double>(members_total, 0.0)};
   {
     std::vector<std::int32_t> fill(start.begin(), start.end() - 1);
     for (std::size_t i = 0; i < obs.size(); ++i)

@@ -1,5 +1,7 @@
 #include "reflections.h"
 
+#include "big_buffer.h"
+
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -231,7 +233,9 @@ class Reader {
       }
       if (!point || !digits) return false;
       // The same sum as the general reader's, for the same bits.
-      const double x = static_cast<double>(whole) + static_cast<double>(fraction) / static_cast<double>(scale);
+      const double part = scale == kCents ? cents_[static_cast<std::size_t>(fraction)]
+                                          : static_cast<double>(fraction) / static_cast<double>(scale);
+      const double x = static_cast<double>(whole) + part;
       v[i] = negative ? -x : x;
     }
     if (!(v[1] > 0)) return false;
@@ -307,6 +311,15 @@ class Reader {
       for (double& x : o.hkl) x = std::nearbyint(x);
     r_.observations.push_back(o);
   }
+
+  // Two decimals are the rule: their quotients, divided once.
+  static constexpr long long kCents = 100;
+  static std::array<double, kCents> cents() {
+    std::array<double, kCents> t{};
+    for (std::size_t i = 0; i < t.size(); ++i) t[i] = static_cast<double>(i) / static_cast<double>(kCents);
+    return t;
+  }
+  const std::array<double, kCents> cents_ = cents();
 
   int type_;
   bool real_;
@@ -431,7 +444,7 @@ ReadResult read_reflection_file(const std::string& path, int hkl_type, bool real
   const std::string_view text = file.text();
   // Room for as many reflections as the file can hold at the usual line
   // length: pages never written to cost nothing.
-  r.observations.reserve(text.size() / kShortestLine + 1);
+  reserve_big(r.observations, text.size() / kShortestLine + 1);
   read_lines(text, hkl_type, real_indices, r);
   return r;
 }
