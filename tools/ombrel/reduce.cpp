@@ -309,14 +309,15 @@ Reduction reduce(std::vector<Observation> obs, const SpaceGroup& group, const Se
   // 2 * representative + (reached through the inversion).
   std::vector<Hkl> reps;
   std::vector<std::int32_t> rep_group;
+  const long long ny = hi[1] - lo[1] + 1, nz = hi[2] - lo[2] + 1;
+  auto in_box = [&](const Hkl& p) {
+    return p[0] >= lo[0] && p[0] <= hi[0] && p[1] >= lo[1] && p[1] <= hi[1] && p[2] >= lo[2] && p[2] <= hi[2];
+  };
+  auto slot_of = [&](const Hkl& p) {
+    return static_cast<std::size_t>(((long long)(p[0] - lo[0]) * ny + (p[1] - lo[1])) * nz + (p[2] - lo[2]));
+  };
   if (!dense.empty()) {
-    const long long ny = hi[1] - lo[1] + 1, nz = hi[2] - lo[2] + 1;
-    auto in_box = [&](const Hkl& p) {
-      return p[0] >= lo[0] && p[0] <= hi[0] && p[1] >= lo[1] && p[1] <= hi[1] && p[2] >= lo[2] && p[2] <= hi[2];
-    };
-    auto slot_of = [&](const Hkl& p) {
-      return static_cast<std::size_t>(((long long)(p[0] - lo[0]) * ny + (p[1] - lo[1])) * nz + (p[2] - lo[2]));
-    };
+    std::vector<Hkl> images;
     for (int h = lo[0]; h <= hi[0]; ++h)
       for (int k = lo[1]; k <= hi[1]; ++k)
         for (int l = lo[2]; l <= hi[2]; ++l) {
@@ -324,7 +325,8 @@ Reduction reduce(std::vector<Observation> obs, const SpaceGroup& group, const Se
           if (!group.in_asu(p)) continue;
           const auto r = static_cast<std::int32_t>(reps.size());
           reps.push_back(p);
-          for (const Hkl& q : group.images(p)) {
+          group.images(p, images);
+          for (const Hkl& q : images) {
             const Hkl mq{-q[0], -q[1], -q[2]};
             if (in_box(mq)) dense[slot_of(mq)] = 2 * r + 1;
             if (in_box(q)) dense[slot_of(q)] = 2 * r;
@@ -332,13 +334,25 @@ Reduction reduce(std::vector<Observation> obs, const SpaceGroup& group, const Se
         }
     rep_group.assign(2 * reps.size(), kUnknown);
   }
+  // Absence and centricity hold for a whole class of equivalents: each is
+  // worked out once, for its representative.
+  std::vector<signed char> rep_absence(reps.size(), -1), rep_centric(reps.size(), -1);
+  auto absence_of_rep = [&](std::size_t r) {
+    if (rep_absence[r] < 0) rep_absence[r] = static_cast<signed char>(group.absence(reps[r]));
+    return static_cast<Absence>(rep_absence[r]);
+  };
+  auto centric_of_rep = [&](std::size_t r) {
+    if (rep_centric[r] < 0) rep_centric[r] = static_cast<signed char>(group.centric(reps[r]));
+    return rep_centric[r] != 0;
+  };
   auto from_rep = [&](std::int32_t code) -> std::int32_t {
     std::int32_t& g = rep_group[static_cast<std::size_t>(code)];
     if (g != kUnknown) return g;
-    const Hkl& rep = reps[static_cast<std::size_t>(code / 2)];
-    const Absence a = group.absence(rep);
+    const auto r = static_cast<std::size_t>(code / 2);
+    const Hkl& rep = reps[r];
+    const Absence a = absence_of_rep(r);
     if (a != Absence::none) return g = a == Absence::centring ? kCentringAbsent : kScrewAbsent;
-    const bool minus = !set.friedel && code % 2 == 1 && !group.centric(rep);
+    const bool minus = !set.friedel && code % 2 == 1 && !centric_of_rep(r);
     const Hkl shown = minus ? Hkl{-rep[0], -rep[1], -rep[2]} : rep;
     return g = group_of(pack(rep, minus, kNuclear), {shown, 0, {double(shown[0]), double(shown[1]), double(shown[2])}});
   };
@@ -461,12 +475,16 @@ Reduction reduce(std::vector<Observation> obs, const SpaceGroup& group, const Se
         for (long long k = -lim[1]; k <= lim[1]; ++k)
           for (long long l = -lim[2]; l <= lim[2]; ++l) {
             const Hkl hkl{int(h), int(k), int(l)};
-            if (!group.in_asu(hkl)) continue;
+            // Inside the table a triple of the asymmetric unit is its own representative.
+            const std::int32_t code = !dense.empty() && in_box(hkl) ? dense[slot_of(hkl)] : kUnknown;
+            const auto r = static_cast<std::size_t>(code / 2);
+            const bool known = code != kUnknown;
+            if (known ? reps[r] != hkl : !group.in_asu(hkl)) continue;
             const double s = std::sqrt(metric->inverse_d_squared({double(h), double(k), double(l)})) / 2;
             if (s > smax * (1 + 1e-9) || (h == 0 && k == 0 && l == 0)) continue;
-            if (group.absence(hkl) != Absence::none) continue;
+            if ((known ? absence_of_rep(r) : group.absence(hkl)) != Absence::none) continue;
             // Without Friedel's law an acentric reflection and its mate count apart.
-            const long count = !set.friedel && !group.centric(hkl) ? 2 : 1;
+            const long count = !set.friedel && !(known ? centric_of_rep(r) : group.centric(hkl)) ? 2 : 1;
             red.overall.possible += count;
             const int sh = shell_of(s);
             if (sh >= 0) red.shells[static_cast<std::size_t>(sh)].possible += count;
