@@ -22,7 +22,7 @@ constexpr long long kCompletenessLimit = 40'000'000;
 constexpr int kMaxShells = 10;
 constexpr int kReflectionsPerShell = 15;
 
-enum : std::int32_t { kUnknown = -1, kCentringAbsent = -2, kScrewAbsent = -3 };
+enum : std::int32_t { kUnknown = -1, kCentringAbsent = -2, kScrewAbsent = -3, kNoRepresentative = -4 };
 
 // Key of a group of equivalents: three indices of 18 bits, the Friedel bit, the kind.
 constexpr int kKeyBits = 18;
@@ -305,8 +305,6 @@ Reduction reduce(std::vector<Observation> obs, const SpaceGroup& group, const Se
                     {hh, best_m, {double(best[0]) / d, double(best[1]) / d, double(best[2]) / d}});
   };
 
-  // The dense table is filled orbit by orbit from the asymmetric unit: slot =
-  // 2 * representative + (reached through the inversion).
   std::vector<Hkl> reps;
   std::vector<std::int32_t> rep_group;
   const long long ny = hi[1] - lo[1] + 1, nz = hi[2] - lo[2] + 1;
@@ -316,27 +314,36 @@ Reduction reduce(std::vector<Observation> obs, const SpaceGroup& group, const Se
   auto slot_of = [&](const Hkl& p) {
     return static_cast<std::size_t>(((long long)(p[0] - lo[0]) * ny + (p[1] - lo[1])) * nz + (p[2] - lo[2]));
   };
-  if (!dense.empty()) {
-    std::vector<Hkl> images;
-    for (int h = lo[0]; h <= hi[0]; ++h)
-      for (int k = lo[1]; k <= hi[1]; ++k)
-        for (int l = lo[2]; l <= hi[2]; ++l) {
-          const Hkl p{h, k, l};
-          if (!group.in_asu(p)) continue;
-          const auto r = static_cast<std::int32_t>(reps.size());
-          reps.push_back(p);
-          group.images(p, images);
-          for (const Hkl& q : images) {
-            const Hkl mq{-q[0], -q[1], -q[2]};
-            if (in_box(mq)) dense[slot_of(mq)] = 2 * r + 1;
-            if (in_box(q)) dense[slot_of(q)] = 2 * r;
-          }
-        }
-    rep_group.assign(2 * reps.size(), kUnknown);
-  }
+  // The table is filled orbit by orbit, as the data reach each one: slot =
+  // 2 * representative + (reached through the inversion).
+  std::vector<signed char> rep_absence, rep_centric;
+  std::vector<Hkl> images;
+  auto add_orbit = [&](const Hkl& p) {
+    const auto r = static_cast<std::int32_t>(reps.size());
+    reps.push_back(p);
+    rep_group.insert(rep_group.end(), 2, kUnknown);
+    rep_absence.push_back(-1);
+    rep_centric.push_back(-1);
+    group.images(p, images);
+    for (const Hkl& q : images) {
+      const Hkl mq{-q[0], -q[1], -q[2]};
+      if (in_box(mq)) dense[slot_of(mq)] = 2 * r + 1;
+      if (in_box(q)) dense[slot_of(q)] = 2 * r;
+    }
+  };
+  // Code of a triple of the box; kNoRepresentative when its class has no
+  // member of the asymmetric unit in the box.
+  auto code_of = [&](const Hkl& h) {
+    std::int32_t& code = dense[slot_of(h)];
+    if (code == kUnknown) {
+      const Hkl rep = group.to_asu(h).hkl;
+      if (in_box(rep) && group.in_asu(rep)) add_orbit(rep);
+      if (code == kUnknown) code = kNoRepresentative;
+    }
+    return code;
+  };
   // Absence and centricity hold for a whole class of equivalents: each is
   // worked out once, for its representative.
-  std::vector<signed char> rep_absence(reps.size(), -1), rep_centric(reps.size(), -1);
   auto absence_of_rep = [&](std::size_t r) {
     if (rep_absence[r] < 0) rep_absence[r] = static_cast<signed char>(group.absence(reps[r]));
     return static_cast<Absence>(rep_absence[r]);
@@ -365,11 +372,8 @@ Reduction reduce(std::vector<Observation> obs, const SpaceGroup& group, const Se
     if (sat[i] != 0) {
       g = satellite(h, sat[i]);
     } else {
-      std::int32_t code = kUnknown;
-      if (!dense.empty())
-        code = dense[static_cast<std::size_t>(((long long)(h[0] - lo[0]) * (hi[1] - lo[1] + 1) + (h[1] - lo[1])) *
-                                                  (hi[2] - lo[2] + 1) + (h[2] - lo[2]))];
-      if (code != kUnknown) {
+      const std::int32_t code = dense.empty() ? kUnknown : code_of(h);
+      if (code >= 0) {
         g = from_rep(code);
       } else {
         std::int32_t& slot = sparse.try_emplace(pack(h, false, kNuclear), kUnknown).first->second;
@@ -475,10 +479,10 @@ Reduction reduce(std::vector<Observation> obs, const SpaceGroup& group, const Se
         for (long long k = -lim[1]; k <= lim[1]; ++k)
           for (long long l = -lim[2]; l <= lim[2]; ++l) {
             const Hkl hkl{int(h), int(k), int(l)};
-            // Inside the table a triple of the asymmetric unit is its own representative.
+            // A triple of the asymmetric unit in the table is its own representative.
             const std::int32_t code = !dense.empty() && in_box(hkl) ? dense[slot_of(hkl)] : kUnknown;
             const auto r = static_cast<std::size_t>(code / 2);
-            const bool known = code != kUnknown;
+            const bool known = code >= 0;
             if (known ? reps[r] != hkl : !group.in_asu(hkl)) continue;
             const double s = std::sqrt(metric->inverse_d_squared({double(h), double(k), double(l)})) / 2;
             if (s > smax * (1 + 1e-9) || (h == 0 && k == 0 && l == 0)) continue;
