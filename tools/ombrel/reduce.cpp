@@ -41,6 +41,8 @@ struct Group {
   std::array<double, 3> position;  // reciprocal-lattice coordinates, for the resolution
 };
 
+bool same_hkl(const Hkl& a, const Hkl& b) { return a[0] == b[0] && a[1] == b[1] && a[2] == b[2]; }
+
 bool near_integer(double x) { return std::fabs(x - std::nearbyint(x)) <= kIndexTolerance; }
 
 // Indices that came in as whole numbers in range need no rounding.
@@ -71,19 +73,21 @@ struct GroupResult {
   int n = 0;
 };
 
-// The intensities and sigmas of all groups lie one group after the other;
-// `members` are positions in them.
-struct Measured {
-  std::vector<double> intensity, sigma;
+// The measurements of all groups lie one group after the other; `members`
+// are positions among them.
+struct Member {
+  double intensity, sigma;
+  std::int32_t observation;
 };
+using Measured = std::vector<Member>;
 
 GroupResult merge_group(const Measured& obs, std::vector<std::int32_t>& members, double limit,
                         std::vector<std::int32_t>& dropped) {
   double sw = 0, swi = 0;
   for (auto i : members) {
-    const double w = 1 / (obs.sigma[i] * obs.sigma[i]);
+    const double w = 1 / (obs[i].sigma * obs[i].sigma);
     sw += w;
-    swi += w * obs.intensity[i];
+    swi += w * obs[i].intensity;
   }
   // At most a quarter of a group goes: beyond that the group, not one
   // measurement, is in question.
@@ -92,7 +96,7 @@ GroupResult merge_group(const Measured& obs, std::vector<std::int32_t>& members,
     double worst = 0;
     std::size_t at = 0;
     for (std::size_t j = 0; j < members.size(); ++j) {
-      const double si = obs.sigma[members[j]], in = obs.intensity[members[j]];
+      const double si = obs[members[j]].sigma, in = obs[members[j]].intensity;
       const double w = 1 / (si * si);
       const double others = sw - w;
       // Squared distance in sigma from the mean of the others.
@@ -101,7 +105,7 @@ GroupResult merge_group(const Measured& obs, std::vector<std::int32_t>& members,
       if (dev2 > worst) worst = dev2, at = j;
     }
     if (!(worst > limit * limit)) break;
-    const double si = obs.sigma[members[at]], in = obs.intensity[members[at]];
+    const double si = obs[members[at]].sigma, in = obs[members[at]].intensity;
     const double w = 1 / (si * si);
     sw -= w;
     swi -= w * in;
@@ -114,7 +118,7 @@ GroupResult merge_group(const Measured& obs, std::vector<std::int32_t>& members,
   const double counting2 = 1 / sw;
   double spread = 0;
   for (auto i : members) {
-    const double si = obs.sigma[i], in = obs.intensity[i];
+    const double si = obs[i].sigma, in = obs[i].intensity;
     const double d = in - g.mean;
     spread += d * d / (si * si);
     g.abs_dev += std::fabs(d);
@@ -395,21 +399,18 @@ Reduction reduce(std::vector<Observation> obs, const SpaceGroup& group, const Se
 
   // Observations by group.
   const std::size_t ng = groups.size();
-  std::vector<std::int32_t> start(ng + 1, 0), order;
+  std::vector<std::int32_t> start(ng + 1, 0);
   for (std::size_t i = 0; i < obs.size(); ++i)
     if (gid[i] >= 0) ++start[static_cast<std::size_t>(gid[i]) + 1];
   for (std::size_t g = 0; g < ng; ++g) start[g + 1] += start[g];
   const auto members_total = static_cast<std::size_t>(start[ng]);
-  order = big_vector<std::int32_t>(members_total, 0);
-  Measured measured{big_vector<double>(members_total, 0.0), big_vector<double>(members_total, 0.0)};
+  Measured measured = big_vector<Member>(members_total, Member{});
   {
     std::vector<std::int32_t> fill(start.begin(), start.end() - 1);
     for (std::size_t i = 0; i < obs.size(); ++i)
       if (gid[i] >= 0) {
         const auto at = static_cast<std::size_t>(fill[static_cast<std::size_t>(gid[i])]++);
-        order[at] = static_cast<std::int32_t>(i);
-        measured.intensity[at] = obs[i].intensity;
-        measured.sigma[at] = obs[i].sigma;
+        measured[at] = {obs[i].intensity, obs[i].sigma, static_cast<std::int32_t>(i)};
       }
   }
 
@@ -424,7 +425,7 @@ Reduction reduce(std::vector<Observation> obs, const SpaceGroup& group, const Se
     for (std::size_t j = 0; j < members.size(); ++j) members[j] = start[g] + static_cast<std::int32_t>(j);
     dropped.clear();
     const GroupResult r = merge_group(measured, members, set.outlier_sigma, dropped);
-    for (auto& i : dropped) i = order[static_cast<std::size_t>(i)];
+    for (auto& i : dropped) i = measured[static_cast<std::size_t>(i)].observation;
     for (auto i : dropped) {
       char buf[96];
       std::snprintf(buf, sizeof buf, "outlier: more than %g sigma from the mean of its equivalents",
@@ -483,7 +484,7 @@ Reduction reduce(std::vector<Observation> obs, const SpaceGroup& group, const Se
             const std::int32_t code = !dense.empty() && in_box(hkl) ? dense[slot_of(hkl)] : kUnknown;
             const auto r = static_cast<std::size_t>(code / 2);
             const bool known = code >= 0;
-            if (known ? reps[r] != hkl : !group.in_asu(hkl)) continue;
+            if (known ? !same_hkl(reps[r], hkl) : !group.in_asu(hkl)) continue;
             const double s = std::sqrt(metric->inverse_d_squared({double(h), double(k), double(l)})) / 2;
             if (s > smax * (1 + 1e-9) || (h == 0 && k == 0 && l == 0)) continue;
             if ((known ? absence_of_rep(r) : group.absence(hkl)) != Absence::none) continue;
