@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstring>
 #include <fstream>
+#include <thread>
 #include <vector>
 
 #include <fcntl.h>
@@ -177,6 +178,8 @@ class Reader {
       free(text, r_.lines, false);
     }
   }
+
+  bool ended() const { return ended_; }
 
   void finish() {
     if (pending_) reject(pending_line_, "the second line of the reflection is missing", pending_text_);
@@ -354,14 +357,10 @@ namespace {
 
 // Longest piece of an overlong line looked at: enough to say why it is refused.
 constexpr std::size_t kLongLine = 1 << 16;
+// Texts from this size on are read by two threads.
+constexpr std::size_t kSplitBytes = 4 << 20;
 
-// Feeds a whole text to the reader line by line, in place.
-void read_lines(std::string_view text, int hkl_type, bool real_indices, ReadResult& r) {
-  if (text.substr(0, kSniffBytes).find('\0') != std::string_view::npos) {
-    r.problem = "the reflection file holds binary data, not lines of text; nothing was read";
-    return;
-  }
-  Reader reader(hkl_type, real_indices, r);
+void scan(Reader& reader, std::string_view text) {
   const char* at = text.data();
   const char* const end = at + text.size();
   while (at < end) {
@@ -371,6 +370,68 @@ void read_lines(std::string_view text, int hkl_type, bool real_indices, ReadResu
     reader.line(std::string_view(at, std::min(size, kLongLine)));
     at = nl != nullptr ? nl + 1 : end;
   }
+}
+
+// Where a large text is cut in two for two threads: after the line that
+// holds its middle. Zero when the text is small, or its reflections take two
+// lines (one of them could fall on each side).
+std::size_t second_half(std::string_view text, int hkl_type) {
+  if (text.size() < kSplitBytes || layout(hkl_type).two_lines) return 0;
+  const std::size_t nl = text.find('\n', text.size() / 2);
+  return nl == std::string_view::npos || nl + 1 == text.size() ? 0 : nl + 1;
+}
+
+// The second half is read on a thread of its own, and its results, their
+// lines numbered on from those of the first, are appended to the first's:
+// the same results, in the same order, as one pass over the whole.
+bool read_halves(std::string_view text, std::size_t cut, int hkl_type, bool real_indices, ReadResult& r) {
+  const std::string_view first = text.substr(0, cut), second = text.substr(cut);
+  ReadResult rest;
+  reserve_big(rest.observations, second.size() / kShortestLine + 1);
+  auto read_second = [&] {
+    Reader reader(hkl_type, real_indices, rest);
+    scan(reader, second);
+  };
+  std::thread helper;
+  try {
+    helper = std::thread(read_second);
+  } catch (...) {
+    return false;  // no thread to be had: one pass then
+  }
+  Reader reader(hkl_type, real_indices, r);
+  scan(reader, first);
+  helper.join();
+  if (reader.ended()) {
+    // Whatever follows the end of the data is refused line by line.
+    scan(reader, second);
+  } else {
+    const long offset = r.lines;
+    r.lines += rest.lines;
+    r.comments += rest.comments;
+    r.observations.reserve(r.observations.size() + rest.observations.size());
+    for (Observation o : rest.observations) {
+      o.line += static_cast<std::int32_t>(offset);
+      r.observations.push_back(o);
+    }
+    for (RejectedLine& line : rest.rejected) {
+      line.line += offset;
+      r.rejected.push_back(std::move(line));
+    }
+  }
+  reader.finish();
+  return true;
+}
+
+// Feeds a whole text to the reader line by line, in place.
+void read_lines(std::string_view text, int hkl_type, bool real_indices, ReadResult& r) {
+  if (text.substr(0, kSniffBytes).find('\0') != std::string_view::npos) {
+    r.problem = "the reflection file holds binary data, not lines of text; nothing was read";
+    return;
+  }
+  const std::size_t cut = second_half(text, hkl_type);
+  if (cut > 0 && read_halves(text, cut, hkl_type, real_indices, r)) return;
+  Reader reader(hkl_type, real_indices, r);
+  scan(reader, text);
   reader.finish();
 }
 
