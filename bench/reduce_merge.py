@@ -2,7 +2,9 @@
 """Reducing 1,000,000 reflections in m-3m: the stand-in reduction code beside
 a NumPy script doing the same grouping and weighted mean on the same file.
 Runs are paired and interleaved (the order alternates); wall and CPU time and
-peak memory of each process are reported as median and range.
+peak memory of each process are reported as median and range. The stand-in
+reads a file of this size on two threads (each half of it on one): its CPU
+time is the sum over both threads.
 
 usage: reduce_merge.py OMBREL [ROUNDS]
 """
@@ -79,6 +81,7 @@ def main():
             report = f.read()
         line = re.search(r"^\s+overall .*$", report, re.M).group(0).split()
         print("Reducing %d reflections in m-3m, %d paired rounds" % (REFLECTIONS, rounds))
+        print("  (the stand-in reads the file on two threads; its cpu time counts both)")
         print("  stand-in: unique %s R_int %s;  numpy: %s" % (line[3], line[8], results["numpy"][0][3].strip()))
         for name in ("stand-in", "numpy"):
             r = results[name]

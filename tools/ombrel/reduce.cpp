@@ -1,5 +1,7 @@
 #include "reduce.h"
 
+#include "big_buffer.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
@@ -20,7 +22,7 @@ constexpr long long kCompletenessLimit = 40'000'000;
 constexpr int kMaxShells = 10;
 constexpr int kReflectionsPerShell = 15;
 
-enum : std::int32_t { kUnknown = -1, kCentringAbsent = -2, kScrewAbsent = -3 };
+enum : std::int32_t { kUnknown = -1, kCentringAbsent = -2, kScrewAbsent = -3, kNoRepresentative = -4 };
 
 // Key of a group of equivalents: three indices of 18 bits, the Friedel bit, the kind.
 constexpr int kKeyBits = 18;
@@ -39,7 +41,19 @@ struct Group {
   std::array<double, 3> position;  // reciprocal-lattice coordinates, for the resolution
 };
 
+bool same_hkl(const Hkl& a, const Hkl& b) { return a[0] == b[0] && a[1] == b[1] && a[2] == b[2]; }
+
 bool near_integer(double x) { return std::fabs(x - std::nearbyint(x)) <= kIndexTolerance; }
+
+// Indices that came in as whole numbers in range need no rounding.
+bool exact_index(const double (&x)[3], Hkl& out) {
+  for (int r = 0; r < 3; ++r) {
+    if (!(std::fabs(x[r]) <= kMaxIndex)) return false;
+    out[r] = static_cast<int>(x[r]);
+    if (static_cast<double>(out[r]) != x[r]) return false;
+  }
+  return true;
+}
 
 std::string values_text(const Observation& o) {
   char buf[128];
@@ -59,7 +73,15 @@ struct GroupResult {
   int n = 0;
 };
 
-GroupResult merge_group(const std::vector<Observation>& obs, std::vector<std::int32_t>& members, double limit,
+// The measurements of all groups lie one group after the other; `members`
+// are positions among them.
+struct Member {
+  double intensity, sigma;
+  std::int32_t observation;
+};
+using Measured = std::vector<Member>;
+
+GroupResult merge_group(const Measured& obs, std::vector<std::int32_t>& members, double limit,
                         std::vector<std::int32_t>& dropped) {
   double sw = 0, swi = 0;
   for (auto i : members) {
@@ -74,19 +96,19 @@ GroupResult merge_group(const std::vector<Observation>& obs, std::vector<std::in
     double worst = 0;
     std::size_t at = 0;
     for (std::size_t j = 0; j < members.size(); ++j) {
-      const Observation& o = obs[members[j]];
-      const double w = 1 / (o.sigma * o.sigma);
+      const double si = obs[members[j]].sigma, in = obs[members[j]].intensity;
+      const double w = 1 / (si * si);
       const double others = sw - w;
       // Squared distance in sigma from the mean of the others.
-      const double diff = o.intensity - (swi - w * o.intensity) / others;
-      const double dev2 = diff * diff / (o.sigma * o.sigma + 1 / others);
+      const double diff = in - (swi - w * in) / others;
+      const double dev2 = diff * diff / (si * si + 1 / others);
       if (dev2 > worst) worst = dev2, at = j;
     }
     if (!(worst > limit * limit)) break;
-    const Observation& o = obs[members[at]];
-    const double w = 1 / (o.sigma * o.sigma);
+    const double si = obs[members[at]].sigma, in = obs[members[at]].intensity;
+    const double w = 1 / (si * si);
     sw -= w;
-    swi -= w * o.intensity;
+    swi -= w * in;
     dropped.push_back(members[at]);
     members.erase(members.begin() + static_cast<std::ptrdiff_t>(at));
   }
@@ -96,11 +118,11 @@ GroupResult merge_group(const std::vector<Observation>& obs, std::vector<std::in
   const double counting2 = 1 / sw;
   double spread = 0;
   for (auto i : members) {
-    const Observation& o = obs[i];
-    const double d = o.intensity - g.mean;
-    spread += d * d / (o.sigma * o.sigma);
+    const double si = obs[i].sigma, in = obs[i].intensity;
+    const double d = in - g.mean;
+    spread += d * d / (si * si);
     g.abs_dev += std::fabs(d);
-    g.sum_i += o.intensity;
+    g.sum_i += in;
   }
   // Counting statistics count as one degree of freedom, the spread of the n
   // observations about their mean as n - 1.
@@ -141,7 +163,7 @@ Reduction reduce(std::vector<Observation> obs, const SpaceGroup& group, const Se
 
   // Domain codes: a run of negative codes closed by a positive one is one
   // measured spot shared by several domains; only domain 1 alone is merged.
-  std::vector<char> keep(obs.size(), 1);
+  std::vector<char> keep = big_vector<char>(obs.size(), 1);
   if (set.domain_codes) {
     std::size_t start = 0;
     for (std::size_t i = 0; i < obs.size(); ++i) {
@@ -167,12 +189,18 @@ Reduction reduce(std::vector<Observation> obs, const SpaceGroup& group, const Se
   const int d = set.kvec ? denominator(*set.kvec) : 1;
   red.kvec_denominator = set.kvec ? d : 0;
   const double scale = set.scale.value_or(1.0);
-  std::vector<Hkl> index(obs.size());
-  std::vector<signed char> sat(obs.size(), 0);
+  std::vector<Hkl> index = big_vector<Hkl>(obs.size(), Hkl{});
+  std::vector<signed char> sat = big_vector<signed char>(obs.size(), 0);
   Hkl lo{0, 0, 0}, hi{0, 0, 0};
   for (std::size_t i = 0; i < obs.size(); ++i) {
     if (!keep[i]) continue;
     Observation& o = obs[i];
+    if (!set.transform && exact_index(o.hkl, index[i])) {
+      o.intensity *= scale;
+      o.sigma *= std::fabs(scale);
+      for (int r = 0; r < 3; ++r) lo[r] = std::min(lo[r], index[i][r]), hi[r] = std::max(hi[r], index[i][r]);
+      continue;
+    }
     double x[3] = {o.hkl[0], o.hkl[1], o.hkl[2]};
     if (set.transform) {
       const auto& t = *set.transform;
@@ -221,7 +249,7 @@ Reduction reduce(std::vector<Observation> obs, const SpaceGroup& group, const Se
   // Each distinct index triple is looked at once: absence, then its group.
   long long box = 1;
   for (int r = 0; r < 3; ++r) box *= hi[r] - lo[r] + 1;
-  std::vector<std::int32_t> dense(box <= kDenseTableLimit ? static_cast<std::size_t>(box) : 0, kUnknown);
+  std::vector<std::int32_t> dense = big_vector<std::int32_t>(box <= kDenseTableLimit ? static_cast<std::size_t>(box) : 0, kUnknown);
   std::unordered_map<std::uint64_t, std::int32_t> sparse, groups_by_key;
   std::vector<Group> groups;
   auto group_of = [&](std::uint64_t key, const Group& g) {
@@ -281,45 +309,66 @@ Reduction reduce(std::vector<Observation> obs, const SpaceGroup& group, const Se
                     {hh, best_m, {double(best[0]) / d, double(best[1]) / d, double(best[2]) / d}});
   };
 
-  // The dense table is filled orbit by orbit from the asymmetric unit: slot =
-  // 2 * representative + (reached through the inversion).
   std::vector<Hkl> reps;
   std::vector<std::int32_t> rep_group;
-  if (!dense.empty()) {
-    const long long ny = hi[1] - lo[1] + 1, nz = hi[2] - lo[2] + 1;
-    auto in_box = [&](const Hkl& p) {
-      return p[0] >= lo[0] && p[0] <= hi[0] && p[1] >= lo[1] && p[1] <= hi[1] && p[2] >= lo[2] && p[2] <= hi[2];
-    };
-    auto slot_of = [&](const Hkl& p) {
-      return static_cast<std::size_t>(((long long)(p[0] - lo[0]) * ny + (p[1] - lo[1])) * nz + (p[2] - lo[2]));
-    };
-    for (int h = lo[0]; h <= hi[0]; ++h)
-      for (int k = lo[1]; k <= hi[1]; ++k)
-        for (int l = lo[2]; l <= hi[2]; ++l) {
-          const Hkl p{h, k, l};
-          if (!group.in_asu(p)) continue;
-          const auto r = static_cast<std::int32_t>(reps.size());
-          reps.push_back(p);
-          for (const Hkl& q : group.images(p)) {
-            const Hkl mq{-q[0], -q[1], -q[2]};
-            if (in_box(mq)) dense[slot_of(mq)] = 2 * r + 1;
-            if (in_box(q)) dense[slot_of(q)] = 2 * r;
-          }
-        }
-    rep_group.assign(2 * reps.size(), kUnknown);
-  }
+  const long long ny = hi[1] - lo[1] + 1, nz = hi[2] - lo[2] + 1;
+  auto in_box = [&](const Hkl& p) {
+    return p[0] >= lo[0] && p[0] <= hi[0] && p[1] >= lo[1] && p[1] <= hi[1] && p[2] >= lo[2] && p[2] <= hi[2];
+  };
+  auto slot_of = [&](const Hkl& p) {
+    return static_cast<std::size_t>(((long long)(p[0] - lo[0]) * ny + (p[1] - lo[1])) * nz + (p[2] - lo[2]));
+  };
+  // The table is filled orbit by orbit, as the data reach each one: slot =
+  // 2 * representative + (reached through the inversion).
+  std::vector<signed char> rep_absence, rep_centric;
+  std::vector<Hkl> images;
+  auto add_orbit = [&](const Hkl& p) {
+    const auto r = static_cast<std::int32_t>(reps.size());
+    reps.push_back(p);
+    rep_group.insert(rep_group.end(), 2, kUnknown);
+    rep_absence.push_back(-1);
+    rep_centric.push_back(-1);
+    group.images(p, images);
+    for (const Hkl& q : images) {
+      const Hkl mq{-q[0], -q[1], -q[2]};
+      if (in_box(mq)) dense[slot_of(mq)] = 2 * r + 1;
+      if (in_box(q)) dense[slot_of(q)] = 2 * r;
+    }
+  };
+  // Code of a triple of the box; kNoRepresentative when its class has no
+  // member of the asymmetric unit in the box.
+  auto code_of = [&](const Hkl& h) {
+    std::int32_t& code = dense[slot_of(h)];
+    if (code == kUnknown) {
+      const Hkl rep = group.to_asu(h).hkl;
+      if (in_box(rep) && group.in_asu(rep)) add_orbit(rep);
+      if (code == kUnknown) code = kNoRepresentative;
+    }
+    return code;
+  };
+  // Absence and centricity hold for a whole class of equivalents: each is
+  // worked out once, for its representative.
+  auto absence_of_rep = [&](std::size_t r) {
+    if (rep_absence[r] < 0) rep_absence[r] = static_cast<signed char>(group.absence(reps[r]));
+    return static_cast<Absence>(rep_absence[r]);
+  };
+  auto centric_of_rep = [&](std::size_t r) {
+    if (rep_centric[r] < 0) rep_centric[r] = static_cast<signed char>(group.centric(reps[r]));
+    return rep_centric[r] != 0;
+  };
   auto from_rep = [&](std::int32_t code) -> std::int32_t {
     std::int32_t& g = rep_group[static_cast<std::size_t>(code)];
     if (g != kUnknown) return g;
-    const Hkl& rep = reps[static_cast<std::size_t>(code / 2)];
-    const Absence a = group.absence(rep);
+    const auto r = static_cast<std::size_t>(code / 2);
+    const Hkl& rep = reps[r];
+    const Absence a = absence_of_rep(r);
     if (a != Absence::none) return g = a == Absence::centring ? kCentringAbsent : kScrewAbsent;
-    const bool minus = !set.friedel && code % 2 == 1 && !group.centric(rep);
+    const bool minus = !set.friedel && code % 2 == 1 && !centric_of_rep(r);
     const Hkl shown = minus ? Hkl{-rep[0], -rep[1], -rep[2]} : rep;
     return g = group_of(pack(rep, minus, kNuclear), {shown, 0, {double(shown[0]), double(shown[1]), double(shown[2])}});
   };
 
-  std::vector<std::int32_t> gid(obs.size(), kUnknown);
+  std::vector<std::int32_t> gid = big_vector<std::int32_t>(obs.size(), kUnknown);
   for (std::size_t i = 0; i < obs.size(); ++i) {
     if (!keep[i]) continue;
     const Hkl& h = index[i];
@@ -327,11 +376,8 @@ Reduction reduce(std::vector<Observation> obs, const SpaceGroup& group, const Se
     if (sat[i] != 0) {
       g = satellite(h, sat[i]);
     } else {
-      std::int32_t code = kUnknown;
-      if (!dense.empty())
-        code = dense[static_cast<std::size_t>(((long long)(h[0] - lo[0]) * (hi[1] - lo[1] + 1) + (h[1] - lo[1])) *
-                                                  (hi[2] - lo[2] + 1) + (h[2] - lo[2]))];
-      if (code != kUnknown) {
+      const std::int32_t code = dense.empty() ? kUnknown : code_of(h);
+      if (code >= 0) {
         g = from_rep(code);
       } else {
         std::int32_t& slot = sparse.try_emplace(pack(h, false, kNuclear), kUnknown).first->second;
@@ -353,15 +399,19 @@ Reduction reduce(std::vector<Observation> obs, const SpaceGroup& group, const Se
 
   // Observations by group.
   const std::size_t ng = groups.size();
-  std::vector<std::int32_t> start(ng + 1, 0), order;
+  std::vector<std::int32_t> start(ng + 1, 0);
   for (std::size_t i = 0; i < obs.size(); ++i)
     if (gid[i] >= 0) ++start[static_cast<std::size_t>(gid[i]) + 1];
   for (std::size_t g = 0; g < ng; ++g) start[g + 1] += start[g];
-  order.resize(static_cast<std::size_t>(start[ng]));
+  const auto members_total = static_cast<std::size_t>(start[ng]);
+  Measured measured = big_vector<Member>(members_total, Member{});
   {
     std::vector<std::int32_t> fill(start.begin(), start.end() - 1);
     for (std::size_t i = 0; i < obs.size(); ++i)
-      if (gid[i] >= 0) order[static_cast<std::size_t>(fill[static_cast<std::size_t>(gid[i])]++)] = static_cast<std::int32_t>(i);
+      if (gid[i] >= 0) {
+        const auto at = static_cast<std::size_t>(fill[static_cast<std::size_t>(gid[i])]++);
+        measured[at] = {obs[i].intensity, obs[i].sigma, static_cast<std::int32_t>(i)};
+      }
   }
 
   // Merging, with the resolution of each group.
@@ -371,9 +421,11 @@ Reduction reduce(std::vector<Observation> obs, const SpaceGroup& group, const Se
   std::vector<double> abs_dev(ng), sum_i(ng);
   std::vector<std::int32_t> members, dropped;
   for (std::size_t g = 0; g < ng; ++g) {
-    members.assign(order.begin() + start[g], order.begin() + start[g + 1]);
+    members.resize(static_cast<std::size_t>(start[g + 1] - start[g]));
+    for (std::size_t j = 0; j < members.size(); ++j) members[j] = start[g] + static_cast<std::int32_t>(j);
     dropped.clear();
-    const GroupResult r = merge_group(obs, members, set.outlier_sigma, dropped);
+    const GroupResult r = merge_group(measured, members, set.outlier_sigma, dropped);
+    for (auto& i : dropped) i = measured[static_cast<std::size_t>(i)].observation;
     for (auto i : dropped) {
       char buf[96];
       std::snprintf(buf, sizeof buf, "outlier: more than %g sigma from the mean of its equivalents",
@@ -428,12 +480,16 @@ Reduction reduce(std::vector<Observation> obs, const SpaceGroup& group, const Se
         for (long long k = -lim[1]; k <= lim[1]; ++k)
           for (long long l = -lim[2]; l <= lim[2]; ++l) {
             const Hkl hkl{int(h), int(k), int(l)};
-            if (!group.in_asu(hkl)) continue;
+            // A triple of the asymmetric unit in the table is its own representative.
+            const std::int32_t code = !dense.empty() && in_box(hkl) ? dense[slot_of(hkl)] : kUnknown;
+            const auto r = static_cast<std::size_t>(code / 2);
+            const bool known = code >= 0;
+            if (known ? !same_hkl(reps[r], hkl) : !group.in_asu(hkl)) continue;
             const double s = std::sqrt(metric->inverse_d_squared({double(h), double(k), double(l)})) / 2;
             if (s > smax * (1 + 1e-9) || (h == 0 && k == 0 && l == 0)) continue;
-            if (group.absence(hkl) != Absence::none) continue;
+            if ((known ? absence_of_rep(r) : group.absence(hkl)) != Absence::none) continue;
             // Without Friedel's law an acentric reflection and its mate count apart.
-            const long count = !set.friedel && !group.centric(hkl) ? 2 : 1;
+            const long count = !set.friedel && !(known ? centric_of_rep(r) : group.centric(hkl)) ? 2 : 1;
             red.overall.possible += count;
             const int sh = shell_of(s);
             if (sh >= 0) red.shells[static_cast<std::size_t>(sh)].possible += count;

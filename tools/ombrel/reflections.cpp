@@ -1,13 +1,21 @@
 #include "reflections.h"
 
+#include "big_buffer.h"
+
 #include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
-#include <filesystem>
+#include <cstring>
 #include <fstream>
+#include <thread>
 #include <vector>
+
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace stand_in {
 
@@ -19,8 +27,6 @@ constexpr std::size_t kShownColumns = 160;
 constexpr std::size_t kMaxLineLength = 1024;
 // A file with a NUL byte in its first block is not a text file.
 constexpr std::size_t kSniffBytes = 4096;
-// The file is read in blocks of this size, not whole.
-constexpr std::size_t kBlockBytes = 1 << 20;
 // A reflection line is rarely shorter than this (h k l I sigma, blank separated).
 constexpr std::size_t kShortestLine = 20;
 // Fixed layout of HKL_T 0 and 10: 3I4, 2F8.2 and, for 10, I4.
@@ -151,6 +157,7 @@ class Reader {
     if (text.size() > kMaxLineLength)
       return reject(r_.lines, "line of " + std::to_string(text.size()) + " characters or more: no reflection line", text);
     if (ended_) return reject(r_.lines, "after the line 0 0 0 that ends the data", text);
+    if (type_ == 0 && plain_fixed(text)) return;
     const auto first = text.find_first_not_of(" \t");
     if (first == std::string_view::npos || text[first] == '!' || text[first] == '#') {
       ++r_.comments;
@@ -172,6 +179,8 @@ class Reader {
     }
   }
 
+  bool ended() const { return ended_; }
+
   void finish() {
     if (pending_) reject(pending_line_, "the second line of the reflection is missing", pending_text_);
   }
@@ -179,6 +188,63 @@ class Reader {
  private:
   void reject(long line, std::string reason, std::string_view text) {
     r_.rejected.push_back({line, std::move(reason), shown(text)});
+  }
+
+  // The usual line of HKL_T 0, as a program writes it: right-aligned fields
+  // of digits, a decimal point in both values, a positive sigma. Anything
+  // else (comments, the end line, blanks within a field, exponents, errors)
+  // is left to the general reader; nothing is changed then.
+  bool plain_fixed(std::string_view text) {
+    constexpr std::size_t kValuesAt = 3 * kIndexWidth, kEnd = kValuesAt + 2 * kValueWidth;
+    if (text.size() < kEnd || text.size() > kEnd + kShownColumns) return false;
+    const char* p = text.data();
+    int index[3];
+    for (int i = 0; i < 3; ++i, p += kIndexWidth) {
+      std::size_t j = 0;
+      while (j < kIndexWidth && p[j] == ' ') ++j;
+      const bool negative = j < kIndexWidth && p[j] == '-';
+      if (negative) ++j;
+      if (j == kIndexWidth) return false;
+      int value = 0;
+      for (; j < kIndexWidth; ++j) {
+        const unsigned digit = static_cast<unsigned char>(p[j]) - '0';
+        if (digit > 9) return false;
+        value = value * 10 + static_cast<int>(digit);
+      }
+      index[i] = negative ? -value : value;
+    }
+    if (index[0] == 0 && index[1] == 0 && index[2] == 0) return false;
+    double v[2];
+    for (int i = 0; i < 2; ++i, p += kValueWidth) {
+      std::size_t j = 0;
+      while (j < kValueWidth && p[j] == ' ') ++j;
+      const bool negative = j < kValueWidth && p[j] == '-';
+      if (negative) ++j;
+      long long whole = 0, fraction = 0, scale = 1;
+      bool point = false, digits = false;
+      for (; j < kValueWidth; ++j) {
+        const unsigned digit = static_cast<unsigned char>(p[j]) - '0';
+        if (digit <= 9) {
+          digits = true;
+          if (point) fraction = fraction * 10 + digit, scale *= 10;
+          else whole = whole * 10 + digit;
+        } else if (p[j] == '.' && !point) {
+          point = true;
+        } else {
+          return false;
+        }
+      }
+      if (!point || !digits) return false;
+      // The same sum as the general reader's, for the same bits.
+      const double part = scale == kCents ? cents_[static_cast<std::size_t>(fraction)]
+                                          : static_cast<double>(fraction) / static_cast<double>(scale);
+      const double x = static_cast<double>(whole) + part;
+      v[i] = negative ? -x : x;
+    }
+    if (!(v[1] > 0)) return false;
+    r_.observations.push_back({{static_cast<double>(index[0]), static_cast<double>(index[1]), static_cast<double>(index[2])},
+                               v[0], v[1], static_cast<std::int32_t>(r_.lines), 0});
+    return true;
   }
 
   void fixed(std::string_view text) {
@@ -249,6 +315,15 @@ class Reader {
     r_.observations.push_back(o);
   }
 
+  // Two decimals are the rule: their quotients, divided once.
+  static constexpr long long kCents = 100;
+  static std::array<double, kCents> cents() {
+    std::array<double, kCents> t{};
+    for (std::size_t i = 0; i < t.size(); ++i) t[i] = static_cast<double>(i) / static_cast<double>(kCents);
+    return t;
+  }
+  const std::array<double, kCents> cents_ = cents();
+
   int type_;
   bool real_;
   Layout layout_;
@@ -280,49 +355,124 @@ std::string format_description(int hkl_type) {
 
 namespace {
 
-// Feeds a text to the reader line by line; a line may run over from one
-// block to the next.
-class LineSplitter {
- public:
-  LineSplitter(int hkl_type, bool real_indices, ReadResult& r) : reader_(hkl_type, real_indices, r), r_(r) {}
+// Longest piece of an overlong line looked at: enough to say why it is refused.
+constexpr std::size_t kLongLine = 1 << 16;
+// Texts from this size on are read by two threads.
+constexpr std::size_t kSplitBytes = 4 << 20;
 
-  // False once the text has shown itself to be binary.
-  bool feed(std::string_view block, bool first) {
-    if (first) {
-      if (block.substr(0, kSniffBytes).find('\0') != std::string_view::npos) {
-        r_.problem = "the reflection file holds binary data, not lines of text; nothing was read";
-        return false;
-      }
-    }
-    std::size_t at = 0;
-    while (at < block.size()) {
-      const std::size_t end = block.find('\n', at);
-      if (end == std::string_view::npos) {
-        // Only the start of a very long line is kept; the reader rejects it.
-        carry_.append(block.substr(at, std::min(block.size() - at, kLongLine - std::min(kLongLine, carry_.size()))));
-        return true;
-      }
-      if (carry_.empty()) {
-        reader_.line(block.substr(at, end - at));
-      } else {
-        carry_.append(block.substr(at, std::min(end - at, kLongLine - std::min(kLongLine, carry_.size()))));
-        reader_.line(carry_);
-        carry_.clear();
-      }
-      at = end + 1;
-    }
-    return true;
+void scan(Reader& reader, std::string_view text) {
+  const char* at = text.data();
+  const char* const end = at + text.size();
+  while (at < end) {
+    const auto* nl = static_cast<const char*>(std::memchr(at, '\n', static_cast<std::size_t>(end - at)));
+    const char* stop = nl != nullptr ? nl : end;
+    const auto size = static_cast<std::size_t>(stop - at);
+    reader.line(std::string_view(at, std::min(size, kLongLine)));
+    at = nl != nullptr ? nl + 1 : end;
   }
-  void finish() {
-    if (!carry_.empty()) reader_.line(carry_);
-    reader_.finish();
+}
+
+// Where a large text is cut in two for two threads: after the line that
+// holds its middle. Zero when the text is small, or its reflections take two
+// lines (one of them could fall on each side).
+std::size_t second_half(std::string_view text, int hkl_type) {
+  if (text.size() < kSplitBytes || layout(hkl_type).two_lines) return 0;
+  const std::size_t nl = text.find('\n', text.size() / 2);
+  return nl == std::string_view::npos || nl + 1 == text.size() ? 0 : nl + 1;
+}
+
+// The second half is read on a thread of its own, and its results, their
+// lines numbered on from those of the first, are appended to the first's:
+// the same results, in the same order, as one pass over the whole.
+bool read_halves(std::string_view text, std::size_t cut, int hkl_type, bool real_indices, ReadResult& r) {
+  const std::string_view first = text.substr(0, cut), second = text.substr(cut);
+  ReadResult rest;
+  reserve_big(rest.observations, second.size() / kShortestLine + 1);
+  auto read_second = [&] {
+    Reader reader(hkl_type, real_indices, rest);
+    scan(reader, second);
+  };
+  std::thread helper;
+  try {
+    helper = std::thread(read_second);
+  } catch (...) {
+    return false;  // no thread to be had: one pass then
+  }
+  Reader reader(hkl_type, real_indices, r);
+  scan(reader, first);
+  helper.join();
+  if (reader.ended()) {
+    // Whatever follows the end of the data is refused line by line.
+    scan(reader, second);
+  } else {
+    const long offset = r.lines;
+    r.lines += rest.lines;
+    r.comments += rest.comments;
+    r.observations.reserve(r.observations.size() + rest.observations.size());
+    for (Observation o : rest.observations) {
+      o.line += static_cast<std::int32_t>(offset);
+      r.observations.push_back(o);
+    }
+    for (RejectedLine& line : rest.rejected) {
+      line.line += offset;
+      r.rejected.push_back(std::move(line));
+    }
+  }
+  reader.finish();
+  return true;
+}
+
+// Feeds a whole text to the reader line by line, in place.
+void read_lines(std::string_view text, int hkl_type, bool real_indices, ReadResult& r) {
+  if (text.substr(0, kSniffBytes).find('\0') != std::string_view::npos) {
+    r.problem = "the reflection file holds binary data, not lines of text; nothing was read";
+    return;
+  }
+  const std::size_t cut = second_half(text, hkl_type);
+  if (cut > 0 && read_halves(text, cut, hkl_type, real_indices, r)) return;
+  Reader reader(hkl_type, real_indices, r);
+  scan(reader, text);
+  reader.finish();
+}
+
+// The whole file, mapped when it can be, read otherwise.
+class FileText {
+ public:
+  explicit FileText(const std::string& path) {
+    const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0) return;
+    struct stat st {};
+    if (::fstat(fd, &st) == 0 && S_ISREG(st.st_mode) && st.st_size > 0) {
+      void* p = ::mmap(nullptr, static_cast<std::size_t>(st.st_size), PROT_READ, MAP_PRIVATE | MAP_POPULATE, fd, 0);
+      if (p != MAP_FAILED) {
+        map_ = p;
+        size_ = static_cast<std::size_t>(st.st_size);
+      }
+    }
+    if (map_ == nullptr) {
+      char buf[1 << 16];
+      for (;;) {
+        const ssize_t got = ::read(fd, buf, sizeof buf);
+        if (got <= 0) break;
+        copy_.append(buf, static_cast<std::size_t>(got));
+      }
+    }
+    ::close(fd);
+  }
+  ~FileText() {
+    if (map_ != nullptr) ::munmap(map_, size_);
+  }
+  FileText(const FileText&) = delete;
+  FileText& operator=(const FileText&) = delete;
+
+  std::string_view text() const {
+    return map_ != nullptr ? std::string_view(static_cast<const char*>(map_), size_) : std::string_view(copy_);
   }
 
  private:
-  static constexpr std::size_t kLongLine = 1 << 16;
-  Reader reader_;
-  ReadResult& r_;
-  std::string carry_;
+  void* map_ = nullptr;
+  std::size_t size_ = 0;
+  std::string copy_;
 };
 
 }  // namespace
@@ -334,8 +484,7 @@ ReadResult read_reflections(std::string_view text, int hkl_type, bool real_indic
     r.problem = "HKL_T " + std::to_string(hkl_type) + ": " + format_description(hkl_type);
     return r;
   }
-  LineSplitter lines(hkl_type, real_indices, r);
-  if (lines.feed(text, true)) lines.finish();
+  read_lines(text, hkl_type, real_indices, r);
   return r;
 }
 
@@ -346,27 +495,18 @@ ReadResult read_reflection_file(const std::string& path, int hkl_type, bool real
     r.problem = "the reflection file \"" + path + "\" could not be opened";
     return r;
   }
+  in.close();
   r.opened = true;
   if (!reads_format(hkl_type)) {
     r.problem = "HKL_T " + std::to_string(hkl_type) + ": " + format_description(hkl_type);
     return r;
   }
+  const FileText file(path);
+  const std::string_view text = file.text();
   // Room for as many reflections as the file can hold at the usual line
   // length: pages never written to cost nothing.
-  std::error_code ec;
-  const auto bytes = std::filesystem::file_size(path, ec);
-  if (!ec) r.observations.reserve(static_cast<std::size_t>(bytes / kShortestLine + 1));
-  LineSplitter lines(hkl_type, real_indices, r);
-  std::vector<char> block(kBlockBytes);
-  bool first = true;
-  while (in) {
-    in.read(block.data(), static_cast<std::streamsize>(block.size()));
-    const auto got = static_cast<std::size_t>(in.gcount());
-    if (got == 0) break;
-    if (!lines.feed(std::string_view(block.data(), got), first)) return r;
-    first = false;
-  }
-  lines.finish();
+  reserve_big(r.observations, text.size() / kShortestLine + 1);
+  read_lines(text, hkl_type, real_indices, r);
   return r;
 }
 

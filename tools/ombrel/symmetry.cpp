@@ -55,9 +55,14 @@ AsuImage SpaceGroup::to_asu(const Hkl& hkl) const {
 
 std::vector<Hkl> SpaceGroup::images(const Hkl& hkl) const {
   std::vector<Hkl> out;
+  images(hkl, out);
+  return out;
+}
+
+void SpaceGroup::images(const Hkl& hkl, std::vector<Hkl>& out) const {
+  out.clear();
   out.reserve(impl_->ops.sym_ops.size());
   for (const auto& op : impl_->ops.sym_ops) out.push_back(op.apply_to_hkl(hkl));
-  return out;
 }
 
 }  // namespace stand_in

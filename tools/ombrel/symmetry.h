@@ -45,6 +45,7 @@ class SpaceGroup {
   AsuImage to_asu(const Hkl& hkl) const;
   // The point-group images of `hkl` (rotations only, no inversion added).
   std::vector<Hkl> images(const Hkl& hkl) const;
+  void images(const Hkl& hkl, std::vector<Hkl>& out) const;
 
  private:
   struct Impl;

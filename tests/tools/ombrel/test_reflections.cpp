@@ -5,6 +5,7 @@
 
 #include <random>
 #include <string>
+#include <vector>
 
 #include "reduce.h"
 #include "reflections.h"
@@ -115,6 +116,47 @@ TEST(Reading, DamagedAndOutsizedInput) {
   const Reduction r = reduce(std::move(m.observations), *g, {});
   EXPECT_EQ(r.used + r.outliers, read);
   EXPECT_GT(r.merged.size(), 100u);
+}
+
+// A file of several megabytes is read in two halves at once; the halves must
+// join into what one pass gives, line numbers included.
+TEST(Reading, ALargeFileReadsAsOnePass) {
+  constexpr int kLines = 200'000;  // about 6 MB
+  auto make = [](int end_at) {
+    std::string text;
+    char line[64];
+    for (int n = 1; n <= kLines; ++n) {
+      if (n == end_at) text += "   0   0   0    0.00    0.00\n";
+      else if (n % 9973 == 0) text += "   1   2 x 3   12.00    1.00\r\n";
+      else if (n % 7919 == 0) text += "! a note\n";
+      else {
+        std::snprintf(line, sizeof line, "%4d%4d%4d%8.2f%8.2f\n", n % 23 - 11, n % 17 - 8, n % 5 + 1, n % 1000 / 8.0, 2.5);
+        text += line;
+      }
+    }
+    return text;
+  };
+  const ReadResult r = read_reflections(make(0), 0, false);
+  EXPECT_EQ(r.lines, kLines);
+  EXPECT_EQ(r.comments, kLines / 7919);
+  std::vector<long> lines, expected;
+  for (const Observation& o : r.observations) lines.push_back(o.line);
+  for (int n = 1; n <= kLines; ++n)
+    if (n % 9973 != 0 && n % 7919 != 0) expected.push_back(n);
+  EXPECT_EQ(lines, expected);
+  EXPECT_DOUBLE_EQ(r.observations.back().intensity, kLines % 1000 / 8.0);
+  ASSERT_EQ(r.rejected.size(), static_cast<std::size_t>(kLines / 9973));
+  for (std::size_t i = 0; i < r.rejected.size(); ++i) EXPECT_EQ(r.rejected[i].line, 9973 * static_cast<long>(i + 1));
+
+  // The end of the data in either half: every later line is refused.
+  for (const int end_at : {10, kLines * 3 / 4}) {
+    const ReadResult e = read_reflections(make(end_at), 0, false);
+    EXPECT_EQ(e.lines, kLines);
+    EXPECT_EQ(e.observations.back().line, end_at - 1);
+    ASSERT_FALSE(e.rejected.empty());
+    EXPECT_EQ(e.rejected.back().line, kLines);
+    EXPECT_THAT(e.rejected.back().reason, HasSubstr("after the line 0 0 0"));
+  }
 }
 
 // Damaged copies of a valid file in every format; what is read goes on
