@@ -64,7 +64,6 @@ constexpr std::size_t kStreamFrom = 1 << 20, kFirstChunk = 1 << 16, kLaterChunk 
 constexpr std::size_t kNarrowFrom = 1 << 20;
 
 XtPointer as_client(int h) { return reinterpret_cast<XtPointer>(static_cast<std::intptr_t>(h)); }
-bool all_ascii(std::string_view text);
 void widen_and_retype(XtPointer client, XtIntervalId*);
 int as_handle(XtPointer p) { return static_cast<int>(reinterpret_cast<std::intptr_t>(p)); }
 
@@ -360,7 +359,7 @@ void yyEditTextCB(Widget w, XtPointer client, XtPointer call) {
       auto* cb = static_cast<XmTextVerifyCallbackStruct*>(call);
       if (!cb->doit) break;
       if (r->Narrow && cb->text && cb->text->ptr &&
-          !all_ascii({cb->text->ptr, static_cast<std::size_t>(cb->text->length)})) {
+          !yyEditTextIsAscii({cb->text->ptr, static_cast<std::size_t>(cb->text->length)})) {
         cb->doit = False;
         r->Retype.assign(cb->text->ptr, static_cast<std::size_t>(cb->text->length));
         r->RetypeFrom = cb->startPos;
@@ -630,8 +629,6 @@ void make_text_widget(EditRecord& r, bool narrow) {
   zelvy_win::state().WinInfo[h].Content = XtParent(r.Text);
 }
 
-bool all_ascii(std::string_view text) { return yyEditTextIsAscii(text); }
-
 // Puts a widget of the other width in place of the editor's, holding `text`,
 // with the caret and the top line where they were.
 void remake_text_widget(EditRecord& r, bool narrow, const std::string& text) {
@@ -781,7 +778,7 @@ void yyEditReplaceAll(EditRecord& r, std::string text) {
   yyEditFinishLoad(r, false);
   // A large plain text goes into a narrow widget: a quarter of the memory,
   // and nothing to convert.
-  const bool narrow = text.size() >= kNarrowFrom && all_ascii(text);
+  const bool narrow = text.size() >= kNarrowFrom && yyEditTextIsAscii(text);
   if (narrow != r.Narrow) remake_text_widget(r, narrow, std::string());
   yyEditBuildLineStarts(EditPieces{{text, {}, {}}}, r, char_width);
   r.Replacing = true;
@@ -805,7 +802,7 @@ void yyEditReplaceAll(EditRecord& r, std::string text) {
 }
 
 void yyEditWiden(EditRecord& r, std::string_view incoming) {
-  if (!r.Narrow || all_ascii(incoming)) return;
+  if (!r.Narrow || yyEditTextIsAscii(incoming)) return;
   yyEditFinishLoad(r, true);
   char* all = XmTextGetString(r.Text);
   const std::string text = all ? all : "";

@@ -485,9 +485,8 @@ void yygridgetcolour(int fieldid, int column, int row, int& foreground, int& bac
   const GridColumn& c = column_of(grid, column);
   if (!(c.cellFlags[at(row)] & grid_cell::kOwnColours) || c.cellColours.empty()) return;
   const GridColour& col = c.cellColours[at(row)];
-  auto pack = [](int r, int g, int b) { return r < 0 || r > 255 ? -1 : r | (g << 8) | (b << 16); };
-  foreground = pack(col[0], col[1], col[2]);
-  background = pack(col[3], col[4], col[5]);
+  foreground = yyGridColourPacked(col, GridColourSide::foreground);
+  background = yyGridColourPacked(col, GridColourSide::background);
 }
 
 void WRGBSplit(int rgb, int& red, int& green, int& blue) {

@@ -51,12 +51,6 @@ std::string colour_style(const GridTableCell& cell) {
   return s;
 }
 
-// Red + 256 green + 65536 blue from a colour of the model, -1 for the scheme's.
-int packed(int r, int g, int b) {
-  if (r < 0 || r > 255) return -1;
-  return r + 256 * g + 65536 * b;
-}
-
 }  // namespace
 
 // The alignment of a column's cells: 0 left, 1 centre, 2 right.
@@ -111,8 +105,8 @@ GridTable yyGridTableOf(_WidgetRec* grid, int c1, int r1, int c2, int r2) {
           mc.columnColour ? &*mc.columnColour : nullptr, s.gridColour ? &*s.gridColour : nullptr};
       for (const GridColour* src : sources) {
         if (!src) continue;
-        if (cell.foreground < 0) cell.foreground = packed((*src)[0], (*src)[1], (*src)[2]);
-        if (cell.background < 0) cell.background = packed((*src)[3], (*src)[4], (*src)[5]);
+        if (cell.foreground < 0) cell.foreground = yyGridColourPacked(*src, GridColourSide::foreground);
+        if (cell.background < 0) cell.background = yyGridColourPacked(*src, GridColourSide::background);
       }
       row.push_back(std::move(cell));
     }

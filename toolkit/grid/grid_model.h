@@ -36,6 +36,14 @@ inline constexpr std::size_t kGridPasteItem = 32767;
 
 // Foreground red, green, blue, background red, green, blue; 256 in red: the scheme's.
 using GridColour = std::array<int, 6>;
+enum class GridColourSide { foreground = 0, background = 3 };
+
+// One side as red + 256 green + 65536 blue; -1 when it keeps the scheme's colour.
+inline int yyGridColourPacked(const GridColour& c, GridColourSide side) {
+  const auto i = static_cast<std::size_t>(side);
+  if (c[i] < 0 || c[i] > 255) return -1;
+  return c[i] + 256 * c[i + 1] + 65536 * c[i + 2];
+}
 
 struct GridColumn {
   int cellType = grid_type::kNone;
